@@ -1,0 +1,30 @@
+#include "app/SharedState.h"
+
+#include "app/InitialFile.h"
+#include "compute/Compute.h"
+#include "compute/Summary.h"
+#include "store/FormStuff.h"
+#include "store/ProjectFile.h"
+#include "store/StationDatabase.h"
+
+namespace rillbook {
+
+ReportMode SettingsMode = ReportMode::AnnualTable;
+bool DialogCancelled = false;
+bool ShowMeasured = false;
+std::int32_t PrinterOrientation = 0;
+
+void ResetSharedState() {
+    SettingsMode = ReportMode::AnnualTable;
+    DialogCancelled = false;
+    ShowMeasured = false;
+    PrinterOrientation = 0;
+    ResetInitialFile();
+    ResetStationDatabase();
+    ResetFormStuff();
+    ResetProjectFile();
+    ResetCompute();
+    ResetSummary();
+}
+
+}  // namespace rillbook

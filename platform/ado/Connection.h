@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+
+namespace rillbook {
+
+namespace ado {
+class Database;
+}
+
+// One open database file. A connection text is "Provider = ...; Data Source = PATH": the path is
+// everything behind the sign of equality, semicolons included.
+//
+// While open for writing, the file is in write-ahead mode with a companion beside it; Close folds
+// the companion back, so that at rest the station is one file in rollback mode. Each Update or
+// Execute outside BeginTrans is final: it survives the death of the process.
+class Connection {
+public:
+    Connection();
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    // REQUIRES: closed. Raises adErrGeneral, having changed no byte, where the file is missing, not
+    // a database, truncated, damaged, or locked by another program. A file that can't be written
+    // opens for reading; each change then fails with adErrGeneral.
+    void Open(const QString& connectionString, const QString& user = {},
+              const QString& password = {}, int options = -1);
+
+    // Recordsets that are still open on it become closed. Never raises; a companion that can't be
+    // folded back (disk full) stays, and the next Open folds it. No-op when closed.
+    void Close();
+
+    // 0 closed, 1 open.
+    int State() const;
+    QString ConnectionString() const { return connectionString_; }
+    bool IsReadOnly() const;
+
+    // Runs one statement in the program's own dialect (see JetSql.h), or raises.
+    void Execute(const QString& statement);
+
+    // Not nested. Changes between them are stored together at CommitTrans or, after RollbackTrans or
+    // the death of the process, not at all.
+    void BeginTrans();
+    void CommitTrans();
+    void RollbackTrans();
+
+    // For one long run of appends: holds the file's lock between the rows instead of taking it anew
+    // for each, so that no other program can write meanwhile. Each row stays final by itself. Never raises.
+    void BeginExclusiveUse();
+    // Gives the lock back and folds the companion into the file.
+    void EndExclusiveUse();
+
+    // For Recordset; null while closed.
+    const std::shared_ptr<ado::Database>& database() const { return database_; }
+
+private:
+    QString connectionString_;
+    std::shared_ptr<ado::Database> database_;
+};
+
+// Runs BeginTrans now, and RollbackTrans at the end of its life unless Commit was called.
+class Transaction {
+public:
+    explicit Transaction(Connection& connection);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    void Commit();
+
+private:
+    Connection* connection_;
+};
+
+}  // namespace rillbook

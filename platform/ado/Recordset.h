@@ -1,0 +1,134 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+#include <cstdint>
+#include <memory>
+#include <variant>
+
+#include "platform/ado/AdoError.h"
+
+namespace rillbook {
+
+class Connection;
+class Recordset;
+
+enum CursorTypeEnum {
+    adOpenUnspecified = -1,
+    adOpenForwardOnly = 0,
+    adOpenKeyset = 1,
+    adOpenDynamic = 2,
+    adOpenStatic = 3
+};
+
+enum LockTypeEnum {
+    adLockUnspecified = -1,
+    adLockReadOnly = 1,
+    adLockPessimistic = 2,
+    adLockOptimistic = 3
+};
+
+// The database's NULL.
+using Null = std::monostate;
+
+// NULL, a number (a date-time is one), or a text.
+using Variant = std::variant<Null, double, QString>;
+
+// One column of a recordset's current row: a light handle, good while the recordset is open.
+class Field {
+public:
+    QString Name() const;
+
+    Variant Value() const;
+    bool IsNull() const;
+    // A number stored as a number, or a text that is one; false for NULL and for other texts.
+    bool IsNumeric() const;
+    // Raises adErrTypeMismatch for NULL and for a text that isn't a number.
+    double Number() const;
+    // A number as plain text, a date-time column as general date text. Raises adErrTypeMismatch for
+    // NULL.
+    QString Text() const;
+
+    // The column's declared type converts: SINGLE rounds to 32 bits; SMALLINT rounds to a whole
+    // number (halves to even); a text for a number column must be a number as a whole (point as
+    // decimal sign), one for a DATETIME column a date-time; numbers for text columns become plain
+    // text. Raises adErrTypeMismatch where it can't, also for the empty text in a number or DATETIME
+    // column, for NaN and infinity, and for a number beyond the column's range; adErrTextTooLong
+    // beyond TEXT(n). A refused value leaves the field as it was.
+    void SetValue(Null);
+    void SetValue(double value);
+    void SetValue(const QString& value);
+    void SetValue(const Variant& value);
+
+private:
+    friend class Recordset;
+    Field(Recordset* recordset, int ordinal) : recordset_(recordset), ordinal_(ordinal) {}
+    Recordset* recordset_;
+    int ordinal_;
+};
+
+// A walk over a table or a query, forward, and the changing of its rows.
+//
+// Read-only recordsets (lock type unspecified or read-only) stream their rows and hold one at a
+// time. Updatable ones (adLockOptimistic) hold the keys of their rows, read when the first row is
+// asked for: a recordset opened only to append never reads the table. Their source is a table's
+// name, or a SELECT on one table.
+//
+// A changed row is written at Update, and also when the cursor moves off it or AddNew begins another;
+// Close drops a change that hasn't been written. If a write fails, the change stays pending until
+// CancelUpdate.
+class Recordset {
+public:
+    Recordset();
+    ~Recordset();
+    Recordset(const Recordset&) = delete;
+    Recordset& operator=(const Recordset&) = delete;
+
+    CursorTypeEnum CursorType = adOpenUnspecified;
+    LockTypeEnum LockType = adLockUnspecified;
+
+    // `source` is a table's name or a SELECT in the program's own dialect. Arguments left
+    // unspecified take the two properties above. The cursor stands on the first row, or at EOF.
+    void Open(const QString& source, Connection& connection,
+              CursorTypeEnum cursorType = adOpenUnspecified,
+              LockTypeEnum lockType = adLockUnspecified, int options = -1);
+    void Close();
+    // 0 closed, 1 open.
+    int State() const;
+
+    bool Eof();
+    // Raises adErrNoCurrentRecord on an empty recordset.
+    void MoveFirst();
+    void MoveLast();
+    // Raises adErrNoCurrentRecord when at EOF already.
+    void MoveNext();
+
+    // Exact for every cursor type.
+    std::int64_t RecordCount();
+
+    // Raises adErrItemNotFound. Names in any case.
+    Field Fields(int ordinal);
+    Field Fields(QStringView name);
+    int FieldCount();
+
+    // Writes a pending change first. The new row's fields are NULL until set.
+    void AddNew();
+    // Raises adErrDuplicate where the key is taken. After an AddNew the new row is current and the
+    // last one. No-op without a pending change.
+    void Update();
+    void CancelUpdate();
+    // The cursor then stands on the next row (or at EOF).
+    void Delete();
+
+    // Moves forward from the current row, itself included, to the first that meets the criterion,
+    // or to EOF. A criterion is a column, one of = <> < <= > >=, and a number or a date-time literal
+    // between # signs.
+    void Find(const QString& criterion);
+
+private:
+    friend class Field;
+    class Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace rillbook

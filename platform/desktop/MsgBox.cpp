@@ -1,0 +1,13 @@
+#include "platform/desktop/MsgBox.h"
+
+#include "platform/desktop/Desktop.h"
+
+namespace rillbook {
+
+MsgBoxAnswer MsgBox(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
+                    const QString& title) {
+    return MessagesDoor().Show(text, buttons, icon,
+                               title.isEmpty() ? TheDesktop().programTitle : title);
+}
+
+}  // namespace rillbook

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+namespace rillbook {
+
+enum class MsgBoxIcon { None, Information, Exclamation };
+enum class MsgBoxButtons { Ok, YesNo, YesNoCancel, RetryCancel };
+enum class MsgBoxAnswer { Ok, Yes, No, Cancel, Retry };
+
+class MsgBoxDoor {
+public:
+    virtual ~MsgBoxDoor() = default;
+    virtual MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
+                              const QString& title) = 0;
+};
+
+// Shows a modal box under the program's title, or another one, and waits. Closing the box otherwise
+// than by a button gives its cancelling answer (No for Yes and No).
+MsgBoxAnswer MsgBox(const QString& text, MsgBoxButtons buttons = MsgBoxButtons::Ok,
+                    MsgBoxIcon icon = MsgBoxIcon::None, const QString& title = {});
+
+}  // namespace rillbook

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+#include <cstdint>
+#include <optional>
+
+namespace rillbook {
+
+// The number at the start of a text: skips blanks, takes sign, digits, point and exponent as far as
+// they go and ignores what follows; 0 where there is none. The point is the decimal sign, whatever
+// the locale. A value beyond the range of a double counts as no number.
+double ReadLeadingNumber(QStringView text);
+double ReadLeadingNumber(const char* begin, const char* end);
+
+// The same for a text box, where the user's decimal sign counts as well as the point.
+double ReadTypedNumber(QStringView text);
+
+// The number of a logger file's channel field: with the blanks at both ends left aside it must be a
+// decimal number and nothing else (sign, digits with an optional point, exponent), finite, point as
+// decimal sign. More than 15 significant digits are rounded to 15. Nothing for anything else.
+std::optional<double> ReadChannelField(const char* begin, const char* end);
+
+// A text that is a number as a whole in the user's regional settings, digit grouping included.
+std::optional<double> ReadNumber(QStringView text);
+bool IsNumber(QStringView text);
+
+// Up to 15 significant digits, no trailing zeros, no grouping; point as decimal sign. Exponent form
+// beyond 1E+15 and below 1E-5 ("1E-05", "1.5E+20"). Never a negative zero.
+QString PlainNumberText(double value);
+
+// The same with the user's decimal sign and negative sign.
+QString RegionalNumberText(double value);
+
+// Fixed decimals (0 to 99), with leading zero, sign and grouping from the regional settings. Rounds
+// the decimal text of 15 significant digits, halves away from zero (1.005 to two decimals is 1.01),
+// and never shows a negative zero.
+QString FixedNumberText(double value, int decimals);
+
+// The nearest 16-bit integer, held at the limits; NaN is 0.
+std::int16_t ToInt16(double value);
+
+}  // namespace rillbook

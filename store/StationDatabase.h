@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+
+#include "platform/ado/Connection.h"
+
+namespace rillbook {
+
+// Created once at start, closed until a station is opened; its State alone tells whether one is open.
+extern std::unique_ptr<Connection> StationConnection;
+extern QString StationConnectionString;
+
+// Name the last open station; they survive its closing.
+extern QString StationPath;
+extern QString StationTitle;  // file name without folder
+
+// Opens the station and loads its header; true on success. Tells the user where the file can't be
+// opened. StationPath and StationTitle are the caller's to set, on true only.
+// REQUIRES: StationConnection closed.
+bool OpenDB(const QString& path);
+
+// Writes the header and closes the connection. REQUIRES: StationConnection open.
+void CloseDB();
+
+// CloseDB if a station is open.
+void CloseOpenStation();
+
+// Puts a copy of the program's template at `path`, replacing what is there together with any
+// companion that a killed program left beside it. Raises FileError; what stood at `path` is whole then.
+void CopyStationTemplate(const QString& path);
+
+// A double quote can't stand in a project file, so that no path may hold one.
+bool IsUsablePath(const QString& path);
+
+void ResetStationDatabase();
+
+}  // namespace rillbook

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QMap>
+#include <QString>
+#include <deque>
+#include <optional>
+#include <vector>
+
+#include "platform/desktop/Clipboard.h"
+#include "platform/desktop/CommonDialog.h"
+#include "platform/desktop/MsgBox.h"
+#include "platform/desktop/Screen.h"
+#include "platform/desktop/SettingsStore.h"
+
+namespace rillbook {
+
+// Stands in for the desktop during one test: installs itself, and puts back what was there at the
+// end of its life. A message or a file dialog that the test didn't announce fails the test and gets
+// the cancelling answer; an announced one that didn't come fails it too.
+class ScriptedDoors : public MsgBoxDoor,
+                      public FileDialogDoor,
+                      public SettingsStore,
+                      public Clipboard,
+                      public Screen {
+public:
+    struct ShownMessage {
+        QString text;
+        QString title;
+        MsgBoxIcon icon;
+        MsgBoxButtons buttons;
+    };
+
+    ScriptedDoors();
+    ~ScriptedDoors() override;
+
+    // The next message has exactly this text and gets this answer.
+    void ExpectMessage(const QString& text, MsgBoxAnswer answer = MsgBoxAnswer::Ok);
+    // The next file dialog is answered with this path, or cancelled.
+    void AnswerFileDialog(const QString& path);
+    void CancelFileDialog();
+    // Fails the test if anything announced hasn't come; the destructor calls it.
+    void Verify();
+
+    std::vector<ShownMessage> shownMessages;
+    std::vector<FileRequest> fileRequests;
+    QMap<QString, QString> settings;  // by key
+    QString clipboardText;
+    std::vector<int> pointers;  // every pointer set, in order
+
+    MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
+                      const QString& title) override;
+    std::optional<QString> Ask(const FileRequest& request) override;
+    QString Get(const QString& application, const QString& section, const QString& key) override;
+    void Save(const QString& application, const QString& section, const QString& key,
+              const QString& text) override;
+    void Clear() override { clipboardText.clear(); }
+    void SetText(const QString& text) override { clipboardText = text; }
+    QString GetText() override { return clipboardText; }
+    void SetMousePointer(int pointer) override { pointers.push_back(pointer); }
+    int MousePointer() const override { return pointers.empty() ? vbDefault : pointers.back(); }
+
+private:
+    struct ExpectedMessage {
+        QString text;
+        MsgBoxAnswer answer;
+    };
+    std::deque<ExpectedMessage> expectedMessages_;
+    std::deque<std::optional<QString>> fileAnswers_;
+};
+
+}  // namespace rillbook
