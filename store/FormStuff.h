@@ -65,8 +65,7 @@ void ReadStationInfo();
 void WriteStationInfo();
 
 // Sets the panel's count of records and their first and last date from the table Records; they reach
-// the table Information with the next WriteStationInfo. A failing query leaves them as they were and
-// raises AdoError.
+// the table Information with the next WriteStationInfo. A failing query is told to the user.
 void RefreshRecordStats();
 
 // Adds to files of older releases the columns that they lack; harmless on others.
