@@ -54,7 +54,9 @@ constexpr std::array<ColumnOf<ChannelMember>, 15> kChannelColumns{
      {u"convlabel", &ChannelInfoData::ConvLabel},
      {u"convdesc", &ChannelInfoData::ConvDesc}}};
 
-QString TextOrEmpty(const Field& field) { return field.IsNull() ? QString() : field.Text(); }
+QString TextOrEmpty(const Field& field) {
+    return field.IsNull() ? QString() : field.Text();
+}
 
 void SetTextOrNull(Field field, const QString& text) {
     if (text.isEmpty()) {
@@ -120,9 +122,8 @@ void WriteInformationRows(Recordset& rows) {
             });
         }
     }
-    ForEachStationColumn([&](QStringView column, const auto& value) {
-        WriteFrom(value, rows, column);
-    });
+    ForEachStationColumn(
+        [&](QStringView column, const auto& value) { WriteFrom(value, rows, column); });
     for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
         ForEachChannelColumn(ChannelInfo[chan], [&](QStringView column, const auto& value) {
             WriteFrom(value, rows, column);
@@ -181,9 +182,8 @@ void ReadStationInfo() {
                                      TextOrEmpty(rows.Fields(QStringView(column.name))));
         });
     }
-    ForEachStationColumn([&](QStringView column, auto& variable) {
-        ReadInto(variable, rows, column);
-    });
+    ForEachStationColumn(
+        [&](QStringView column, auto& variable) { ReadInto(variable, rows, column); });
     for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
         ForEachChannelColumn(ChannelInfo[chan], [&](QStringView column, auto& variable) {
             ReadInto(variable, rows, column);
@@ -202,7 +202,8 @@ void ReadStationInfo() {
 
 void WriteStationInfo() {
     UpgradeInformation();
-    // All rows or none: were a row refused in the middle, the next channel's values would land in it.
+    // All rows or none: were a row refused in the middle, the next channel's values would land in
+    // it.
     Attempt([] {
         Transaction transaction(*StationConnection);
         Recordset rows;

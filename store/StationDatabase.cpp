@@ -77,7 +77,9 @@ void CopyStationTemplate(const QString& path) {
     }
 }
 
-bool IsUsablePath(const QString& path) { return !path.contains(QLatin1Char('"')); }
+bool IsUsablePath(const QString& path) {
+    return !path.contains(QLatin1Char('"'));
+}
 
 void ResetStationDatabase() {
     StationConnection = std::make_unique<Connection>();
