@@ -14,8 +14,6 @@
 #include "platform/qt/UpDown.h"
 #include "tests/support/UiDriver.h"
 
-using namespace Qt::Literals::StringLiterals;
-
 namespace rillbook {
 
 namespace {
@@ -35,7 +33,7 @@ QString Dump(const MSFlexGrid& grid) {
 
 // Current cell and far corner: "2,1 to 4,3".
 QString Selection(const MSFlexGrid& grid) {
-    return u"%1,%2 to %3,%4"_s.arg(grid.Row())
+    return u"%1,%2 to %3,%4"_qs.arg(grid.Row())
         .arg(grid.Col())
         .arg(grid.RowSel())
         .arg(grid.ColSel());
@@ -57,9 +55,10 @@ public:
         Refresh();
     }
 
-    // The widget and the point in it that the user meets just inside a cell's top left.
+    // The widget and the point in it that the user meets inside a cell's top left, off the handles
+    // with which headers are resized.
     std::pair<QWidget*, QPoint> Spot(int row, int col) {
-        const QPoint inside(ToPixels(ColPos(col)) + 3, ToPixels(RowPos(row)) + 3);
+        const QPoint inside(ToPixels(ColPos(col)) + 8, ToPixels(RowPos(row)) + 5);
         QWidget* hit = childAt(inside);
         return {hit, hit->mapFrom(this, inside)};
     }
@@ -78,7 +77,7 @@ class tst_controls : public QObject {
 private Q_SLOTS:
     void init() { FailOnAnyWarning(); }
 
-    void ModelHoldsToTheRulesOfModels() {
+    void modelHoldsToTheRulesOfModels() {
         MSFlexGrid grid;
         const QAbstractItemModelTester tester(
             grid.model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -86,62 +85,62 @@ private Q_SLOTS:
             grid.SetRows(count);
             grid.SetCols(6 - count);
             grid.BeginFill();
-            grid.SetTextMatrix(0, 0, u"x"_s);
-            grid.SetTextMatrix(count - 1, 5 - count, u"1.5"_s);
+            grid.SetTextMatrix(0, 0, u"x"_qs);
+            grid.SetTextMatrix(count - 1, 5 - count, u"1.5"_qs);
             grid.EndFill();
             grid.ClearTexts();
         }
     }
 
-    void TextsStayWhereRowsAndColumnsStay() {
+    void textsStayWhereRowsAndColumnsStay() {
         NumberedGrid grid(3, 3);
-        grid.SetTextMatrix(0, 1, u"Depth"_s);
-        grid.SetTextMatrix(2, 0, u"b"_s);
+        grid.SetTextMatrix(0, 1, u"Depth"_qs);
+        grid.SetTextMatrix(2, 0, u"b"_qs);
         grid.SetCols(4);
         grid.SetRows(4);
-        QCOMPARE(Dump(grid), u"|Depth||\n|11|12|\nb|21|22|\n|||"_s);
+        QCOMPARE(Dump(grid), u"|Depth||\n|11|12|\nb|21|22|\n|||"_qs);
         grid.SetCols(2);
         grid.SetRows(2);
         grid.SetCols(3);
         grid.SetRows(0);
-        QCOMPARE(Dump(grid), u"|Depth|"_s);
+        QCOMPARE(Dump(grid), u"|Depth|"_qs);
         QCOMPARE(grid.TextMatrix(1, 1), QString());
-        QCOMPARE(Selection(grid), u"0,0 to 0,0"_s);
+        QCOMPARE(Selection(grid), u"0,0 to 0,0"_qs);
         QCOMPARE(grid.Clip(), QString());
         grid.SetRows(2);
-        QCOMPARE(Dump(grid), u"|Depth|\n||"_s);
-        QCOMPARE(Selection(grid), u"1,1 to 1,1"_s);
+        QCOMPARE(Dump(grid), u"|Depth|\n||"_qs);
+        QCOMPARE(Selection(grid), u"1,1 to 1,1"_qs);
     }
 
-    void ClipIsTheSelectedRange_data() {
+    void clipIsTheSelectedRange_data() {
         QTest::addColumn<QList<int>>("range");
         QTest::addColumn<QString>("clip");
-        QTest::newRow("one cell") << QList<int>{2, 2, 2, 2} << u"22"_s;
-        QTest::newRow("rows and columns") << QList<int>{1, 2, 2, 3} << u"12\t13\r22\t23"_s;
-        QTest::newRow("from bottom right") << QList<int>{2, 3, 1, 2} << u"12\t13\r22\t23"_s;
-        QTest::newRow("from top right") << QList<int>{1, 3, 2, 2} << u"12\t13\r22\t23"_s;
-        QTest::newRow("beyond the end") << QList<int>{3, 3, 9, 9} << u"33"_s;
+        QTest::newRow("one cell") << QList<int>{2, 2, 2, 2} << u"22"_qs;
+        QTest::newRow("rows and columns") << QList<int>{1, 2, 2, 3} << u"12\t13\r22\t23"_qs;
+        QTest::newRow("from bottom right") << QList<int>{2, 3, 1, 2} << u"12\t13\r22\t23"_qs;
+        QTest::newRow("from top right") << QList<int>{1, 3, 2, 2} << u"12\t13\r22\t23"_qs;
+        QTest::newRow("beyond the end") << QList<int>{3, 3, 9, 9} << u"33"_qs;
     }
-    void ClipIsTheSelectedRange() {
+    void clipIsTheSelectedRange() {
         QFETCH(const QList<int>, range);
         NumberedGrid grid(4, 4);
         grid.SetSelection(range[0], range[1], range[2], range[3]);
         QTEST(grid.Clip(), "clip");
-        QCOMPARE(Selection(grid), u"%1,%2 to %3,%4"_s.arg(range[0])
+        QCOMPARE(Selection(grid), u"%1,%2 to %3,%4"_qs.arg(range[0])
                                       .arg(range[1])
                                       .arg(std::min(range[2], 3))
                                       .arg(std::min(range[3], 3)));
     }
 
-    void PastingFillsTheSelectedRange_data() {
+    void pastingFillsTheSelectedRange_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("cells");
-        QTest::newRow("fits") << u"a\tb\rc\td"_s << u"|||\n|a|b|13\n|c|d|23\n|31|32|33"_s;
-        QTest::newRow("too much") << u"a\tb\tx\rc\td\ty\re\tf"_s
-                                  << u"|||\n|a|b|13\n|c|d|23\n|31|32|33"_s;
-        QTest::newRow("less") << u"a\r"_s << u"|||\n|a|12|13\n||22|23\n|31|32|33"_s;
+        QTest::newRow("fits") << u"a\tb\rc\td"_qs << u"|||\n|a|b|13\n|c|d|23\n|31|32|33"_qs;
+        QTest::newRow("too much") << u"a\tb\tx\rc\td\ty\re\tf"_qs
+                                  << u"|||\n|a|b|13\n|c|d|23\n|31|32|33"_qs;
+        QTest::newRow("less") << u"a\r"_qs << u"|||\n|a|12|13\n||22|23\n|31|32|33"_qs;
     }
-    void PastingFillsTheSelectedRange() {
+    void pastingFillsTheSelectedRange() {
         QFETCH(const QString, text);
         NumberedGrid grid(4, 4);
         grid.SetSelection(2, 2, 1, 1);
@@ -149,30 +148,30 @@ private Q_SLOTS:
         QTEST(Dump(grid), "cells");
     }
 
-    void KeysMoveAndExtend() {
+    void keysMoveAndExtend() {
         NumberedGrid grid(40, 5);
         grid.SetColWidth(2, 1);
         const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
             QTest::keyClick(&grid, key, modifiers);
             return Selection(grid);
         };
-        QCOMPARE(press(Qt::Key_Up), u"1,1 to 1,1"_s);
+        QCOMPARE(press(Qt::Key_Up), u"1,1 to 1,1"_qs);
         // Column 2 has no width.
-        QCOMPARE(press(Qt::Key_Right), u"1,3 to 1,3"_s);
-        QCOMPARE(press(Qt::Key_Down, Qt::ShiftModifier), u"1,3 to 2,3"_s);
-        QCOMPARE(press(Qt::Key_Right, Qt::ShiftModifier), u"1,3 to 2,4"_s);
-        QCOMPARE(press(Qt::Key_Up, Qt::ShiftModifier), u"1,3 to 1,4"_s);
-        QCOMPARE(press(Qt::Key_Down), u"2,3 to 2,3"_s);
-        QCOMPARE(press(Qt::Key_End, Qt::ControlModifier), u"39,4 to 39,4"_s);
+        QCOMPARE(press(Qt::Key_Right), u"1,3 to 1,3"_qs);
+        QCOMPARE(press(Qt::Key_Down, Qt::ShiftModifier), u"1,3 to 2,3"_qs);
+        QCOMPARE(press(Qt::Key_Right, Qt::ShiftModifier), u"1,3 to 2,4"_qs);
+        QCOMPARE(press(Qt::Key_Up, Qt::ShiftModifier), u"1,3 to 1,4"_qs);
+        QCOMPARE(press(Qt::Key_Down), u"2,3 to 2,3"_qs);
+        QCOMPARE(press(Qt::Key_End, Qt::ControlModifier), u"39,4 to 39,4"_qs);
         QVERIFY(grid.RowIsVisible(39));
         QVERIFY(!grid.RowIsVisible(1));
-        QCOMPARE(press(Qt::Key_Home, Qt::ControlModifier | Qt::ShiftModifier), u"39,4 to 1,1"_s);
+        QCOMPARE(press(Qt::Key_Home, Qt::ControlModifier | Qt::ShiftModifier), u"39,4 to 1,1"_qs);
         QVERIFY(grid.RowIsVisible(1));
         press(Qt::Key_A, Qt::ControlModifier);
-        QCOMPARE(Selection(grid), u"1,1 to 39,4"_s);
+        QCOMPARE(Selection(grid), u"1,1 to 39,4"_qs);
     }
 
-    void MouseSelects() {
+    void mouseSelects() {
         NumberedGrid grid(9, 5);
         const auto drag = [&](int row, int col, int toRow, int toCol) {
             const auto [from, start] = grid.Spot(row, col);
@@ -188,31 +187,31 @@ private Q_SLOTS:
         };
         const QSignalSpy entered(&grid, &MSFlexGrid::EnterCell);
         drag(2, 1, 4, 3);
-        QCOMPARE(Selection(grid), u"2,1 to 4,3"_s);
+        QCOMPARE(Selection(grid), u"2,1 to 4,3"_qs);
         drag(4, 3, 2, 1);
-        QCOMPARE(Selection(grid), u"4,3 to 2,1"_s);
+        QCOMPARE(Selection(grid), u"4,3 to 2,1"_qs);
         grid.ClickOn(5, 2, Qt::ShiftModifier);
-        QCOMPARE(Selection(grid), u"4,3 to 5,2"_s);
+        QCOMPARE(Selection(grid), u"4,3 to 5,2"_qs);
         QCOMPARE(entered.count(), 2);
         grid.SetRow(7);
         grid.ClickOn(8, 3, Qt::ShiftModifier);
-        QCOMPARE(Selection(grid), u"7,3 to 8,3"_s);
+        QCOMPARE(Selection(grid), u"7,3 to 8,3"_qs);
         grid.ClickOn(0, 2);
-        QCOMPARE(Selection(grid), u"1,2 to 8,2"_s);
+        QCOMPARE(Selection(grid), u"1,2 to 8,2"_qs);
         grid.ClickOn(3, 0);
-        QCOMPARE(Selection(grid), u"3,1 to 3,4"_s);
+        QCOMPARE(Selection(grid), u"3,1 to 3,4"_qs);
         grid.ClickOn(0, 0);
-        QCOMPARE(Selection(grid), u"1,1 to 8,4"_s);
+        QCOMPARE(Selection(grid), u"1,1 to 8,4"_qs);
     }
 
-    void ClicksTellTheCellUnderThePointer() {
+    void clicksTellTheCellUnderThePointer() {
         NumberedGrid grid(4, 3);
         QStringList events;
         const auto note = [&](const QString& what) {
-            events += u"%1 %2,%3"_s.arg(what).arg(grid.MouseRow()).arg(grid.MouseCol());
+            events += u"%1 %2,%3"_qs.arg(what).arg(grid.MouseRow()).arg(grid.MouseCol());
         };
-        connect(&grid, &MSFlexGrid::Click, this, [&] { note(u"click"_s); });
-        connect(&grid, &MSFlexGrid::DblClick, this, [&] { note(u"double"_s); });
+        connect(&grid, &MSFlexGrid::Click, this, [&] { note(u"click"_qs); });
+        connect(&grid, &MSFlexGrid::DblClick, this, [&] { note(u"double"_qs); });
         QCOMPARE(grid.MouseRow(), -1);
         for (const auto& [row, col] : {std::pair{2, 1}, {0, 2}, {3, 0}, {0, 0}, {2, 2}}) {
             grid.ClickOn(row, col);
@@ -220,24 +219,23 @@ private Q_SLOTS:
         const QPoint empty(grid.viewport()->width() - 2, grid.viewport()->height() - 2);
         QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, empty);
         QCOMPARE(grid.MouseRow(), -1);
-        QCOMPARE(Selection(grid), u"2,2 to 2,2"_s);
+        QCOMPARE(Selection(grid), u"2,2 to 2,2"_qs);
         QTest::mouseClick(grid.viewport(), Qt::RightButton, {}, grid.Spot(1, 1).second);
-        QCOMPARE(events.join(u"; "_s),
-                 u"click 2,1; click 0,2; click 3,0; click 0,0; click 2,2"_s);
+        QCOMPARE(events.join(u"; "_qs),
+                 u"click 2,1; click 0,2; click 3,0; click 0,0; click 2,2"_qs);
 
         events.clear();
         for (const auto& [row, col] : {std::pair{1, 1}, {0, 1}}) {
             const auto [widget, point] = grid.Spot(row, col);
             QTest::mouseClick(widget, Qt::LeftButton, {}, point);
             QTest::mouseDClick(widget, Qt::LeftButton, {}, point);
+            QTest::mouseRelease(widget, Qt::LeftButton, {}, point);
         }
-        // The driver's double click is a press and release, then the second pair.
-        QCOMPARE(events.filter(u"double"_s), QStringList({u"double 1,1"_s, u"double 0,1"_s}));
-        QCOMPARE(events.size(), 6);
+        QCOMPARE(events.join(u"; "_qs), u"click 1,1; double 1,1; click 0,1; double 0,1"_qs);
     }
 
-    void PositionsFollowTheScrolledCells() {
-        NumberedGrid grid(60, 4);
+    void positionsFollowTheScrolledCells() {
+        NumberedGrid grid(100, 4);
         grid.SetColWidth(0, 300);
         grid.SetColWidth(1, 2000);
         grid.SetRowHeight(2, 600);
@@ -253,14 +251,14 @@ private Q_SLOTS:
         QCOMPARE(grid.TopRow(), 1);
         QVERIFY(!grid.RowIsVisible(50));
         grid.SetTopRow(50);
-        QCOMPARE(grid.TopRow(), 50 - (50 - grid.TopRow()));
-        QVERIFY(grid.RowIsVisible(50) && grid.RowIsVisible(0) && !grid.RowIsVisible(60));
+        QCOMPARE(grid.TopRow(), 50);
+        QVERIFY(grid.RowIsVisible(50) && grid.RowIsVisible(0) && !grid.RowIsVisible(99));
         grid.ClickOn(50, 2);
-        QCOMPARE(Selection(grid), u"50,2 to 50,2"_s);
+        QCOMPARE(Selection(grid), u"50,2 to 50,2"_qs);
         QVERIFY(grid.RowPos(1) < 0);
     }
 
-    void HeightsHoldForRowsToCome() {
+    void heightsHoldForRowsToCome() {
         MSFlexGrid grid;
         const int head = grid.RowHeight(0);
         grid.SetRowHeight(1, 450);
@@ -273,7 +271,7 @@ private Q_SLOTS:
     }
 
     // Ten years of readings each quarter of an hour.
-    void TenYearsFillAndScrollAtOnce() {
+    void tenYearsFillAndScrollAtOnce() {
         constexpr int kRows = 350'593;
         MSFlexGrid grid;
         grid.resize(400, 500);
@@ -284,8 +282,8 @@ private Q_SLOTS:
         grid.SetCols(3);
         grid.BeginFill();
         for (int row = 1; row < kRows; ++row) {
-            grid.SetTextMatrix(row, 1, u"1/31/2002 11:45:00 PM"_s);
-            grid.SetTextMatrix(row, 2, u"1.25"_s);
+            grid.SetTextMatrix(row, 1, u"1/31/2002 11:45:00 PM"_qs);
+            grid.SetTextMatrix(row, 2, u"1.25"_qs);
         }
         grid.EndFill();
         for (const int row : {1, 200'000, 350'000, 5}) {
@@ -298,45 +296,46 @@ private Q_SLOTS:
         const QString clip = grid.Clip();
         const qint64 elapsed = clock.elapsed();
         QCOMPARE(clip.size(), (kRows - 1) * qsizetype{27} - 1);
-        qInfo("%lld ms", static_cast<long long>(elapsed));
-        QVERIFY2(elapsed < 3000, qPrintable(u"%1 ms"_s.arg(elapsed)));
+        QVERIFY2(elapsed < 3000, qPrintable(u"%1 ms"_qs.arg(elapsed)));
     }
 
-    void KeysOfTheFormPassThrough() {
+    void keysOfTheFormPassThrough() {
         class Form : public QWidget {
         public:
             QString keys;
 
         private:
             void keyPressEvent(QKeyEvent* event) override {
-                keys += QKeySequence(event->keyCombination()).toString() + u' ';
+                if (event->key() != Qt::Key_Control) {
+                    keys += QKeySequence(event->keyCombination()).toString() + u' ';
+                }
             }
         };
         Form form;
         MSFlexGrid grid(&form);
         grid.SetRows(5);
         form.show();
-        grid.SetTextMatrix(3, 1, u"7"_s);
+        grid.SetTextMatrix(3, 1, u"7"_qs);
         for (const Qt::Key key : {Qt::Key_7, Qt::Key_Return, Qt::Key_Delete, Qt::Key_Space}) {
             QTest::keyClick(&grid, key);
         }
         QTest::keyClick(&grid, Qt::Key_C, Qt::ControlModifier);
-        QCOMPARE(form.keys, u"7 Return Del Space Ctrl+C "_s);
-        QCOMPARE(Selection(grid), u"1,1 to 1,1"_s);
+        QCOMPARE(form.keys, u"7 Return Del Space Ctrl+C "_qs);
+        QCOMPARE(Selection(grid), u"1,1 to 1,1"_qs);
     }
 
-    void PickerSpeaksEnglish() {
+    void pickerSpeaksEnglish() {
         QLocale::setDefault(QLocale(QLocale::German));
         DTPicker picker;
         QLocale::setDefault(QLocale::c());
         picker.SetValue(DateSerial(2002, 10, 5));
-        QCOMPARE(picker.text(), u"Oct 05, 2002"_s);
-        picker.SetCustomFormat(u"MMM, yyy"_s);
-        QCOMPARE(picker.text(), u"Oct, 2002"_s);
+        QCOMPARE(picker.text(), u"Oct 05, 2002"_qs);
+        picker.SetCustomFormat(u"MMM, yyy"_qs);
+        QCOMPARE(picker.text(), u"Oct, 2002"_qs);
         QCOMPARE(picker.calendarWidget()->locale().language(), QLocale::English);
     }
 
-    void PickerKeepsToItsYears_data() {
+    void pickerKeepsToItsYears_data() {
         QTest::addColumn<double>("set");
         QTest::addColumn<double>("got");
         QTest::newRow("first") << -36157.0 << -36157.0;
@@ -345,14 +344,14 @@ private Q_SLOTS:
         QTest::newRow("an afternoon before 1899") << -10.25 << -11.0;
         QTest::newRow("last") << 2958465.0 << 2958465.0;
     }
-    void PickerKeepsToItsYears() {
+    void pickerKeepsToItsYears() {
         QFETCH(const double, set);
         DTPicker picker;
         picker.SetValue(set);
         QTEST(picker.Value(), "got");
     }
 
-    void PickerTellsEachChange() {
+    void pickerTellsEachChange() {
         DTPicker picker;
         picker.SetValue(DateSerial(2002, 1, 31));
         const QSignalSpy changes(&picker, &DTPicker::Change);
@@ -360,26 +359,26 @@ private Q_SLOTS:
         QCOMPARE(changes.count(), 0);
         picker.show();
         QTest::keyClick(&picker, Qt::Key_Up);
-        QCOMPARE(picker.text(), u"Feb 28, 2002"_s);
+        QCOMPARE(picker.text(), u"Feb 28, 2002"_qs);
         QCOMPARE(changes.count(), 1);
         picker.SetValue(DateSerial(2003, 1, 1));
         QCOMPARE(changes.count(), 2);
     }
 
-    void SpinButtonsStepTheirBuddy_data() {
+    void spinButtonsStepTheirBuddy_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("button");
         QTest::addColumn<QString>("stepped");
         QTest::addColumn<int>("changes");
-        QTest::newRow("up") << u"7"_s << u"up"_s << u"8"_s << 1;
-        QTest::newRow("down") << u"7"_s << u"down"_s << u"6"_s << 1;
-        QTest::newRow("at the top") << u"12"_s << u"up"_s << u"12"_s << 0;
-        QTest::newRow("at the bottom") << u"1"_s << u"down"_s << u"1"_s << 0;
-        QTest::newRow("above the top") << u"80"_s << u"down"_s << u"12"_s << 1;
-        QTest::newRow("no number") << u"abc"_s << u"up"_s << u"1"_s << 1;
-        QTest::newRow("beyond integers") << u"1E300"_s << u"up"_s << u"12"_s << 1;
+        QTest::newRow("up") << u"7"_qs << u"up"_qs << u"8"_qs << 1;
+        QTest::newRow("down") << u"7"_qs << u"down"_qs << u"6"_qs << 1;
+        QTest::newRow("at the top") << u"12"_qs << u"up"_qs << u"12"_qs << 0;
+        QTest::newRow("at the bottom") << u"1"_qs << u"down"_qs << u"1"_qs << 0;
+        QTest::newRow("above the top") << u"80"_qs << u"down"_qs << u"12"_qs << 1;
+        QTest::newRow("no number") << u"abc"_qs << u"up"_qs << u"1"_qs << 1;
+        QTest::newRow("beyond integers") << u"1E300"_qs << u"up"_qs << u"12"_qs << 1;
     }
-    void SpinButtonsStepTheirBuddy() {
+    void spinButtonsStepTheirBuddy() {
         QFETCH(const QString, text);
         QFETCH(const QString, button);
         QFETCH(const int, changes);
@@ -398,13 +397,13 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), changes);
 
         box->setText(text);
-        QTest::keyClick(box, button == u"up"_s ? Qt::Key_Up : Qt::Key_Down);
+        QTest::keyClick(box, button == u"up"_qs ? Qt::Key_Up : Qt::Key_Down);
         QTEST(box->text(), "stepped");
         QCOMPARE(spy.count(), 2 * changes);
 
         spin->setEnabled(false);
         box->setText(text);
-        QTest::keyClick(box, button == u"up"_s ? Qt::Key_Up : Qt::Key_Down);
+        QTest::keyClick(box, button == u"up"_qs ? Qt::Key_Up : Qt::Key_Down);
         QCOMPARE(box->text(), text);
     }
 };

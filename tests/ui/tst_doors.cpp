@@ -16,8 +16,6 @@
 #include "platform/qt/QtDoors.h"
 #include "tests/support/UiDriver.h"
 
-using namespace Qt::Literals::StringLiterals;
-
 namespace rillbook {
 
 namespace {
@@ -28,18 +26,18 @@ void Touch(const QString& path) {
 }
 
 void Accept(QWidget& dialog) {
-    QTest::keyClick(FindChild<QWidget>(dialog, u"fileNameEdit"_s), Qt::Key_Return);
+    QTest::keyClick(FindChild<QWidget>(dialog, u"fileNameEdit"_qs), Qt::Key_Return);
 }
 
 // Types a name into a file dialog and takes it.
 void TakeName(QWidget& dialog, const QString& name) {
-    TypeText(dialog, u"fileNameEdit"_s, name);
+    TypeText(dialog, u"fileNameEdit"_qs, name);
     Accept(dialog);
 }
 
 // The files that a file dialog lists, once it has read the folder.
 QString Listed(QWidget& dialog, qsizetype expected) {
-    auto& list = Child<QListView>(dialog, u"listView"_s);
+    auto& list = Child<QListView>(dialog, u"listView"_qs);
     const auto names = [&] {
         QStringList found;
         for (int row = 0; row < list.model()->rowCount(list.rootIndex()); ++row) {
@@ -62,7 +60,7 @@ private Q_SLOTS:
     void init() {
         FailOnAnyWarning();
         folder_ = std::make_unique<QTemporaryDir>();
-        doors_ = std::make_unique<QtDoors>(u"Rillbook"_s);
+        doors_ = std::make_unique<QtDoors>(u"Rillbook"_qs);
         window_ = std::make_unique<QWidget>();
         window_->show();
         QVERIFY(QTest::qWaitForWindowActive(window_.get()));
@@ -73,7 +71,7 @@ private Q_SLOTS:
         QVERIFY(QGuiApplication::overrideCursor() == nullptr);
     }
 
-    void MessagesAnswerToKeys_data() {
+    void messagesAnswerToKeys_data() {
         QTest::addColumn<MsgBoxButtons>("buttons");
         QTest::addColumn<MsgBoxAnswer>("enter");
         QTest::addColumn<MsgBoxAnswer>("escape");
@@ -84,27 +82,27 @@ private Q_SLOTS:
         QTest::newRow("Retry, Cancel")
             << MsgBoxButtons::RetryCancel << MsgBoxAnswer::Retry << MsgBoxAnswer::Cancel;
     }
-    void MessagesAnswerToKeys() {
+    void messagesAnswerToKeys() {
         QFETCH(const MsgBoxButtons, buttons);
         {
             const NextWindow steps([](QWidget& box) { QTest::keyClick(&box, Qt::Key_Return); });
-            QTEST(MsgBox(u"Overwrite?"_s, buttons), "enter");
+            QTEST(MsgBox(u"Overwrite?"_qs, buttons), "enter");
         }
         {
             const NextWindow steps([](QWidget& box) { QTest::keyClick(&box, Qt::Key_Escape); });
-            QTEST(MsgBox(u"Overwrite?"_s, buttons), "escape");
+            QTEST(MsgBox(u"Overwrite?"_qs, buttons), "escape");
         }
         const NextWindow steps([](QWidget& box) { box.close(); });
-        QTEST(MsgBox(u"Overwrite?"_s, buttons), "escape");
+        QTEST(MsgBox(u"Overwrite?"_qs, buttons), "escape");
     }
 
-    void MessagesShowTheirTextAsItStands() {
-        const QString text = u"Can't open <b>weir</b>.prj & co."_s;
+    void messagesShowTheirTextAsItStands() {
+        const QString text = u"Can't open <b>weir</b>.prj & co."_qs;
         const NextWindow steps([&](QWidget& form) {
-            auto& box = qobject_cast<QMessageBox&>(form);
-            QCOMPARE(box.windowTitle(), u"Rillbook"_s);
+            auto& box = dynamic_cast<QMessageBox&>(form);
+            QCOMPARE(box.windowTitle(), u"Rillbook"_qs);
             QCOMPARE(box.icon(), QMessageBox::Warning);
-            QCOMPARE(Child<QLabel>(box, u"qt_msgbox_label"_s).textFormat(), Qt::PlainText);
+            QCOMPARE(Child<QLabel>(box, u"qt_msgbox_label"_qs).textFormat(), Qt::PlainText);
             QCOMPARE(box.text(), text);
             QCOMPARE(box.parentWidget(), window_.get());
             box.close();
@@ -112,7 +110,7 @@ private Q_SLOTS:
         MsgBox(text, MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
     }
 
-    void PointerIsNormalWhileABoxIsUp() {
+    void pointerIsNormalWhileABoxIsUp() {
         const auto shape = [] {
             const QCursor* cursor = QGuiApplication::overrideCursor();
             return cursor != nullptr ? cursor->shape() : Qt::ArrowCursor;
@@ -125,22 +123,22 @@ private Q_SLOTS:
                 QCOMPARE(shape(), Qt::ArrowCursor);
                 box.close();
             });
-            MsgBox(u"0 records"_s);
+            MsgBox(u"0 records"_qs);
             QCOMPARE(shape(), Qt::WaitCursor);
             QCOMPARE(TheScreen().MousePointer(), vbHourglass);
         }
         QCOMPARE(shape(), Qt::ArrowCursor);
     }
 
-    void SavingCompletesTheName_data() {
+    void savingCompletesTheName_data() {
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("name");
-        QTest::newRow("no extension") << u"weir"_s << u"weir.prj"_s;
-        QTest::newRow("the extension") << u"weir.prj"_s << u"weir.prj"_s;
-        QTest::newRow("another") << u"weir.txt"_s << u"weir.txt"_s;
-        QTest::newRow("blanks and marks") << u"big <b>weir"_s << u"big <b>weir.prj"_s;
+        QTest::newRow("no extension") << u"weir"_qs << u"weir.prj"_qs;
+        QTest::newRow("the extension") << u"weir.prj"_qs << u"weir.prj"_qs;
+        QTest::newRow("another") << u"weir.txt"_qs << u"weir.txt"_qs;
+        QTest::newRow("blanks and marks") << u"big <b>weir"_qs << u"big <b>weir.prj"_qs;
     }
-    void SavingCompletesTheName() {
+    void savingCompletesTheName() {
         QFETCH(const QString, typed);
         QFETCH(const QString, name);
         const NextWindow steps([&](QWidget& dialog) { TakeName(dialog, typed); });
@@ -151,102 +149,102 @@ private Q_SLOTS:
     }
 
     // The question is about the name with its extension.
-    void SavingAsksBeforeItReplaces() {
-        Touch(folder_->filePath(u"weir.prj"_s));
+    void savingAsksBeforeItReplaces() {
+        Touch(folder_->filePath(u"weir.prj"_qs));
         QStringList questions;
         const NextWindow steps([&](QWidget& dialog) {
-            const auto answer = [&](Qt::Key key) {
-                return [&questions, key](QWidget& box) {
-                    questions += qobject_cast<QMessageBox&>(box).text().section(u' ', 0, 0);
-                    QTest::keyClick(&box, key, Qt::AltModifier);
+            const auto answer = [&](QMessageBox::StandardButton button) {
+                return [&questions, button](QWidget& form) {
+                    auto& box = dynamic_cast<QMessageBox&>(form);
+                    questions += box.text().section(u' ', 0, 0);
+                    box.button(button)->click();
                 };
             };
-            const NextWindow refuse(answer(Qt::Key_N));
-            TakeName(dialog, u"weir"_s);
+            const NextWindow refuse(answer(QMessageBox::No));
+            TakeName(dialog, u"weir"_qs);
             QVERIFY(dialog.isVisible());
-            const NextWindow agree(answer(Qt::Key_Y));
+            const NextWindow agree(answer(QMessageBox::Yes));
             Accept(dialog);
         });
         CommonDialog dialog = ProjectDialog();
         dialog.Flags = cdlOFNOverwritePrompt | cdlOFNHideReadOnly;
         dialog.ShowSave();
-        QCOMPARE(dialog.FileName, folder_->filePath(u"weir.prj"_s));
-        QCOMPARE(questions, QStringList({u"weir.prj"_s, u"weir.prj"_s}));
+        QCOMPARE(dialog.FileName, folder_->filePath(u"weir.prj"_qs));
+        QCOMPARE(questions, QStringList({u"weir.prj"_qs, u"weir.prj"_qs}));
     }
 
-    void SavingReplacesUnaskedWithoutTheFlag() {
-        Touch(folder_->filePath(u"weir.prj"_s));
-        const NextWindow steps([](QWidget& dialog) { TakeName(dialog, u"weir"_s); });
+    void savingReplacesUnaskedWithoutTheFlag() {
+        Touch(folder_->filePath(u"weir.prj"_qs));
+        const NextWindow steps([](QWidget& dialog) { TakeName(dialog, u"weir"_qs); });
         CommonDialog dialog = ProjectDialog();
         dialog.ShowSave();
-        QCOMPARE(dialog.FileTitle, u"weir.prj"_s);
+        QCOMPARE(dialog.FileTitle, u"weir.prj"_qs);
     }
 
-    void FiltersListWhatTheyName() {
-        for (const QString& name : {u"a.csv"_s, u"B.DAT"_s, u"c.mdb"_s, u"noext"_s}) {
+    void filtersListWhatTheyName() {
+        for (const QString& name : {u"a.csv"_qs, u"B.DAT"_qs, u"c.mdb"_qs, u"noext"_qs}) {
             Touch(folder_->filePath(name));
         }
         const NextWindow steps([&](QWidget& form) {
-            auto& types = Child<QComboBox>(form, u"fileTypeCombo"_s);
-            QCOMPARE(types.currentText(), u"Import File (*.csv;*.dat)"_s);
-            QCOMPARE(Listed(form, 2), u"B.DAT a.csv"_s);
-            types.setCurrentIndex(1);
-            Q_EMIT types.textActivated(types.currentText());
-            QCOMPARE(types.currentText(), u"All Files (*.*)"_s);
-            QCOMPARE(Listed(form, 4), u"B.DAT a.csv c.mdb noext"_s);
-            TakeName(form, u"noext"_s);
+            auto& types = Child<QComboBox>(form, u"fileTypeCombo"_qs);
+            QCOMPARE(types.currentText(), u"Import File (*.csv;*.dat)"_qs);
+            QCOMPARE(Listed(form, 2), u"B.DAT a.csv"_qs);
+            QTest::keyClick(&types, Qt::Key_Down);
+            QCOMPARE(types.currentText(), u"All Files (*.*)"_qs);
+            QCOMPARE(Listed(form, 4), u"B.DAT a.csv c.mdb noext"_qs);
+            TakeName(form, u"noext"_qs);
         });
         CommonDialog dialog = ProjectDialog();
-        dialog.DialogTitle = u"File Import - Weir"_s;
-        dialog.Filter = u"Import File (*.csv;*.dat)|*.csv;*.dat|All Files (*.*)|*.*"_s;
+        dialog.DialogTitle = u"File Import - Weir"_qs;
+        dialog.Filter = u"Import File (*.csv;*.dat)|*.csv;*.dat|All Files (*.*)|*.*"_qs;
         dialog.ShowOpen();
-        QCOMPARE(dialog.FileName, folder_->filePath(u"noext"_s));
+        QCOMPARE(dialog.FileName, folder_->filePath(u"noext"_qs));
     }
 
-    void CancellingLeavesTheName() {
+    void cancellingLeavesTheName() {
         const NextWindow steps([](QWidget& form) {
-            QCOMPARE(form.windowTitle(), u"New"_s);
+            QCOMPARE(form.windowTitle(), u"New"_qs);
             // A folder that isn't there is the home folder.
-            QCOMPARE(qobject_cast<QFileDialog&>(form).directory(), QDir::home());
+            QCOMPARE(dynamic_cast<QFileDialog&>(form).directory(), QDir::home());
             QTest::keyClick(&form, Qt::Key_Escape);
         });
         CommonDialog dialog = ProjectDialog();
-        dialog.InitDir = u"c:\\"_s;
-        dialog.FileTitle = u"before.prj"_s;
+        dialog.InitDir = u"c:\\"_qs;
+        dialog.FileTitle = u"before.prj"_qs;
         QVERIFY_EXCEPTION_THROWN(dialog.ShowSave(), DialogCancelledError);
-        QCOMPARE(dialog.FileTitle, u"before.prj"_s);
+        QCOMPARE(dialog.FileTitle, u"before.prj"_qs);
     }
 
-    void SettingsKeepTexts_data() {
+    void settingsKeepTexts_data() {
         QTest::addColumn<QString>("text");
-        QTest::newRow("number") << u"-120"_s;
-        QTest::newRow("folder") << u"C:\\Stations\\weir, lower; \"x\"=1"_s;
-        QTest::newRow("like a value of another type") << u"@Size(1 2)"_s;
-        QTest::newRow("beyond Latin") << u"/home/Žofia/水位"_s;
-        QTest::newRow("blanks at the ends") << u" a "_s;
+        QTest::newRow("number") << u"-120"_qs;
+        QTest::newRow("folder") << u"C:\\Stations\\weir, lower; \"x\"=1"_qs;
+        QTest::newRow("like a value of another type") << u"@Size(1 2)"_qs;
+        QTest::newRow("beyond Latin") << u"/home/Žofia/水位"_qs;
+        QTest::newRow("blanks at the ends") << u" a "_qs;
     }
-    void SettingsKeepTexts() {
+    void settingsKeepTexts() {
         QFETCH(const QString, text);
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder_->path());
-        QCOMPARE(GetSetting(u"Rillbook"_s, u"Data"_s, u"InitDir"_s), QString());
-        SaveSetting(u"Rillbook"_s, u"Data"_s, u"InitDir"_s, text);
-        QCOMPARE(GetSetting(u"Rillbook"_s, u"Data"_s, u"InitDir"_s), text);
-        QCOMPARE(GetSetting(u"Rillbook"_s, u"Other"_s, u"InitDir"_s), QString());
+        QCOMPARE(GetSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs), QString());
+        SaveSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs, text);
+        QCOMPARE(GetSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs), text);
+        QCOMPARE(GetSetting(u"Rillbook"_qs, u"Other"_qs, u"InitDir"_qs), QString());
     }
 
     // A file stands where the folder of settings would be.
-    void SettingsThatCantBeWrittenAreLost() {
-        const QString blocked = folder_->filePath(u"config"_s);
+    void settingsThatCantBeWrittenAreLost() {
+        const QString blocked = folder_->filePath(u"config"_qs);
         Touch(blocked);
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, blocked);
-        SaveSetting(u"Rillbook"_s, u"Data"_s, u"MainTop"_s, u"7"_s);
+        SaveSetting(u"Rillbook"_qs, u"Data"_qs, u"MainTop"_qs, u"7"_qs);
         QVERIFY(QFileInfo(blocked).isFile());
     }
 
-    void ClipboardHoldsTexts() {
-        TheClipboard().SetText(u"1.25\t2\r3\t4"_s);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"1.25\t2\r3\t4"_s);
-        QCOMPARE(TheClipboard().GetText(), u"1.25\t2\r3\t4"_s);
+    void clipboardHoldsTexts() {
+        TheClipboard().SetText(u"1.25\t2\r3\t4"_qs);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"1.25\t2\r3\t4"_qs);
+        QCOMPARE(TheClipboard().GetText(), u"1.25\t2\r3\t4"_qs);
         TheClipboard().Clear();
         QCOMPARE(TheClipboard().GetText(), QString());
     }
@@ -254,9 +252,9 @@ private Q_SLOTS:
 private:
     CommonDialog ProjectDialog() const {
         CommonDialog dialog;
-        dialog.DialogTitle = u"New"_s;
+        dialog.DialogTitle = u"New"_qs;
         dialog.InitDir = folder_->path();
-        dialog.Filter = u"Rillbook Project Files (*.prj)|*.prj|All Files (*.*)|*.*"_s;
+        dialog.Filter = u"Rillbook Project Files (*.prj)|*.prj|All Files (*.*)|*.*"_qs;
         return dialog;
     }
 
