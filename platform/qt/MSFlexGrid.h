@@ -7,10 +7,11 @@ namespace rillbook {
 
 class GridModel;
 
-// A grid of texts with one fixed row on top (row 0) and one fixed column on the left (column 0), which
-// stay in view. Rows and columns count from 0, the fixed ones included, everywhere in this interface;
-// positions and sizes are in twips. Cells can't be typed into. A grid of several hundred thousand
-// rows fills and scrolls at once: texts are kept in one flat table and asked for as they are painted.
+// A grid of texts with one fixed row on top (row 0) and one fixed column on the left (column 0),
+// which stay in view. Rows and columns count from 0, the fixed ones included, everywhere in this
+// interface; positions and sizes are in twips. Cells can't be typed into. A grid of several hundred
+// thousand rows fills and scrolls at once: texts are kept in one flat table and asked for as they
+// are painted.
 class MSFlexGrid : public QTableView {
     Q_OBJECT
 public:
@@ -45,8 +46,9 @@ public:
     QString Text() const;
     void SetText(const QString& text);
 
-    // The selected range as text: cells of a row separated by tabs, rows by carriage returns, none at
-    // the end. Assigning fills the range from its top left, row by row; what doesn't fit is dropped.
+    // The selected range as text: cells of a row separated by tabs, rows by carriage returns, none
+    // at the end. Assigning fills the range from its top left, row by row; what doesn't fit is
+    // dropped.
     QString Clip() const;
     void SetClip(const QString& text);
 

@@ -76,8 +76,8 @@ QString ShortDateText(DateTime moment);
 QString SqlDateText(DateTime moment);
 
 // English whatever the locale.
-QString MonthDayYearText(DateTime moment);   // "Jan 05, 2002"
+QString MonthDayYearText(DateTime moment);       // "Jan 05, 2002"
 QString ShortMonthDayYearText(DateTime moment);  // "Jan 5, 2002"
-QString MonthYearText(DateTime moment);      // "Jan-2002"
+QString MonthYearText(DateTime moment);          // "Jan-2002"
 
 }  // namespace rillbook
