@@ -108,8 +108,7 @@ void WriteDays(Sheet& sheet, DailyStatistic statistic, int chan, int firstMonth)
 }
 
 void WriteMonthStatistics(Sheet& sheet, int chan, int col) {
-    const Tally days =
-        TallyOfCells(sheet, {Sheet::kFirstDayRow, Sheet::kLastDayRow}, {col, col});
+    const Tally days = TallyOfCells(sheet, {Sheet::kFirstDayRow, Sheet::kLastDayRow}, {col, col});
     if (days.IsEmpty()) {
         return;
     }

@@ -10,8 +10,8 @@ namespace rillbook {
 enum class DailyStatistic { Mean, Minimum, Maximum, Total };
 
 // The texts of the yearly sheet of one channel: days down, months across in the order of the report
-// period, monthly and yearly statistics beneath. Row and column 0 are the fixed ones of the grid and
-// empty.
+// period, monthly and yearly statistics beneath. Row and column 0 are the fixed ones of the grid
+// and empty.
 struct AnnualSheet {
     static constexpr int kRows = 38;
     static constexpr int kCols = 15;

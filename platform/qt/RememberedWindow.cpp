@@ -36,6 +36,13 @@ QPoint InView(const QRect& window) {
                        std::max(room.top(), room.bottom() + 1 - window.height()))};
 }
 
+// A pixel is several twips: a number that stands for the same pixels stays as it is.
+void Store(std::int16_t& twips, int pixels) {
+    if (ToPixels(twips) != pixels) {
+        twips = ToInt16(ToTwips(pixels));
+    }
+}
+
 }  // namespace
 
 void RememberedWindow::Restore(QWidget& window) const {
@@ -55,10 +62,10 @@ void RememberedWindow::Remember(const QWidget& window) const {
         state = vbMaximized;
     } else {
         state = vbNormal;
-        height = ToInt16(ToTwips(window.height()));
-        width = ToInt16(ToTwips(window.width()));
-        top = ToInt16(ToTwips(window.y()));
-        left = ToInt16(ToTwips(window.x()));
+        Store(height, window.height());
+        Store(width, window.width());
+        Store(top, window.y());
+        Store(left, window.x());
     }
 }
 
