@@ -13,9 +13,15 @@ QString& NamedFolder() {
 
 }  // namespace
 
-int Major() { return RILLBOOK_MAJOR; }
-int Minor() { return RILLBOOK_MINOR; }
-int Revision() { return RILLBOOK_REVISION; }
+int Major() {
+    return RILLBOOK_MAJOR;
+}
+int Minor() {
+    return RILLBOOK_MINOR;
+}
+int Revision() {
+    return RILLBOOK_REVISION;
+}
 
 QString VersionDigits() {
     return QString::number(Major()) + QString::number(Minor()) + QString::number(Revision());
@@ -29,6 +35,8 @@ QString Path() {
     return NamedFolder().isEmpty() ? QCoreApplication::applicationDirPath() : NamedFolder();
 }
 
-void SetPath(const QString& folder) { NamedFolder() = folder; }
+void SetPath(const QString& folder) {
+    NamedFolder() = folder;
+}
 
 }  // namespace rillbook::Application

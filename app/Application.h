@@ -7,7 +7,9 @@ namespace rillbook {
 // The program's version record and its place on disk.
 namespace Application {
 
-inline QString Title() { return QStringLiteral("Rillbook"); }
+inline QString Title() {
+    return QStringLiteral("Rillbook");
+}
 
 int Major();
 int Minor();
@@ -18,8 +20,8 @@ QString VersionDigits();
 
 QString LegalLine();
 
-// The folder of the program's data files (template.mdb, rillbook.chm), with no separator at its end:
-// the program's own folder unless SetPath named another.
+// The folder of the program's data files (template.mdb, rillbook.chm), with no separator at its
+// end: the program's own folder unless SetPath named another.
 QString Path();
 void SetPath(const QString& folder);
 

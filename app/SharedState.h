@@ -25,8 +25,8 @@ extern bool ShowMeasured;
 // The printer dialog's orientation as the program found it at start.
 extern std::int32_t PrinterOrientation;
 
-// Puts every module's shared state back to its start values: the open station is closed without being
-// written. For tests.
+// Puts every module's shared state back to its start values: the open station is closed without
+// being written. For tests.
 void ResetSharedState();
 
 }  // namespace rillbook

@@ -15,8 +15,8 @@ struct OffsetRow {
 };
 
 // The used journal rows of a channel in time order, between two sentinels: entry 1 is dated
-// 1900-01-01 and the last 3000-01-01, each with its neighbour's readings. Entry 0 is not used. Empty
-// if the channel has no used row.
+// 1900-01-01 and the last 3000-01-01, each with its neighbour's readings. Entry 0 is not used.
+// Empty if the channel has no used row.
 extern std::vector<OffsetRow> OffsetRows;
 
 // The row at or before the current reading, from 1.
@@ -27,7 +27,8 @@ void LoadOffsetRows(int chan);
 
 // The value plus the offset (actual minus logger) interpolated in time between the rows around `t`;
 // constant before the first and after the last. Nothing where one of the two rows lacks a reading.
-// REQUIRES: OffsetRows not empty; t not decreasing from call to call since OffsetCursor was set to 1.
+// REQUIRES: OffsetRows not empty; t not decreasing from call to call since OffsetCursor was set
+// to 1.
 std::optional<double> ApplyOffset(DateTime t, double value);
 
 }  // namespace rillbook

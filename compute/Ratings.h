@@ -26,8 +26,9 @@ struct RatingTable {
     std::vector<RatingPoint> points;  // ascending depth, from 0
 };
 
-// A channel's ratings in time order, between two sentinels dated 1900-01-01 (entry 1) and 3000-01-01
-// (the last), copies of their neighbours. Entry 0 is not used. Empty if the channel has no rating.
+// A channel's ratings in time order, between two sentinels dated 1900-01-01 (entry 1) and
+// 3000-01-01 (the last), copies of their neighbours. Entry 0 is not used. Empty if the channel has
+// no rating.
 extern std::vector<RatingRow> RatingRows;
 
 // The table ratings likewise. A channel without points has the identity table: depth is flow.
@@ -43,7 +44,8 @@ void LoadRatingTables(int chan);
 
 // The flow at a depth, by the rating in force at `t`. A reading exactly at a rating's time still
 // belongs to the rating before it. Beyond the ends of a table its first or last two points' line
-// goes on. REQUIRES: LoadRatingRows found a rating; t not decreasing since the cursors were set to 1.
+// goes on. REQUIRES: LoadRatingRows found a rating; t not decreasing since the cursors were set
+// to 1.
 double ApplyRating(DateTime t, double value);
 
 }  // namespace rillbook

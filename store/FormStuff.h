@@ -50,7 +50,8 @@ private:
 };
 extern ChannelTable ChannelInfo;
 
-// Unit and description under which the reports show a channel: after the rating where it is applied.
+// Unit and description under which the reports show a channel: after the rating where it is
+// applied.
 QString ReportLabel(int chan);
 QString ReportDescription(int chan);
 
@@ -64,9 +65,8 @@ void ReadStationInfo();
 // Writes them back, in one transaction. Does nothing where the file can't be changed.
 void WriteStationInfo();
 
-// Sets the panel's count of records and their first and last date from the table Records; they reach
-// the table Information with the next WriteStationInfo. A failing query leaves them as they were and
-// raises AdoError.
+// Sets the panel's count of records and their first and last date from the table Records; they
+// reach the table Information with the next WriteStationInfo. A failing query is told to the user.
 void RefreshRecordStats();
 
 // Adds to files of older releases the columns that they lack; harmless on others.

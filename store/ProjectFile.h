@@ -37,11 +37,16 @@ struct ProjectReading {
 // Never raises. `defaults` stands for what the file doesn't hold.
 ProjectReading ReadProjectFile(const QString& path, const ProjectContents& defaults);
 
+// Copies a file that couldn't be read whole to NAME.bak, replacing an older one, before it is
+// written over. Nothing to do where there is no file. Raises FileError.
+void KeepOldProjectFile(const QString& path);
+
 // The last day of the period as text "mmm dd, yyyy". A code that doesn't begin with "9" sets
 // ReportPeriodCode to "9312" and counts as it; so does one with an unknown unit.
 QString ReportEndFromPeriod(DateTime begin, const QString& code);
 
-// First and last day to last day: `count` days (1), weeks (2), months (3) or years (4).
+// The last day of `count` days (unit 1), weeks (2), months (3) or years (4) that begin on `begin`,
+// by the calendar arithmetic of DateSerial: a month from January 31 runs on into March.
 DateTime PeriodEnd(DateTime begin, int unit, double count);
 
 void ResetProjectFile();

@@ -7,7 +7,8 @@
 
 namespace rillbook {
 
-// Created once at start, closed until a station is opened; its State alone tells whether one is open.
+// Created once at start, closed until a station is opened; its State alone tells whether one is
+// open.
 extern std::unique_ptr<Connection> StationConnection;
 extern QString StationConnectionString;
 
@@ -27,7 +28,8 @@ void CloseDB();
 void CloseOpenStation();
 
 // Puts a copy of the program's template at `path`, replacing what is there together with any
-// companion that a killed program left beside it. Raises FileError; what stood at `path` is whole then.
+// companion that a killed program left beside it. Raises FileError; what stood at `path` is whole
+// then.
 void CopyStationTemplate(const QString& path);
 
 // A double quote can't stand in a project file, so that no path may hold one.

@@ -40,14 +40,15 @@ public:
     // Runs one statement in the program's own dialect (see JetSql.h), or raises.
     void Execute(const QString& statement);
 
-    // Not nested. Changes between them are stored together at CommitTrans or, after RollbackTrans or
-    // the death of the process, not at all.
+    // Not nested. Changes between them are stored together at CommitTrans or, after RollbackTrans
+    // or the death of the process, not at all.
     void BeginTrans();
     void CommitTrans();
     void RollbackTrans();
 
     // For one long run of appends: holds the file's lock between the rows instead of taking it anew
-    // for each, so that no other program can write meanwhile. Each row stays final by itself. Never raises.
+    // for each, so that no other program can write meanwhile. Each row stays final by itself. Never
+    // raises.
     void BeginExclusiveUse();
     // Gives the lock back and folds the companion into the file.
     void EndExclusiveUse();

@@ -6,8 +6,8 @@
 namespace rillbook {
 
 // The program's SQL dialect: date-time literals between # signs, month before day; DELETE * FROM;
-// ALTER TABLE ... ADD COLUMN, DROP COLUMN and ALTER COLUMN with the types TEXT(n), SINGLE, SMALLINT,
-// DOUBLE, DATETIME. Texts between single quotes are left alone.
+// ALTER TABLE ... ADD COLUMN, DROP COLUMN and ALTER COLUMN with the types TEXT(n), SINGLE,
+// SMALLINT, DOUBLE, DATETIME. Texts between single quotes are left alone.
 struct JetStatement {
     enum class Kind { Plain, AlterColumn };
     Kind kind = Kind::Plain;

@@ -52,9 +52,9 @@ public:
     // The column's declared type converts: SINGLE rounds to 32 bits; SMALLINT rounds to a whole
     // number (halves to even); a text for a number column must be a number as a whole (point as
     // decimal sign), one for a DATETIME column a date-time; numbers for text columns become plain
-    // text. Raises adErrTypeMismatch where it can't, also for the empty text in a number or DATETIME
-    // column, for NaN and infinity, and for a number beyond the column's range; adErrTextTooLong
-    // beyond TEXT(n). A refused value leaves the field as it was.
+    // text. Raises adErrTypeMismatch where it can't, also for the empty text in a number or
+    // DATETIME column, for NaN and infinity, and for a number beyond the column's range;
+    // adErrTextTooLong beyond TEXT(n). A refused value leaves the field as it was.
     void SetValue(Null);
     void SetValue(double value);
     void SetValue(const QString& value);
@@ -74,9 +74,9 @@ private:
 // asked for: a recordset opened only to append never reads the table. Their source is a table's
 // name, or a SELECT on one table.
 //
-// A changed row is written at Update, and also when the cursor moves off it or AddNew begins another;
-// Close drops a change that hasn't been written. If a write fails, the change stays pending until
-// CancelUpdate.
+// A changed row is written at Update, and also when the cursor moves off it or AddNew begins
+// another; Close drops a change that hasn't been written. If a write fails, the change stays
+// pending until CancelUpdate.
 class Recordset {
 public:
     Recordset();
@@ -121,8 +121,8 @@ public:
     void Delete();
 
     // Moves forward from the current row, itself included, to the first that meets the criterion,
-    // or to EOF. A criterion is a column, one of = <> < <= > >=, and a number or a date-time literal
-    // between # signs.
+    // or to EOF. A criterion is a column, one of = <> < <= > >=, and a number or a date-time
+    // literal between # signs.
     void Find(const QString& criterion);
 
 private:

@@ -6,9 +6,13 @@
 
 namespace rillbook {
 
-void CommonDialog::ShowOpen() { Show(false); }
+void CommonDialog::ShowOpen() {
+    Show(false);
+}
 
-void CommonDialog::ShowSave() { Show(true); }
+void CommonDialog::ShowSave() {
+    Show(true);
+}
 
 void CommonDialog::Show(bool save) {
     const FileRequest request{.save = save,

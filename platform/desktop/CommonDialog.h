@@ -10,9 +10,9 @@ namespace rillbook {
 struct FileRequest {
     bool save = false;
     QString title;
-    QString folder;           // where it opens; one that isn't there counts as the home folder
-    QString filter;           // "Text|*.a;*.b|All Files (*.*)|*.*"
-    QString fileName;         // proposed
+    QString folder;    // where it opens; one that isn't there counts as the home folder
+    QString filter;    // "Text|*.a;*.b|All Files (*.*)|*.*"
+    QString fileName;  // proposed
     bool confirmOverwrite = false;
 };
 

@@ -21,10 +21,20 @@ Desktop& TheDesktop() {
     return desktop;
 }
 
-MsgBoxDoor& MessagesDoor() { return Installed(TheDesktop().messages, "message box"); }
-FileDialogDoor& FileDialogs() { return Installed(TheDesktop().fileDialogs, "file dialog"); }
-SettingsStore& Settings() { return Installed(TheDesktop().settings, "settings"); }
-Clipboard& TheClipboard() { return Installed(TheDesktop().clipboard, "clipboard"); }
-Screen& TheScreen() { return Installed(TheDesktop().screen, "screen"); }
+MsgBoxDoor& MessagesDoor() {
+    return Installed(TheDesktop().messages, "message box");
+}
+FileDialogDoor& FileDialogs() {
+    return Installed(TheDesktop().fileDialogs, "file dialog");
+}
+SettingsStore& Settings() {
+    return Installed(TheDesktop().settings, "settings");
+}
+Clipboard& TheClipboard() {
+    return Installed(TheDesktop().clipboard, "clipboard");
+}
+Screen& TheScreen() {
+    return Installed(TheDesktop().screen, "screen");
+}
 
 }  // namespace rillbook

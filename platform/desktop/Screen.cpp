@@ -4,8 +4,12 @@
 
 namespace rillbook {
 
-Hourglass::Hourglass() { TheScreen().SetMousePointer(vbHourglass); }
+Hourglass::Hourglass() {
+    TheScreen().SetMousePointer(vbHourglass);
+}
 
-Hourglass::~Hourglass() { TheScreen().SetMousePointer(vbDefault); }
+Hourglass::~Hourglass() {
+    TheScreen().SetMousePointer(vbDefault);
+}
 
 }  // namespace rillbook

@@ -7,8 +7,8 @@ class QLineEdit;
 
 namespace rillbook {
 
-// A pair of spin buttons that steps the number in its buddy, a read-only text box. The arrow keys in
-// the buddy step too.
+// A pair of spin buttons that steps the number in its buddy, a read-only text box. The arrow keys
+// in the buddy step too.
 class UpDown : public QWidget {
     Q_OBJECT
 public:

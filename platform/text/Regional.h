@@ -10,11 +10,11 @@ namespace rillbook {
 struct Regional {
     QString decimalSign = QStringLiteral(".");
     QString groupSign = QStringLiteral(",");
-    bool groupDigits = true;   // in threes
-    bool leadingZero = true;   // 0.5, not .5
+    bool groupDigits = true;  // in threes
+    bool leadingZero = true;  // 0.5, not .5
     QString negativeSign = QStringLiteral("-");
-    QString shortDate = QStringLiteral("M/d/yyyy");      // always a four-digit year
-    QString longTime = QStringLiteral("h:mm:ss AP");     // seconds, no zone, plain blanks
+    QString shortDate = QStringLiteral("M/d/yyyy");   // always a four-digit year
+    QString longTime = QStringLiteral("h:mm:ss AP");  // seconds, no zone, plain blanks
     QString amText = QStringLiteral("AM");
     QString pmText = QStringLiteral("PM");
 };

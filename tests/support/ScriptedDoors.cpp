@@ -19,7 +19,9 @@ MsgBoxAnswer CancellingAnswer(MsgBoxButtons buttons) {
     }
 }
 
-void Fail(const QString& what) { QTest::qFail(qPrintable(what), __FILE__, __LINE__); }
+void Fail(const QString& what) {
+    QTest::qFail(qPrintable(what), __FILE__, __LINE__);
+}
 
 Desktop& Previous() {
     static Desktop previous;
@@ -47,9 +49,13 @@ void ScriptedDoors::ExpectMessage(const QString& text, MsgBoxAnswer answer) {
     expectedMessages_.push_back({text, answer});
 }
 
-void ScriptedDoors::AnswerFileDialog(const QString& path) { fileAnswers_.push_back(path); }
+void ScriptedDoors::AnswerFileDialog(const QString& path) {
+    fileAnswers_.push_back(path);
+}
 
-void ScriptedDoors::CancelFileDialog() { fileAnswers_.push_back(std::nullopt); }
+void ScriptedDoors::CancelFileDialog() {
+    fileAnswers_.push_back(std::nullopt);
+}
 
 void ScriptedDoors::Verify() {
     for (const ExpectedMessage& message : expectedMessages_) {

@@ -1,0 +1,124 @@
+#include "compute/Compute.h"
+
+#include <limits>
+
+#include "compute/Offsets.h"
+#include "compute/Ratings.h"
+#include "platform/ado/Recordset.h"
+#include "platform/desktop/MsgBox.h"
+#include "store/FormStuff.h"
+#include "store/StationDatabase.h"
+
+namespace rillbook {
+
+std::vector<DateTime> InstTimes;
+std::vector<double> InstValues;
+std::int32_t InstCount = 0;
+
+namespace {
+
+// What a channel asks for, read once and not for each of its readings.
+struct Corrections {
+    bool offset = false;
+    bool rating = false;
+};
+
+void Tell(const QString& text) {
+    MsgBox(text, MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+}
+
+void SizeSeries(std::size_t readings) {
+    InstTimes.assign(readings + 2, 0);
+    InstValues.assign(readings + 2, 0);
+}
+
+// False, the user having been told, where the channel lacks what it asks for.
+bool LoadReferences(int chan, const Corrections& wanted) {
+    if (wanted.rating) {
+        LoadRatingRows(chan);
+        LoadRatingTables(chan);
+        if (RatingRows.empty()) {
+            Tell(QStringLiteral("No rating/conversion data this channel"));
+            return false;
+        }
+    }
+    if (wanted.offset) {
+        LoadOffsetRows(chan);
+        if (OffsetRows.empty()) {
+            Tell(QStringLiteral("No offset data for this channel"));
+            return false;
+        }
+    }
+    return true;
+}
+
+double Corrected(DateTime t, double stored, const Corrections& wanted) {
+    double value = stored;
+    if (wanted.offset) {
+        const std::optional<double> shifted = ApplyOffset(t, value);
+        if (!shifted) {
+            return std::numeric_limits<double>::quiet_NaN();
+        }
+        value = *shifted;
+    }
+    return wanted.rating ? ApplyRating(t, value) : value;
+}
+
+QString RecordsBetween(DateTime from, DateTime to) {
+    return QStringLiteral("SELECT * FROM Records WHERE DateTime >= #") +
+           SqlDateText(ToWholeSecond(from)) + QStringLiteral("# AND DateTime <= #") +
+           SqlDateText(ToWholeSecond(to)) + QStringLiteral("# ORDER BY DateTime ");
+}
+
+void ReadSeries(DateTime from, DateTime to, int chan, const Corrections& wanted) {
+    Recordset records;
+    records.Open(RecordsBetween(from, to), *StationConnection, adOpenStatic, adLockReadOnly);
+    if (records.Eof()) {
+        Tell(QStringLiteral("No data within dates!"));
+        return;
+    }
+    const std::int64_t rows = records.RecordCount();
+    SizeSeries(static_cast<std::size_t>(rows));
+    RatingCursor = 1;
+    TableCursor = 1;
+    OffsetCursor = 1;
+    const Field time = records.Fields(u"DateTime");
+    const Field reading = records.Fields(chan);
+    std::size_t kept = 0;
+    for (std::int64_t row = 0; row < rows && !records.Eof(); ++row, records.MoveNext()) {
+        if (reading.IsNumeric()) {
+            ++kept;
+            const DateTime t = time.Number();
+            InstTimes[kept] = t;
+            InstValues[kept] = Corrected(t, reading.Number(), wanted);
+        }
+    }
+    InstCount = static_cast<std::int32_t>(kept);
+}
+
+}  // namespace
+
+void LoadSeries(DateTime from, DateTime to, int chan) {
+    ResetCompute();
+    const ChannelInfoData& channel = ChannelInfo[chan];
+    const Corrections wanted{.offset = channel.Calibration == 1, .rating = channel.Conversion == 1};
+    try {
+        if (LoadReferences(chan, wanted)) {
+            ReadSeries(from, to, chan, wanted);
+        }
+    } catch (const AdoError& error) {
+        ResetCompute();
+        Tell(QStringLiteral("The readings can't be read: ") + error.Description());
+    }
+}
+
+void ResetCompute() {
+    OffsetRows.clear();
+    RatingRows.clear();
+    RatingTables.clear();
+    OffsetCursor = RatingCursor = TableCursor = 1;
+    SizeSeries(0);
+    InstCount = 0;
+}
+
+}  // namespace rillbook

@@ -1,0 +1,51 @@
+#include "compute/Offsets.h"
+
+#include "compute/ReferenceRows.h"
+#include "platform/ado/Recordset.h"
+#include "store/StationDatabase.h"
+
+namespace rillbook {
+
+std::vector<OffsetRow> OffsetRows;
+std::size_t OffsetCursor = 1;
+
+namespace {
+
+std::optional<double> Reading(const Field& field) {
+    return field.IsNumeric() ? std::optional(field.Number()) : std::nullopt;
+}
+
+}  // namespace
+
+void LoadOffsetRows(int chan) {
+    OffsetRows.clear();
+    Recordset journal;
+    journal.Open(QStringLiteral("SELECT * FROM Calibration WHERE Chan = ") + QString::number(chan) +
+                     QStringLiteral(" AND read2 = 1 ORDER BY DateTime"),
+                 *StationConnection, adOpenStatic, adLockReadOnly);
+    const Field time = journal.Fields(0);
+    const Field logger = journal.Fields(2);
+    const Field actual = journal.Fields(3);
+    for (; !journal.Eof(); journal.MoveNext()) {
+        OffsetRows.push_back({time.Number(), Reading(logger), Reading(actual)});
+    }
+    AddSentinels(OffsetRows, &OffsetRow::time);
+}
+
+std::optional<double> ApplyOffset(DateTime t, double value) {
+    AdvanceCursor(OffsetCursor, OffsetRows, &OffsetRow::time, t);
+    const OffsetRow& before = OffsetRows[OffsetCursor];
+    const OffsetRow& after = OffsetRows[OffsetCursor + 1];
+    if (!before.logger || !before.actual || !after.logger || !after.actual) {
+        return std::nullopt;
+    }
+    const double offsetBefore = *before.actual - *before.logger;
+    const double offsetAfter = *after.actual - *after.logger;
+    // A journal row dated at a sentinel or beyond it leaves no span; both rows then hold one
+    // offset.
+    const DateTime span = after.time - before.time;
+    const double part = span > 0 ? (t - before.time) / span : 0;
+    return value + (offsetBefore + part * (offsetAfter - offsetBefore));
+}
+
+}  // namespace rillbook

@@ -1,0 +1,199 @@
+#include "import/Import.h"
+
+#include <QFile>
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <vector>
+
+#include "import/LineReader.h"
+#include "import/LoggerLine.h"
+#include "platform/ado/Connection.h"
+#include "platform/ado/Recordset.h"
+#include "platform/desktop/MsgBox.h"
+#include "store/FormStuff.h"
+#include "store/StationDatabase.h"
+
+namespace rillbook {
+
+namespace {
+
+struct ImportCounts {
+    std::int32_t lines = 0;
+    std::int32_t unreadable = 0;
+    std::int32_t duplicates = 0;  // refused by the store's key
+    std::int32_t unstored = 0;    // refused by the store for another reason
+    QString unstoredReason;       // of the first of them
+    QString readFault;            // why the file couldn't be read to its end; empty where it could
+};
+
+// Counts have 32 bits and stay at the limit.
+void CountUp(std::int32_t& count) {
+    if (count < std::numeric_limits<std::int32_t>::max()) {
+        ++count;
+    }
+}
+
+LoggerLayout StationLayout() {
+    LoggerLayout layout;
+    layout.type = StationInfo.ImportType;
+    layout.dateWidth = static_cast<std::size_t>(std::max<int>(StationInfo.ImportDtWidth, 0));
+    for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
+        const int width = std::max<int>(ChannelInfo[chan].ImportWidth, 0);
+        layout.channelWidths.push_back(static_cast<std::size_t>(width));
+    }
+    return layout;
+}
+
+// Appends readings to the table Records. What the store refuses is counted, and no value of it
+// reaches the next record.
+class RecordAppender {
+public:
+    explicit RecordAppender(ImportCounts& counts) : counts_(counts) {
+        records_.LockType = adLockOptimistic;
+        try {
+            records_.Open(QStringLiteral("Records"), *StationConnection);
+            // Channel i belongs to the column at position i; without a column it has no place.
+            const int last = std::min<int>(StationInfo.Channels, records_.FieldCount() - 1);
+            for (int position = 0; position <= last; ++position) {
+                fields_.push_back(records_.Fields(position));
+            }
+        } catch (const AdoError& error) {
+            openFault_ = error;
+        }
+    }
+
+    void Append(const LoggerReading& reading) {
+        if (openFault_) {
+            CountRefused(*openFault_);
+            return;
+        }
+        try {
+            records_.AddNew();
+        } catch (const AdoError& error) {
+            // Nothing may be assigned now: the current row could be one that is stored.
+            CountRefused(error);
+            return;
+        }
+        try {
+            fields_[0].SetValue(reading.moment);
+            for (std::size_t chan = 1; chan < fields_.size(); ++chan) {
+                SetChannel(fields_[chan], reading.channels[chan - 1]);
+            }
+            records_.Update();
+        } catch (const AdoError& error) {
+            CountRefused(error);
+            Attempt([this] { records_.CancelUpdate(); });
+        }
+    }
+
+    void Close() {
+        Attempt([this] { records_.Close(); });
+    }
+
+private:
+    static void SetChannel(Field& field, const std::optional<double>& value) {
+        if (!value) {
+            return;
+        }
+        try {
+            field.SetValue(*value);
+        } catch (const AdoError&) {
+            // A number beyond the range of the column: the channel stays without a value.
+        }
+    }
+
+    void CountRefused(const AdoError& error) {
+        if (error.Number() == adErrDuplicate) {
+            CountUp(counts_.duplicates);
+            return;
+        }
+        if (counts_.unstored == 0) {
+            counts_.unstoredReason = error.Description();
+        }
+        CountUp(counts_.unstored);
+    }
+
+    ImportCounts& counts_;
+    Recordset records_;
+    std::vector<Field> fields_;  // DateTime, then the channels
+    std::optional<AdoError> openFault_;
+};
+
+// Holds the station's file for the length of an import.
+class ExclusiveUse {
+public:
+    ExclusiveUse() { StationConnection->BeginExclusiveUse(); }
+    ~ExclusiveUse() { StationConnection->EndExclusiveUse(); }
+    ExclusiveUse(const ExclusiveUse&) = delete;
+    ExclusiveUse& operator=(const ExclusiveUse&) = delete;
+};
+
+void ImportLines(QFile& file, RecordAppender& appender, ImportCounts& counts) {
+    const LoggerLayout layout = StationLayout();
+    if (layout.type < 0 || layout.type > 3) {
+        return;
+    }
+    // A fixed layout never looks behind the line width.
+    constexpr std::size_t longestKept = 1024 * 1024;
+    LineReader lines(file, std::max(longestKept, layout.LineWidth()));
+    LoggerLineParser parser(layout);
+    LoggerReading reading;
+    std::string_view line;
+    while (lines.ReadLine(line)) {
+        CountUp(counts.lines);
+        if (parser.Parse(line, reading)) {
+            appender.Append(reading);
+        } else {
+            CountUp(counts.unreadable);
+        }
+    }
+    if (lines.Failed()) {
+        counts.readFault = file.errorString();
+    }
+}
+
+// A count with a blank in the place of its sign.
+QString CountText(std::int32_t count) {
+    return QStringLiteral(" %1").arg(count);
+}
+
+void ReportCounts(const ImportCounts& counts) {
+    const std::int32_t readable = counts.lines - counts.duplicates - counts.unreadable;
+    MsgBox(CountText(readable) + QStringLiteral(" Readable Records, ") +
+           CountText(counts.unreadable) + QStringLiteral(" Unreadable Records(s), and ") +
+           CountText(counts.duplicates) + QStringLiteral(" Dupulicate(s)."));
+    if (counts.unstored > 0) {
+        MsgBox(QStringLiteral("%1 of the readable records could not be stored!\n%2")
+                   .arg(QString::number(counts.unstored), counts.unstoredReason),
+               MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+    }
+    if (!counts.readFault.isEmpty()) {
+        MsgBox(QStringLiteral("The file could not be read to its end!\n%1").arg(counts.readFault),
+               MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+    }
+}
+
+}  // namespace
+
+void ImportFile(const QString& fileName) {
+    if (fileName.isEmpty()) {
+        return;
+    }
+    ImportCounts counts;
+    {
+        RecordAppender appender(counts);
+        QFile file(fileName);
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+            MsgBox(QStringLiteral("Not able to open that file!"), MsgBoxButtons::Ok,
+                   MsgBoxIcon::Exclamation);
+            return;
+        }
+        const ExclusiveUse exclusive;
+        ImportLines(file, appender, counts);
+        appender.Close();
+    }
+    ReportCounts(counts);
+}
+
+}  // namespace rillbook

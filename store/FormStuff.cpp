@@ -1,0 +1,259 @@
+#include "store/FormStuff.h"
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <variant>
+
+#include "platform/ado/Recordset.h"
+#include "platform/desktop/MsgBox.h"
+#include "store/StationDatabase.h"
+#include "store/StationPanel.h"
+
+namespace rillbook {
+
+StationInfoData StationInfo;
+ChannelTable ChannelInfo;
+
+namespace {
+
+using Item = StationPanel::Item;
+
+template <typename Target>
+struct ColumnOf {
+    const char16_t* name;
+    Target target;
+};
+
+// The columns in the order in which they are read and written.
+
+constexpr std::array<ColumnOf<Item>, 6> kPanelColumns{{{u"Name", Item::Name},
+                                                       {u"notes", Item::Notes},
+                                                       {u"channels", Item::Channels},
+                                                       {u"noofrec", Item::Records},
+                                                       {u"begdate", Item::BeginDate},
+                                                       {u"EndDate", Item::EndDate}}};
+
+using ChannelMember = std::variant<std::int16_t ChannelInfoData::*, double ChannelInfoData::*,
+                                   QString ChannelInfoData::*>;
+
+constexpr std::array<ColumnOf<ChannelMember>, 15> kChannelColumns{
+    {{u"Conversion", &ChannelInfoData::Conversion},
+     {u"calibration", &ChannelInfoData::Calibration},
+     {u"secondary", &ChannelInfoData::Secondary},
+     {u"digitsout", &ChannelInfoData::DigitsOut},
+     {u"importwidth", &ChannelInfoData::ImportWidth},
+     {u"graphmax", &ChannelInfoData::GraphMax},
+     {u"graphmin", &ChannelInfoData::GraphMin},
+     {u"outputseries", &ChannelInfoData::OutputSeries},
+     {u"outputfactor", &ChannelInfoData::OutputFactor},
+     {u"outputfactorstring", &ChannelInfoData::OutputFactorString},
+     {u"reclabel", &ChannelInfoData::RecLabel},
+     {u"recdesc", &ChannelInfoData::RecDesc},
+     {u"recsta", &ChannelInfoData::RecSta},
+     {u"convlabel", &ChannelInfoData::ConvLabel},
+     {u"convdesc", &ChannelInfoData::ConvDesc}}};
+
+QString TextOrEmpty(const Field& field) {
+    return field.IsNull() ? QString() : field.Text();
+}
+
+void SetTextOrNull(Field field, const QString& text) {
+    if (text.isEmpty()) {
+        field.SetValue(Null{});
+    } else {
+        field.SetValue(text);
+    }
+}
+
+void ReadInto(std::int16_t& variable, Recordset& rows, QStringView column) {
+    const double number = std::nearbyint(rows.Fields(column).Number());
+    if (number >= std::numeric_limits<std::int16_t>::min() &&
+        number <= std::numeric_limits<std::int16_t>::max()) {
+        variable = static_cast<std::int16_t>(number);
+    }
+}
+
+void ReadInto(double& variable, Recordset& rows, QStringView column) {
+    variable = rows.Fields(column).Number();
+}
+
+void ReadInto(QString& variable, Recordset& rows, QStringView column) {
+    variable = TextOrEmpty(rows.Fields(column));
+}
+
+void WriteFrom(double value, Recordset& rows, QStringView column) {
+    rows.Fields(column).SetValue(value);
+}
+
+void WriteFrom(const QString& text, Recordset& rows, QStringView column) {
+    SetTextOrNull(rows.Fields(column), text);
+}
+
+// Calls `step(column, value)` for each column of a channel's row, passing over what fails.
+template <typename Step>
+void ForEachChannelColumn(ChannelInfoData& channel, Step step) {
+    for (const auto& column : kChannelColumns) {
+        Attempt([&] {
+            std::visit([&](auto member) { step(QStringView(column.name), channel.*member); },
+                       column.target);
+        });
+    }
+}
+
+// The same for the columns of the first row that StationInfo holds.
+template <typename Step>
+void ForEachStationColumn(Step step) {
+    Attempt([&] { step(u"importdir", StationInfo.ImportDir); });
+    Attempt([&] { step(u"importtype", StationInfo.ImportType); });
+    Attempt([&] { step(u"importdtwidth", StationInfo.ImportDtWidth); });
+    Attempt([&] { step(u"outputchannel", StationInfo.OutputChannel); });
+    Attempt([&] { step(u"timeincrement", StationInfo.TimeIncrement); });
+    Attempt([&] { step(u"channels", StationInfo.Channels); });
+}
+
+// Raises where a row can't be written; a value that a column refuses only leaves that column alone.
+void WriteInformationRows(Recordset& rows) {
+    rows.MoveFirst();
+    for (const auto& column : kPanelColumns) {
+        if (column.target != Item::Channels) {
+            Attempt([&] {
+                WriteFrom(TheStationPanel->Text(column.target), rows, QStringView(column.name));
+            });
+        }
+    }
+    ForEachStationColumn(
+        [&](QStringView column, const auto& value) { WriteFrom(value, rows, column); });
+    for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
+        ForEachChannelColumn(ChannelInfo[chan], [&](QStringView column, const auto& value) {
+            WriteFrom(value, rows, column);
+        });
+        rows.MoveNext();
+        if (rows.Eof()) {
+            break;
+        }
+    }
+    rows.MoveFirst();
+    rows.Update();
+}
+
+void TryStatement(const QString& statement) {
+    Attempt([&] { StationConnection->Execute(statement); });
+}
+
+}  // namespace
+
+ChannelInfoData& ChannelTable::operator[](int chan) {
+    const auto index = static_cast<std::size_t>(chan < 1 ? 0 : chan);
+    if (index >= entries_.size()) {
+        entries_.resize(index + 1);
+    }
+    return entries_[index];
+}
+
+QString ReportLabel(int chan) {
+    const ChannelInfoData& channel = ChannelInfo[chan];
+    return channel.Conversion == 0 ? channel.RecLabel : channel.ConvLabel;
+}
+
+QString ReportDescription(int chan) {
+    const ChannelInfoData& channel = ChannelInfo[chan];
+    return channel.Conversion == 0 ? channel.RecDesc : channel.ConvDesc;
+}
+
+void Attempt(const std::function<void()>& step) {
+    try {
+        step();
+    } catch (const AdoError&) {
+        // The next step runs, whatever became of this one.
+    }
+}
+
+void ReadStationInfo() {
+    UpgradeInformation();
+    Recordset rows;
+    Attempt([&] {
+        rows.Open(QStringLiteral("Information"), *StationConnection);
+        rows.MoveFirst();
+    });
+    for (const auto& column : kPanelColumns) {
+        Attempt([&] {
+            TheStationPanel->SetText(column.target,
+                                     TextOrEmpty(rows.Fields(QStringView(column.name))));
+        });
+    }
+    ForEachStationColumn(
+        [&](QStringView column, auto& variable) { ReadInto(variable, rows, column); });
+    for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
+        ForEachChannelColumn(ChannelInfo[chan], [&](QStringView column, auto& variable) {
+            ReadInto(variable, rows, column);
+        });
+        bool atEnd = true;
+        Attempt([&] {
+            rows.MoveNext();
+            atEnd = rows.Eof();
+        });
+        if (atEnd) {
+            break;
+        }
+    }
+    Attempt([&] { rows.Close(); });
+}
+
+void WriteStationInfo() {
+    UpgradeInformation();
+    // All rows or none: were a row refused in the middle, the next channel's values would land in
+    // it.
+    Attempt([] {
+        Transaction transaction(*StationConnection);
+        Recordset rows;
+        rows.LockType = adLockOptimistic;
+        rows.Open(QStringLiteral("Information"), *StationConnection);
+        WriteInformationRows(rows);
+        rows.Close();
+        transaction.Commit();
+    });
+}
+
+void RefreshRecordStats() {
+    try {
+        Recordset rows;
+        rows.CursorType = adOpenStatic;
+        rows.LockType = adLockReadOnly;
+        rows.Open(QStringLiteral("SELECT DateTime FROM "
+                                 "Records"
+                                 " ORDER BY DateTime "),
+                  *StationConnection);
+        if (rows.Eof()) {
+            TheStationPanel->SetText(Item::BeginDate, {});
+            TheStationPanel->SetText(Item::EndDate, {});
+            TheStationPanel->SetText(Item::Records, QStringLiteral("Empty"));
+        } else {
+            TheStationPanel->SetText(Item::BeginDate, ShortDateText(rows.Fields(0).Number()));
+            rows.MoveLast();
+            TheStationPanel->SetText(Item::EndDate, ShortDateText(rows.Fields(0).Number()));
+            TheStationPanel->SetText(Item::Records, QString::number(rows.RecordCount()));
+        }
+        rows.Close();
+    } catch (const AdoError& error) {
+        MsgBox(QStringLiteral("The records could not be counted: ") + error.Description(),
+               MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+    }
+}
+
+void UpgradeInformation() {
+    TryStatement(QStringLiteral("ALTER TABLE Information ADD COLUMN RecDesc TEXT(255)"));
+    TryStatement(QStringLiteral("ALTER TABLE Information ADD COLUMN ConvDesc TEXT(255)"));
+    TryStatement(QStringLiteral("ALTER TABLE Information ADD COLUMN RecSta TEXT(255)"));
+}
+
+void UpgradeCalibration() {
+    TryStatement(QStringLiteral("ALTER TABLE Calibration ALTER COLUMN notes TEXT(255)"));
+}
+
+void ResetFormStuff() {
+    StationInfo = {};
+    ChannelInfo.Clear();
+}
+
+}  // namespace rillbook

@@ -1,0 +1,91 @@
+#include "store/StationDatabase.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+#include "app/Application.h"
+#include "platform/ado/AdoError.h"
+#include "platform/desktop/MsgBox.h"
+#include "store/FileError.h"
+#include "store/FormStuff.h"
+#include "store/StationPanel.h"
+
+namespace rillbook {
+
+std::unique_ptr<Connection> StationConnection;
+QString StationConnectionString;
+QString StationPath;
+QString StationTitle;
+StationPanel* TheStationPanel = nullptr;
+
+bool OpenDB(const QString& path) {
+    StationConnectionString =
+        QStringLiteral("Provider = Microsoft.Jet.OLEDB.4.0; Data Source = ") + path;
+    try {
+        StationConnection->Open(StationConnectionString);
+        ReadStationInfo();
+        TheStationPanel->ShowPanel(true);
+        TheStationPanel->EnableStationMenus(true);
+        return true;
+    } catch (const AdoError& error) {
+        if (error.Number() == adErrGeneral) {
+            MsgBox(path + QStringLiteral(" not found!"), MsgBoxButtons::Ok,
+                   MsgBoxIcon::Information);
+        }
+        return false;
+    }
+}
+
+void CloseDB() {
+    WriteStationInfo();
+    StationConnection->Close();
+    TheStationPanel->ShowPanel(false);
+    TheStationPanel->EnableStationMenus(false);
+    TheStationPanel->SetWindowCaption(Application::Title());
+}
+
+void CloseOpenStation() {
+    if (StationConnection->State() != 0) {
+        CloseDB();
+    }
+}
+
+void CopyStationTemplate(const QString& path) {
+    QFile source(Application::Path() + QStringLiteral("/template.mdb"));
+    if (!source.open(QIODevice::ReadOnly)) {
+        throw FileError(source.fileName(), source.errorString());
+    }
+    QSaveFile target(path);
+    const QByteArray bytes = source.readAll();
+    if (bytes.isEmpty()) {
+        throw FileError(source.fileName(), source.errorString());
+    }
+    if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() ||
+        !target.flush()) {
+        throw FileError(path, target.errorString());
+    }
+    // A companion of the file that goes would be taken for one of the file that comes.
+    for (const QString& suffix :
+         {QStringLiteral("-wal"), QStringLiteral("-shm"), QStringLiteral("-journal")}) {
+        QFile companion(path + suffix);
+        if (companion.exists() && !companion.remove()) {
+            throw FileError(companion.fileName(), companion.errorString());
+        }
+    }
+    if (!target.commit()) {
+        throw FileError(path, target.errorString());
+    }
+}
+
+bool IsUsablePath(const QString& path) {
+    return !path.contains(QLatin1Char('"'));
+}
+
+void ResetStationDatabase() {
+    StationConnection = std::make_unique<Connection>();
+    StationConnectionString.clear();
+    StationPath.clear();
+    StationTitle.clear();
+}
+
+}  // namespace rillbook

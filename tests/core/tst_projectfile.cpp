@@ -1,0 +1,159 @@
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "store/FileError.h"
+#include "store/ProjectFile.h"
+#include "tests/support/StationFixture.h"
+
+using namespace rillbook;
+
+namespace {
+
+QByteArray Bytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
+void Put(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+QString Story(const ProjectReading& reading) {
+    QString text;
+    for (const ProjectStation& station : reading.contents.stations) {
+        text += station.path + u'|' + station.title + u'\n';
+    }
+    return text + MomentText(reading.contents.reportBeginDate) + u'|' +
+           reading.contents.reportPeriodCode + u'|' + reading.contents.name + u'|' + reading.fault;
+}
+
+const QByteArray kCreek =
+    "\"Rillbook\",\"202\"\r\n1\r\n\"C:\\Data\\creek.mdb\",\"creek.mdb\"\r\n"
+    "#2002-01-01#,\"921\"\r\n\"Upper basin\"\r\n";
+
+}  // namespace
+
+class TestProjectFile : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { path_ = folder_.filePath(QStringLiteral("basin.prj")); }
+
+    void writesTheDocumentedLines() {
+        WriteProjectFile(
+            path_,
+            {.stations = {{QStringLiteral("C:\\Data\\creek.mdb"), QStringLiteral("creek.mdb")}},
+             .reportBeginDate = At("2002-01-01"),
+             .reportPeriodCode = QStringLiteral("921"),
+             .name = QStringLiteral("Upper basin")});
+        QCOMPARE(Bytes(path_), QByteArray(kCreek).replace("202\"", "100\""));
+    }
+
+    void readsBackWhatItWrote_data() {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("begin");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("commas") << u"/a,b/c,d.mdb"_qs << u"2002-01-01"_qs
+                                << u"Rhône, \u2013 upper"_qs;
+        QTest::newRow("beyond the code page")
+            << u"/Øvre Δέλτα/川.mdb"_qs << u"1999-12-31"_qs << u"Река"_qs;
+        QTest::newRow("a time of day") << u"/a.mdb"_qs << u"2002-01-01 13:05:09"_qs << u""_qs;
+    }
+    void readsBackWhatItWrote() {
+        QFETCH(QString, path);
+        QFETCH(QString, begin);
+        QFETCH(QString, name);
+        WriteProjectFile(path_, {.stations = {{path, u"t"_qs}, {path + u'2', u"u"_qs}},
+                                 .reportBeginDate = At(qPrintable(begin)),
+                                 .reportPeriodCode = u"9312"_qs,
+                                 .name = name});
+        QCOMPARE(Story(ReadProjectFile(path_, {})), path + u"|t\n"_qs + path + u"2|u\n"_qs +
+                                                        MomentText(At(qPrintable(begin))) +
+                                                        u"|9312|"_qs + name + u'|');
+    }
+
+    // Whatever the byte at which a file ends, what stands before it is read and nothing is made up.
+    void readsWhatACutFileHolds() {
+        const ProjectContents defaults{.stations = {},
+                                       .reportBeginDate = At("1990-05-05"),
+                                       .reportPeriodCode = u"911"_qs,
+                                       .name = u"kept"_qs};
+        const QString station = u"C:\\Data\\creek.mdb|creek.mdb\n"_qs;
+        const QString kept = u"1990-05-05 00:00:00|911|kept|"_qs;
+        const qsizetype afterStation = kCreek.indexOf("creek.mdb\"\r") + 10;
+        const qsizetype afterPeriod = kCreek.indexOf("921\"\r") + 4;
+        for (qsizetype size = 0; size < kCreek.size() - 2; ++size) {
+            Put(path_, kCreek.left(size));
+            const QString story = Story(ReadProjectFile(path_, defaults));
+            const QString expected = size < afterStation ? kept
+                                     : size < afterPeriod
+                                         ? station + kept
+                                         : station + u"2002-01-01 00:00:00|921|kept|"_qs;
+            QVERIFY2(story.startsWith(expected + u"It could not be read from "_qs),
+                     qPrintable(QString::number(size) + u": "_qs + story));
+        }
+        Put(path_, kCreek.chopped(2));
+        QVERIFY(Story(ReadProjectFile(path_, defaults)).endsWith(u"|921|Upper basin|"_qs));
+    }
+
+    void doesNotBelieveAnAbsurdCount() {
+        Put(path_, "\"x\",\"y\"\r\n99999999999\r\n\"a.mdb\",\"a\"\r\n");
+        QCOMPARE(Story(ReadProjectFile(path_, {})),
+                 u"a.mdb|a\n"_qs + MomentText(0) +
+                     u"|||It could not be read from station 2 of 99999999999 on."_qs);
+    }
+
+    void leavesTheOldFileWhereTheNewOneCannotBeWritten() {
+        const QString inNoFolder = folder_.filePath(QStringLiteral("gone/basin.prj"));
+        QVERIFY_EXCEPTION_THROWN(WriteProjectFile(inNoFolder, {}), FileError);
+        Put(path_, kCreek);
+        KeepOldProjectFile(path_);
+        WriteProjectFile(path_, {});
+        QCOMPARE(Bytes(path_ + u".bak"_qs), kCreek);
+        QVERIFY(Bytes(path_) != kCreek);
+    }
+
+    void periodEndsOn_data() {
+        QTest::addColumn<QString>("begin");
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<QString>("end");
+        QTest::addColumn<QString>("codeAfter");
+        const auto row = [](const char* begin, const char* code, const char* end,
+                            const char* codeAfter = "unchanged") {
+            QTest::addRow("%s %s", begin, code)
+                << QString::fromLatin1(begin) << QString::fromLatin1(code)
+                << QString::fromLatin1(end) << QString::fromLatin1(codeAfter);
+        };
+        row("2002-01-01", "941", "Dec 31, 2002");
+        row("2002-03-15", "9312", "Mar 14, 2003");
+        row("2002-01-01", "922", "Jan 14, 2002");
+        row("2002-01-01", "911", "Jan 01, 2002");
+        row("2002-01-01", "931", "Jan 31, 2002");
+        row("2002-01-31", "931", "Mar 02, 2002");  // February has no day 30
+        row("2002-11-15", "933", "Feb 14, 2003");
+        row("2003-03-01", "941", "Feb 29, 2004");
+        row("2002-01-01", "7312", "Dec 31, 2002", "9312");
+        row("2002-01-01", "", "Dec 31, 2002", "9312");
+        row("2002-01-01", "95", "Dec 31, 2002", "9312");
+        row("2002-01-01", "94999999999999999999", "Dec 31, 9999");
+    }
+    void periodEndsOn() {
+        QFETCH(QString, begin);
+        QFETCH(QString, code);
+        QFETCH(QString, end);
+        QFETCH(QString, codeAfter);
+        ReportPeriodCode = u"unchanged"_qs;
+        QCOMPARE(ReportEndFromPeriod(At(qPrintable(begin)), code), end);
+        QCOMPARE(ReportPeriodCode, codeAfter);
+    }
+
+private:
+    QTemporaryDir folder_;
+    QString path_;
+};
+
+QTEST_GUILESS_MAIN(TestProjectFile)
+#include "tst_projectfile.moc"
