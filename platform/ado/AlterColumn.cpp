@@ -12,9 +12,9 @@ namespace rillbook::ado {
 namespace {
 
 bool BeginsConstraint(const SqlToken& token) {
-    static constexpr std::array kWords{u"CONSTRAINT", u"PRIMARY",    u"NOT",        u"NULL",
-                                       u"UNIQUE",     u"CHECK",      u"DEFAULT",    u"COLLATE",
-                                       u"REFERENCES", u"GENERATED",  u"AS"};
+    static constexpr std::array kWords{u"CONSTRAINT", u"PRIMARY",   u"NOT",     u"NULL",
+                                       u"UNIQUE",     u"CHECK",     u"DEFAULT", u"COLLATE",
+                                       u"REFERENCES", u"GENERATED", u"AS"};
     for (const char16_t* word : kWords) {
         if (token.IsWord(word)) {
             return true;
@@ -23,7 +23,8 @@ bool BeginsConstraint(const SqlToken& token) {
     return false;
 }
 
-// Where a column's type stands in the text of its table: [begin, end), blanks around it not counted.
+// Where a column's type stands in the text of its table: [begin, end), blanks around it not
+// counted.
 struct TypePlace {
     qsizetype begin = 0;
     qsizetype end = 0;

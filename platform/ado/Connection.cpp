@@ -20,7 +20,9 @@ ado::Database& RequireOpen(const std::shared_ptr<ado::Database>& database) {
 
 Connection::Connection() = default;
 
-Connection::~Connection() { Close(); }
+Connection::~Connection() {
+    Close();
+}
 
 void Connection::Open(const QString& connectionString, const QString&, const QString&, int) {
     if (database_) {
@@ -37,9 +39,13 @@ void Connection::Close() {
     }
 }
 
-int Connection::State() const { return database_ ? 1 : 0; }
+int Connection::State() const {
+    return database_ ? 1 : 0;
+}
 
-bool Connection::IsReadOnly() const { return database_ && database_->IsReadOnly(); }
+bool Connection::IsReadOnly() const {
+    return database_ && database_->IsReadOnly();
+}
 
 void Connection::Execute(const QString& statement) {
     ado::Database& database = RequireOpen(database_);
@@ -54,11 +60,17 @@ void Connection::Execute(const QString& statement) {
     }
 }
 
-void Connection::BeginTrans() { RequireOpen(database_).Begin(); }
+void Connection::BeginTrans() {
+    RequireOpen(database_).Begin();
+}
 
-void Connection::CommitTrans() { RequireOpen(database_).Commit(); }
+void Connection::CommitTrans() {
+    RequireOpen(database_).Commit();
+}
 
-void Connection::RollbackTrans() { RequireOpen(database_).Rollback(); }
+void Connection::RollbackTrans() {
+    RequireOpen(database_).Rollback();
+}
 
 void Connection::BeginExclusiveUse() {
     if (database_) {

@@ -14,7 +14,9 @@ void RaiseNoCurrentRecord() {
     throw AdoError(adErrNoCurrentRecord, QStringLiteral("There is no current record."));
 }
 
-Cursor::Cursor(Database& database) : database_(&database) { database.Attach(this); }
+Cursor::Cursor(Database& database) : database_(&database) {
+    database.Attach(this);
+}
 
 Cursor::~Cursor() {
     if (database_ != nullptr) {
@@ -34,12 +36,26 @@ void Cursor::TakeColumns(const Statement& statement) {
     }
 }
 
-void Cursor::Set(int, Null) { RaiseNotUpdatable(); }
-void Cursor::Set(int, double) { RaiseNotUpdatable(); }
-void Cursor::Set(int, const QString&) { RaiseNotUpdatable(); }
-void Cursor::AddNew() { RaiseNotUpdatable(); }
-void Cursor::Update() { RaiseNotUpdatable(); }
-void Cursor::CancelUpdate() { RaiseNotUpdatable(); }
-void Cursor::Delete() { RaiseNotUpdatable(); }
+void Cursor::Set(int, Null) {
+    RaiseNotUpdatable();
+}
+void Cursor::Set(int, double) {
+    RaiseNotUpdatable();
+}
+void Cursor::Set(int, const QString&) {
+    RaiseNotUpdatable();
+}
+void Cursor::AddNew() {
+    RaiseNotUpdatable();
+}
+void Cursor::Update() {
+    RaiseNotUpdatable();
+}
+void Cursor::CancelUpdate() {
+    RaiseNotUpdatable();
+}
+void Cursor::Delete() {
+    RaiseNotUpdatable();
+}
 
 }  // namespace rillbook::ado

@@ -8,8 +8,8 @@ namespace rillbook::ado {
 namespace {
 
 // Pages that the companion may gather before they are folded back. In a run of appends each row
-// writes a page, mostly the same one again, and folding back waits for the disk: the longer interval
-// costs 16 MB of disk, no memory to speak of, and spares three of four waits.
+// writes a page, mostly the same one again, and folding back waits for the disk: the longer
+// interval costs 16 MB of disk, no memory to speak of, and spares three of four waits.
 constexpr const char* kUsualInterval = "PRAGMA wal_autocheckpoint = 1000";
 constexpr const char* kAppendInterval = "PRAGMA wal_autocheckpoint = 4000";
 
@@ -31,7 +31,8 @@ Database::Database(const QString& path) : path_(path) {
         mark_ = std::make_unique<WriterMark>(path);
         TryRun(handle_.get(), kUsualInterval);
     } else if (isOpenHere) {
-        throw AdoError(adErrGeneral, QStringLiteral("The file can't be opened again: %1").arg(path));
+        throw AdoError(adErrGeneral,
+                       QStringLiteral("The file can't be opened again: %1").arg(path));
     } else {
         handle_ = OpenUntouched(path);
     }
@@ -88,8 +89,8 @@ void Database::BeginExclusiveUse() noexcept {
     }
     TryRun(handle_.get(), kAppendInterval);
     TryRun(handle_.get(), "PRAGMA locking_mode = EXCLUSIVE");
-    // The lock is taken by the first write. Where another connection reads the file it can't be had,
-    // and each row then takes its lock by itself.
+    // The lock is taken by the first write. Where another connection reads the file it can't be
+    // had, and each row then takes its lock by itself.
     if (!TryRun(handle_.get(), "BEGIN IMMEDIATE; COMMIT")) {
         TryRun(handle_.get(), "PRAGMA locking_mode = NORMAL");
     }

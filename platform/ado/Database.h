@@ -20,8 +20,8 @@ public:
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
-    // Detaches the cursors, drops an open transaction and folds the companion back where nobody else
-    // has the file.
+    // Detaches the cursors, drops an open transaction and folds the companion back where nobody
+    // else has the file.
     void Close() noexcept;
 
     sqlite3* handle() const { return handle_.get(); }

@@ -17,7 +17,9 @@ namespace {
 // short enough that the user isn't left before a dead window.
 constexpr int kPatience = 500;
 
-[[noreturn]] void RaiseGeneral(const QString& why) { throw AdoError(adErrGeneral, why); }
+[[noreturn]] void RaiseGeneral(const QString& why) {
+    throw AdoError(adErrGeneral, why);
+}
 
 struct FileHeader {
     bool writeAhead = false;
@@ -49,13 +51,12 @@ FileHeader ReadHeader(const QString& path, bool hasCompanion) {
 
 Handle OpenHandle(const QByteArray& name, int flags, const char* fileSystem = nullptr) {
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(name.constData(), &opened,
-                                       flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE,
-                                       fileSystem);
+    const int result = sqlite3_open_v2(
+        name.constData(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, fileSystem);
     Handle handle(opened);
     if (result != SQLITE_OK) {
-        RaiseGeneral(QString::fromUtf8(opened != nullptr ? sqlite3_errmsg(opened)
-                                                         : sqlite3_errstr(result)));
+        RaiseGeneral(
+            QString::fromUtf8(opened != nullptr ? sqlite3_errmsg(opened) : sqlite3_errstr(result)));
     }
     sqlite3_busy_timeout(opened, kPatience);
     // Folding a companion back is left to the connection that writes.
@@ -89,8 +90,7 @@ Handle OpenWithCompanion(const QByteArray& name, bool writable) {
         }
     } else {
         // Nobody can write here, so that no lock is needed, nor can be had.
-        Handle unlocked =
-            WithExclusiveLock(OpenHandle(name, SQLITE_OPEN_READONLY, "unix-none"));
+        Handle unlocked = WithExclusiveLock(OpenHandle(name, SQLITE_OPEN_READONLY, "unix-none"));
         if (IsReadable(unlocked.get())) {
             return unlocked;
         }

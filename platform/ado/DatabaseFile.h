@@ -10,13 +10,13 @@ namespace rillbook::ado {
 QString PathInConnection(const QString& connectionString);
 
 // Opens a database for reading so that neither it nor its folder changes: no companion comes into
-// being, and one that a killed program left is read where it lies. Raises adErrGeneral where the file
-// is missing, no database, shorter than it says, or locked by another program.
+// being, and one that a killed program left is read where it lies. Raises adErrGeneral where the
+// file is missing, no database, shorter than it says, or locked by another program.
 Handle OpenUntouched(const QString& path);
 
 // REQUIRES: OpenUntouched and RequireSound have passed the file, and the handle they used is closed
-// or lies on it no more. Puts it in write-ahead mode. Null where it can't be written (read-only file
-// or folder, no room for the companion); raises adErrGeneral where another program has it.
+// or lies on it no more. Puts it in write-ahead mode. Null where it can't be written (read-only
+// file or folder, no room for the companion); raises adErrGeneral where another program has it.
 Handle OpenForWriting(const QString& path);
 
 // Raises adErrGeneral where the pages don't hang together as they should.

@@ -11,7 +11,8 @@ namespace {
 
 using ado::SqlToken;
 
-// Seventeen digits name one double and no other, so that a bound keeps the reading that stands on it.
+// Seventeen digits name one double and no other, so that a bound keeps the reading that stands on
+// it.
 QString MomentLiteral(const SqlToken& token) {
     const std::optional<DateTime> moment =
         ReadLoggerDateTime(token.text.mid(1, token.text.size() - 2));

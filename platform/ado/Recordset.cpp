@@ -96,13 +96,25 @@ void Recordset::Close() {
     impl_->cursor.reset();
 }
 
-int Recordset::State() const { return impl_->cursor && impl_->cursor->IsOpen() ? 1 : 0; }
+int Recordset::State() const {
+    return impl_->cursor && impl_->cursor->IsOpen() ? 1 : 0;
+}
 
-bool Recordset::Eof() { return impl_->RequireOpen().Eof(); }
-void Recordset::MoveFirst() { impl_->RequireOpen().MoveFirst(); }
-void Recordset::MoveLast() { impl_->RequireOpen().MoveLast(); }
-void Recordset::MoveNext() { impl_->RequireOpen().MoveNext(); }
-std::int64_t Recordset::RecordCount() { return impl_->RequireOpen().RecordCount(); }
+bool Recordset::Eof() {
+    return impl_->RequireOpen().Eof();
+}
+void Recordset::MoveFirst() {
+    impl_->RequireOpen().MoveFirst();
+}
+void Recordset::MoveLast() {
+    impl_->RequireOpen().MoveLast();
+}
+void Recordset::MoveNext() {
+    impl_->RequireOpen().MoveNext();
+}
+std::int64_t Recordset::RecordCount() {
+    return impl_->RequireOpen().RecordCount();
+}
 
 Field Recordset::Fields(int ordinal) {
     if (ordinal < 0 || ordinal >= FieldCount()) {
@@ -121,12 +133,22 @@ Field Recordset::Fields(QStringView name) {
     throw AdoError(adErrItemNotFound, QStringLiteral("There is no field %1.").arg(name));
 }
 
-int Recordset::FieldCount() { return static_cast<int>(impl_->RequireOpen().Columns().size()); }
+int Recordset::FieldCount() {
+    return static_cast<int>(impl_->RequireOpen().Columns().size());
+}
 
-void Recordset::AddNew() { impl_->RequireOpen().AddNew(); }
-void Recordset::Update() { impl_->RequireOpen().Update(); }
-void Recordset::CancelUpdate() { impl_->RequireOpen().CancelUpdate(); }
-void Recordset::Delete() { impl_->RequireOpen().Delete(); }
+void Recordset::AddNew() {
+    impl_->RequireOpen().AddNew();
+}
+void Recordset::Update() {
+    impl_->RequireOpen().Update();
+}
+void Recordset::CancelUpdate() {
+    impl_->RequireOpen().CancelUpdate();
+}
+void Recordset::Delete() {
+    impl_->RequireOpen().Delete();
+}
 
 void Recordset::Find(const QString& criterion) {
     const std::vector<ado::SqlToken> tokens = ado::TokensOf(criterion);
@@ -135,7 +157,8 @@ void Recordset::Find(const QString& criterion) {
     };
     std::size_t value = 1;
     Criterion wanted;
-    while (value < tokens.size() && value < 3 && tokens[value].kind == ado::SqlToken::Kind::Symbol &&
+    while (value < tokens.size() && value < 3 &&
+           tokens[value].kind == ado::SqlToken::Kind::Symbol &&
            QStringLiteral("<=>").contains(tokens[value].text)) {
         wanted.comparison += tokens[value++].text;
     }
@@ -222,11 +245,17 @@ QString Field::Text() const {
     }
 }
 
-void Field::SetValue(Null) { recordset_->impl_->RequireOpen().Set(ordinal_, Null{}); }
+void Field::SetValue(Null) {
+    recordset_->impl_->RequireOpen().Set(ordinal_, Null{});
+}
 
-void Field::SetValue(double value) { recordset_->impl_->RequireOpen().Set(ordinal_, value); }
+void Field::SetValue(double value) {
+    recordset_->impl_->RequireOpen().Set(ordinal_, value);
+}
 
-void Field::SetValue(const QString& value) { recordset_->impl_->RequireOpen().Set(ordinal_, value); }
+void Field::SetValue(const QString& value) {
+    recordset_->impl_->RequireOpen().Set(ordinal_, value);
+}
 
 void Field::SetValue(const Variant& value) {
     std::visit([this](const auto& content) { SetValue(content); }, value);

@@ -6,7 +6,9 @@ namespace rillbook::ado {
 
 namespace {
 
-bool IsWordCharacter(QChar c) { return c.isLetterOrNumber() || c == u'_' || c == u'$'; }
+bool IsWordCharacter(QChar c) {
+    return c.isLetterOrNumber() || c == u'_' || c == u'$';
+}
 
 // The mark that ends what `opening` begins; null where it begins nothing.
 QChar ClosingMark(QChar opening) {
@@ -41,9 +43,9 @@ qsizetype EndOfMarked(QStringView statement, qsizetype begin, QChar closing) {
     for (;;) {
         at = statement.indexOf(closing, at);
         if (at < 0) {
-            throw AdoError(adErrSyntax, QStringLiteral("A %1 is missing in: %2")
-                                            .arg(closing)
-                                            .arg(statement.mid(begin)));
+            throw AdoError(
+                adErrSyntax,
+                QStringLiteral("A %1 is missing in: %2").arg(closing).arg(statement.mid(begin)));
         }
         ++at;
         if (!doubles || at >= statement.size() || statement[at] != closing) {
@@ -73,7 +75,9 @@ bool SqlToken::IsWord(QStringView word) const {
     return kind == Kind::Word && text.compare(word, Qt::CaseInsensitive) == 0;
 }
 
-bool SqlToken::IsSymbol(char16_t symbol) const { return kind == Kind::Symbol && text[0] == symbol; }
+bool SqlToken::IsSymbol(char16_t symbol) const {
+    return kind == Kind::Symbol && text[0] == symbol;
+}
 
 QString SqlToken::Identifier() const {
     if (kind != Kind::Name) {

@@ -55,7 +55,9 @@ bool Statement::Step() {
     throw error;
 }
 
-void Statement::Reset() noexcept { sqlite3_reset(statement_.get()); }
+void Statement::Reset() noexcept {
+    sqlite3_reset(statement_.get());
+}
 
 void Statement::Bind(int parameter, const Cell& cell) {
     switch (cell.kind) {

@@ -10,7 +10,8 @@ namespace rillbook::ado {
 namespace {
 
 [[noreturn]] void RaiseNoKey(const QString& what) {
-    throw AdoError(adErrNotUpdatable, QStringLiteral("Rows can't be changed through: %1").arg(what));
+    throw AdoError(adErrNotUpdatable,
+                   QStringLiteral("Rows can't be changed through: %1").arg(what));
 }
 
 }  // namespace
@@ -30,7 +31,8 @@ SelectParts PartsOfSelect(const QByteArray& select) {
         if (!isName || !isOnly) {
             break;
         }
-        const qsizetype behind = table.text.data() + table.text.size() - QStringView(statement).data();
+        const qsizetype behind =
+            table.text.data() + table.text.size() - QStringView(statement).data();
         return {table.Identifier(), statement.mid(behind).toUtf8()};
     }
     RaiseNoKey(statement);
@@ -88,7 +90,9 @@ void UpdateCursor::DropStatements() noexcept {
     update_ = {};
 }
 
-UpdateCursor::Key UpdateCursor::KeyOf(double value) { return std::bit_cast<Key>(value); }
+UpdateCursor::Key UpdateCursor::KeyOf(double value) {
+    return std::bit_cast<Key>(value);
+}
 
 UpdateCursor::Key UpdateCursor::ReadKey(const Statement& statement) const {
     return keyIsRowNumber_ ? statement.Integer(0) : KeyOf(statement.Number(0));
@@ -275,12 +279,12 @@ void UpdateCursor::WriteChanges() {
         QByteArray list;
         for (std::size_t i = 0; i < row_.size(); ++i) {
             if (changed_[i]) {
-                list += (list.isEmpty() ? "" : ", ") + QuotedName(Columns()[i].name).toUtf8() +
-                        " = ?";
+                list +=
+                    (list.isEmpty() ? "" : ", ") + QuotedName(Columns()[i].name).toUtf8() + " = ?";
             }
         }
-        update_ = Statement(database().handle(), "UPDATE " + table_ + " SET " + list + " WHERE " +
-                                                     keyColumn_ + " = ?");
+        update_ = Statement(database().handle(),
+                            "UPDATE " + table_ + " SET " + list + " WHERE " + keyColumn_ + " = ?");
         updateWrites_ = changed_;
     }
     int parameter = 0;
