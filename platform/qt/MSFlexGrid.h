@@ -33,12 +33,15 @@ public:
     // Empties every cell, fixed ones included; sizes, rows and columns stay.
     void ClearTexts();
 
-    // The current cell; setting it makes it the whole selection.
+    // The current cell, never a fixed one; 0 in a grid of fixed cells alone. Setting it makes it
+    // the whole selection and doesn't scroll; a number outside the grid counts as the nearest
+    // within.
     int Row() const;
     int Col() const;
     void SetRow(int row);
     void SetCol(int col);
-    // The far corner of the selected range; equal to Row and Col for one cell.
+    // The corner of the selected range that lies across from the current cell; equal to Row and Col
+    // for one cell.
     int RowSel() const;
     int ColSel() const;
     void SetSelection(int row, int col, int rowSel, int colSel);
@@ -59,7 +62,8 @@ public:
     // Every row from `first` on, also those that come later.
     void SetRowHeights(int first, int twips);
 
-    // Position of a cell's left and top edge within the control.
+    // Position of a cell's left and top edge within the control, frame and fixed cells included, as
+    // it is scrolled; beyond the control for a cell out of sight.
     int ColPos(int col) const;
     int RowPos(int row) const;
     // Of the current cell.
@@ -68,29 +72,53 @@ public:
 
     int TopRow() const;
     void SetTopRow(int row);
+    // Wholly in view.
     bool RowIsVisible(int row) const;
 
-    // The cell under the mouse pointer at the last mouse event; -1 before the first.
+    // The cell under the mouse pointer at the last press, release or double click, 0 over fixed
+    // cells; -1 before the first and where there is no cell.
     int MouseRow() const;
     int MouseCol() const;
 
+    // Brings positions up to date with texts and sizes, and repaints.
     void Refresh();
 
+    void selectAll() override;
+
 Q_SIGNALS:
+    // Left button, over any cell; the second of two quick clicks is a DblClick alone.
     void Click();
     void DblClick();
     void EnterCell();  // the current cell has changed
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
-    void NoteMouse(const QPoint& position);
+    void FollowFixedCells();
+    void UseDefaultSizes();
+    void NoteMouse(const QPoint& screenPosition);
+    void NoteCurrent();
+    void MoveCurrent(const QModelIndex& cell);
+    void CurrentToTopLeft();
+    bool Navigate(const QKeyEvent& event);
+    QRect SelectedCells() const;
+
     GridModel* model_;
     int mouseRow_ = -1;
     int mouseCol_ = -1;
+    int enteredRow_ = 0;
+    int enteredCol_ = 0;
+    bool sized_ = false;      // by the form; until then sizes follow the font
+    bool selecting_ = false;  // with the mouse, from anchor_
+    bool doubleClicked_ = false;
+    QPersistentModelIndex anchor_;
 };
 
 }  // namespace rillbook

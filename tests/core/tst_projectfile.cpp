@@ -43,11 +43,12 @@ private Q_SLOTS:
     void init() { path_ = folder_.filePath(QStringLiteral("basin.prj")); }
 
     void writesTheDocumentedLines() {
-        WriteProjectFile(path_, {.stations = {{QStringLiteral("C:\\Data\\creek.mdb"),
-                                               QStringLiteral("creek.mdb")}},
-                                 .reportBeginDate = At("2002-01-01"),
-                                 .reportPeriodCode = QStringLiteral("921"),
-                                 .name = QStringLiteral("Upper basin")});
+        WriteProjectFile(
+            path_,
+            {.stations = {{QStringLiteral("C:\\Data\\creek.mdb"), QStringLiteral("creek.mdb")}},
+             .reportBeginDate = At("2002-01-01"),
+             .reportPeriodCode = QStringLiteral("921"),
+             .name = QStringLiteral("Upper basin")});
         QCOMPARE(Bytes(path_), QByteArray(kCreek).replace("202\"", "100\""));
     }
 
@@ -55,8 +56,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("path");
         QTest::addColumn<QString>("begin");
         QTest::addColumn<QString>("name");
-        QTest::newRow("commas") << u"/a,b/c,d.mdb"_qs << u"2002-01-01"_qs << u"Rhône, \u2013 upper"_qs;
-        QTest::newRow("beyond the code page") << u"/Øvre Δέλτα/川.mdb"_qs << u"1999-12-31"_qs << u"Река"_qs;
+        QTest::newRow("commas") << u"/a,b/c,d.mdb"_qs << u"2002-01-01"_qs
+                                << u"Rhône, \u2013 upper"_qs;
+        QTest::newRow("beyond the code page")
+            << u"/Øvre Δέλτα/川.mdb"_qs << u"1999-12-31"_qs << u"Река"_qs;
         QTest::newRow("a time of day") << u"/a.mdb"_qs << u"2002-01-01 13:05:09"_qs << u""_qs;
     }
     void readsBackWhatItWrote() {
@@ -67,9 +70,9 @@ private Q_SLOTS:
                                  .reportBeginDate = At(qPrintable(begin)),
                                  .reportPeriodCode = u"9312"_qs,
                                  .name = name});
-        QCOMPARE(Story(ReadProjectFile(path_, {})),
-                 path + u"|t\n" + path + u"2|u\n" + MomentText(At(qPrintable(begin))) + u"|9312|" +
-                     name + u'|');
+        QCOMPARE(Story(ReadProjectFile(path_, {})), path + u"|t\n"_qs + path + u"2|u\n"_qs +
+                                                        MomentText(At(qPrintable(begin))) +
+                                                        u"|9312|"_qs + name + u'|');
     }
 
     // Whatever the byte at which a file ends, what stands before it is read and nothing is made up.
@@ -85,15 +88,15 @@ private Q_SLOTS:
         for (qsizetype size = 0; size < kCreek.size() - 2; ++size) {
             Put(path_, kCreek.left(size));
             const QString story = Story(ReadProjectFile(path_, defaults));
-            const QString expected =
-                size < afterStation   ? kept
-                : size < afterPeriod  ? station + kept
-                                      : station + u"2002-01-01 00:00:00|921|kept|"_qs;
-            QVERIFY2(story.startsWith(expected + u"It could not be read from "),
-                     qPrintable(QString::number(size) + u": " + story));
+            const QString expected = size < afterStation ? kept
+                                     : size < afterPeriod
+                                         ? station + kept
+                                         : station + u"2002-01-01 00:00:00|921|kept|"_qs;
+            QVERIFY2(story.startsWith(expected + u"It could not be read from "_qs),
+                     qPrintable(QString::number(size) + u": "_qs + story));
         }
         Put(path_, kCreek.chopped(2));
-        QVERIFY(Story(ReadProjectFile(path_, defaults)).endsWith(u"|921|Upper basin|"));
+        QVERIFY(Story(ReadProjectFile(path_, defaults)).endsWith(u"|921|Upper basin|"_qs));
     }
 
     void doesNotBelieveAnAbsurdCount() {
@@ -120,9 +123,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("codeAfter");
         const auto row = [](const char* begin, const char* code, const char* end,
                             const char* codeAfter = "unchanged") {
-            QTest::addRow("%s %s", begin, code) << QString::fromLatin1(begin)
-                << QString::fromLatin1(code) << QString::fromLatin1(end)
-                << QString::fromLatin1(codeAfter);
+            QTest::addRow("%s %s", begin, code)
+                << QString::fromLatin1(begin) << QString::fromLatin1(code)
+                << QString::fromLatin1(end) << QString::fromLatin1(codeAfter);
         };
         row("2002-01-01", "941", "Dec 31, 2002");
         row("2002-03-15", "9312", "Mar 14, 2003");

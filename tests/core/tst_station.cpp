@@ -95,24 +95,40 @@ private Q_SLOTS:
     void carriesEverySettingThroughTheFile() {
         ScriptedDoors doors;
         StationFixture station(2);
-        StationInfo = {.Channels = 2, .ImportType = 3, .ImportDtWidth = 17,
-                       .ImportDir = u"/logger/"_qs, .OutputChannel = 2, .TimeIncrement = 0.25};
+        StationInfo = {.Channels = 2,
+                       .ImportType = 3,
+                       .ImportDtWidth = 17,
+                       .ImportDir = u"/logger/"_qs,
+                       .OutputChannel = 2,
+                       .TimeIncrement = 0.25};
         const auto channel = [](std::int16_t n) {
             const QString text = QString::number(n);
-            return ChannelInfoData{
-                .Conversion = 1, .Calibration = 0, .Secondary = n, .DigitsOut = n, .ImportWidth = 12,
-                .GraphMax = n + 0.1, .GraphMin = -0.3, .OutputSeries = 10101, .OutputFactor = 1.98,
-                .OutputFactorString = u"hm³"_qs, .RecLabel = u"ft"_qs + text, .RecDesc = {},
-                .RecSta = u"Weir"_qs + text, .ConvLabel = u"cfs"_qs, .ConvDesc = u"Flow"_qs};
+            return ChannelInfoData{.Conversion = 1,
+                                   .Calibration = 0,
+                                   .Secondary = n,
+                                   .DigitsOut = n,
+                                   .ImportWidth = 12,
+                                   .GraphMax = n + 0.1,
+                                   .GraphMin = -0.3,
+                                   .OutputSeries = 10101,
+                                   .OutputFactor = 1.98,
+                                   .OutputFactorString = u"hm³"_qs,
+                                   .RecLabel = u"ft"_qs + text,
+                                   .RecDesc = {},
+                                   .RecSta = u"Weir"_qs + text,
+                                   .ConvLabel = u"cfs"_qs,
+                                   .ConvDesc = u"Flow"_qs};
         };
         ChannelInfo[1] = channel(1);
         ChannelInfo[2] = channel(2);
         station.panel.SetText(Item::Name, u"Upper \"creek\""_qs);
-        const QString row = u"%1 | %2 | %3 | /logger/ | 3 | 17 | 2 | 0.25 | 1 | 0 | 1 | 1 | 12 | 1.1 | -0.3 | "
+        const QString row =
+            u"%1 | %2 | %3 | /logger/ | 3 | 17 | 2 | 0.25 | 1 | 0 | 1 | 1 | 12 | 1.1 | -0.3 | "
             u"10101 | 1.98 | hm³ | ft1 | NULL | Weir1 | cfs | Flow\n"_qs;
         const char* columns =
             "SELECT Name, channels, noofrec, importdir, importtype, importdtwidth, outputchannel, "
-            "CAST(timeincrement AS TEXT), Conversion, calibration, secondary, digitsout, importwidth, graphmax, "
+            "CAST(timeincrement AS TEXT), Conversion, calibration, secondary, digitsout, "
+            "importwidth, graphmax, "
             "graphmin, outputseries, outputfactor, outputfactorstring, reclabel, recdesc, recsta, "
             "convlabel, convdesc FROM Information WHERE rowid = 1";
         station.Close();
@@ -134,8 +150,9 @@ private Q_SLOTS:
         ScriptedDoors doors;
         StationFixture station(3);
         StationConnection->Execute(u"DELETE * FROM Information WHERE rowid = 3"_qs);
-        StationConnection->Execute(u"UPDATE Information SET digitsout = NULL, recsta = NULL "
-                                   u"WHERE rowid = 2"_qs);
+        StationConnection->Execute(
+            u"UPDATE Information SET digitsout = NULL, recsta = NULL "
+            u"WHERE rowid = 2"_qs);
         StationConnection->Close();
         ChannelInfo[2].DigitsOut = 7;
         ChannelInfo[2].RecSta = u"former"_qs;
@@ -200,8 +217,8 @@ private Q_SLOTS:
             << u"/a/ 0 1500 6500 100 0 9200 2"_qs;
         QTest::newRow("no number") << Map{{u"InitDir"_qs, u"/a/"_qs}, {u"MainTop"_qs, u"abc"_qs}}
                                    << u"/a/ 0 0 0 0 0 0 0"_qs;
-        QTest::newRow("beyond 16 bits") << Map{{u"GraphH"_qs, u"32768"_qs}}
-                                        << u"c:\\ 1000 1500 0 0 0 0 0"_qs;
+        QTest::newRow("beyond 16 bits")
+            << Map{{u"GraphH"_qs, u"32768"_qs}} << u"c:\\ 1000 1500 0 0 0 0 0"_qs;
     }
     void settings() {
         using Map = QMap<QString, QString>;
@@ -211,8 +228,14 @@ private Q_SLOTS:
         doors.settings = stored;
         LoadAppSettings();
         QCOMPARE(QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8")
-                     .arg(InitDir).arg(MainTop).arg(MainLeft).arg(GraphH).arg(GraphL).arg(GraphM)
-                     .arg(AnnualW).arg(AnnualM),
+                     .arg(InitDir)
+                     .arg(MainTop)
+                     .arg(MainLeft)
+                     .arg(GraphH)
+                     .arg(GraphL)
+                     .arg(GraphM)
+                     .arg(AnnualW)
+                     .arg(AnnualM),
                  loaded);
         doors.settings.clear();
         SaveAppSettings();

@@ -1,0 +1,41 @@
+#include "platform/qt/DTPicker.h"
+
+#include <QCalendarWidget>
+#include <QLocale>
+
+namespace rillbook {
+
+DTPicker::DTPicker(QWidget* parent) : QDateEdit(parent) {
+    // Not every day has a midnight by the local clock; in UTC each one does.
+    setTimeSpec(Qt::UTC);
+    const QLocale english(QLocale::English, QLocale::UnitedStates);
+    setLocale(english);
+    setDateRange(QDate(1801, 1, 1), QDate(9999, 12, 31));
+    setCalendarPopup(true);
+    auto* calendar = new QCalendarWidget;
+    calendar->setLocale(english);
+    calendar->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
+    setCalendarWidget(calendar);
+    SetCustomFormat(QStringLiteral("MMM dd, yyyy"));
+    connect(this, &QDateEdit::userDateChanged, this, &DTPicker::Change);
+}
+
+DateTime DTPicker::Value() const {
+    const QDate shown = date();
+    return DateSerial(shown.year(), shown.month(), shown.day());
+}
+
+void DTPicker::SetValue(DateTime value) {
+    const CalendarDate parts = DateParts(value);
+    setDate(qBound(minimumDate(), QDate(parts.year, parts.month, parts.day), maximumDate()));
+}
+
+void DTPicker::SetCustomFormat(const QString& pattern) {
+    QString whole = pattern;
+    if (whole.count(u'y') == 3) {
+        whole.replace(QStringLiteral("yyy"), QStringLiteral("yyyy"));
+    }
+    setDisplayFormat(whole);
+}
+
+}  // namespace rillbook

@@ -1,0 +1,133 @@
+#include "platform/qt/GridModel.h"
+
+#include <algorithm>
+
+#include "platform/text/Numbers.h"
+
+namespace rillbook {
+
+namespace {
+
+std::size_t CellCount(int rows, int cols) {
+    return static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols);
+}
+
+}  // namespace
+
+std::size_t GridModel::At(int row, int col) const {
+    Q_ASSERT(Holds(row, col));
+    return CellCount(row, cols_) + static_cast<std::size_t>(col);
+}
+
+bool GridModel::Holds(int row, int col) const {
+    return row >= 0 && row < rows_ && col >= 0 && col < cols_;
+}
+
+void GridModel::SetRows(int rows) {
+    const auto resize = [&] {
+        texts_.resize(CellCount(rows, cols_));
+        rows_ = rows;
+    };
+    if (rows > rows_) {
+        beginInsertRows({}, rows_ - 1, rows - 2);
+        resize();
+        endInsertRows();
+    } else if (rows < rows_) {
+        beginRemoveRows({}, rows - 1, rows_ - 2);
+        resize();
+        endRemoveRows();
+    }
+}
+
+void GridModel::SetCols(int cols) {
+    const auto rearrange = [&] {
+        std::vector<QString> texts(CellCount(rows_, cols));
+        const std::size_t kept = static_cast<std::size_t>(std::min(cols, cols_));
+        for (int row = 0; row < rows_; ++row) {
+            const auto from = texts_.begin() + static_cast<std::ptrdiff_t>(CellCount(row, cols_));
+            std::move(from, from + static_cast<std::ptrdiff_t>(kept),
+                      texts.begin() + static_cast<std::ptrdiff_t>(CellCount(row, cols)));
+        }
+        texts_ = std::move(texts);
+        cols_ = cols;
+    };
+    if (cols > cols_) {
+        beginInsertColumns({}, cols_ - 1, cols - 2);
+        rearrange();
+        endInsertColumns();
+    } else if (cols < cols_) {
+        beginRemoveColumns({}, cols - 1, cols_ - 2);
+        rearrange();
+        endRemoveColumns();
+    }
+}
+
+void GridModel::SetText(int row, int col, const QString& text) {
+    texts_[At(row, col)] = text;
+    if (filling_) {
+        return;
+    }
+    if (row > 0 && col > 0) {
+        const QModelIndex cell = index(row - 1, col - 1);
+        Q_EMIT dataChanged(cell, cell);
+    } else if (col > 0) {
+        Q_EMIT headerDataChanged(Qt::Horizontal, col - 1, col - 1);
+    } else if (row > 0) {
+        Q_EMIT headerDataChanged(Qt::Vertical, row - 1, row - 1);
+    }
+}
+
+void GridModel::ClearTexts() {
+    std::fill(texts_.begin(), texts_.end(), QString());
+    if (!filling_) {
+        EndFill();
+    }
+}
+
+void GridModel::EndFill() {
+    filling_ = false;
+    if (rows_ > 1 && cols_ > 1) {
+        Q_EMIT dataChanged(index(0, 0), index(rows_ - 2, cols_ - 2));
+    }
+    if (cols_ > 1) {
+        Q_EMIT headerDataChanged(Qt::Horizontal, 0, cols_ - 2);
+    }
+    if (rows_ > 1) {
+        Q_EMIT headerDataChanged(Qt::Vertical, 0, rows_ - 2);
+    }
+}
+
+int GridModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : rows_ - 1;
+}
+
+int GridModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : cols_ - 1;
+}
+
+QVariant GridModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || !Holds(index.row() + 1, index.column() + 1)) {
+        return {};
+    }
+    const QString& text = Text(index.row() + 1, index.column() + 1);
+    if (role == Qt::DisplayRole) {
+        return text;
+    }
+    if (role == Qt::TextAlignmentRole) {
+        const Qt::Alignment side = IsNumber(text) ? Qt::AlignRight : Qt::AlignLeft;
+        return QVariant::fromValue(side | Qt::AlignVCenter);
+    }
+    return {};
+}
+
+QVariant GridModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    const bool across = orientation == Qt::Horizontal;
+    const int row = across ? 0 : section + 1;
+    const int col = across ? section + 1 : 0;
+    if (role != Qt::DisplayRole || section < 0 || !Holds(row, col)) {
+        return {};
+    }
+    return Text(row, col);
+}
+
+}  // namespace rillbook

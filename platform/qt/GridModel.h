@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QString>
+#include <vector>
+
+namespace rillbook {
+
+// The texts of a grid, fixed cells included, in one flat table row by row. This interface counts
+// the fixed row and column as 0; to the views, they are the headers and the rest begins at 0.
+class GridModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    using QAbstractTableModel::QAbstractTableModel;
+
+    int Rows() const { return rows_; }
+    int Cols() const { return cols_; }
+    bool Holds(int row, int col) const;
+    // REQUIRES: at least 1.
+    void SetRows(int rows);
+    void SetCols(int cols);
+
+    // REQUIRES: Holds(row, col).
+    const QString& Text(int row, int col) const { return texts_[At(row, col)]; }
+    void SetText(int row, int col, const QString& text);
+    void ClearTexts();
+
+    // Between these two, views hear of changed texts once, at the end.
+    void BeginFill() { filling_ = true; }
+    void EndFill();
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+private:
+    std::size_t At(int row, int col) const;
+
+    int rows_ = 2;
+    int cols_ = 2;
+    std::vector<QString> texts_ = std::vector<QString>(4);
+    bool filling_ = false;
+};
+
+}  // namespace rillbook

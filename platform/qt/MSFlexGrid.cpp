@@ -1,0 +1,478 @@
+#include "platform/qt/MSFlexGrid.h"
+
+#include <QAbstractButton>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <algorithm>
+
+#include "platform/qt/GridModel.h"
+#include "platform/qt/Twips.h"
+
+namespace rillbook {
+
+namespace {
+
+constexpr int kDefaultColumnTwips = 960;
+constexpr int kDefaultRowTwips = 240;
+
+}  // namespace
+
+MSFlexGrid::MSFlexGrid(QWidget* parent) : QTableView(parent), model_(new GridModel(this)) {
+    setModel(model_);
+    setEditTriggers(NoEditTriggers);
+    setSelectionMode(ContiguousSelection);
+    setTabKeyNavigation(false);
+    setWordWrap(false);
+    setVerticalScrollMode(ScrollPerItem);
+    setHorizontalScrollMode(ScrollPerPixel);
+    for (QHeaderView* header : {horizontalHeader(), verticalHeader()}) {
+        header->setMinimumSectionSize(0);
+        // Highlighting asks about every row of a selected column at each paint.
+        header->setHighlightSections(false);
+        header->setTextElideMode(Qt::ElideRight);
+    }
+    horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setDefaultAlignment(Qt::AlignCenter);
+    UseDefaultSizes();
+    FollowFixedCells();
+    SetSelection(1, 1, 1, 1);
+}
+
+MSFlexGrid::~MSFlexGrid() = default;
+
+// The fixed cells are widgets of their own: their clicks count as clicks on the grid.
+void MSFlexGrid::FollowFixedCells() {
+    for (QHeaderView* header : {horizontalHeader(), verticalHeader()}) {
+        header->viewport()->installEventFilter(this);
+        connect(header, &QHeaderView::sectionPressed, this, &MSFlexGrid::CurrentToTopLeft);
+        connect(header, &QHeaderView::sectionEntered, this, &MSFlexGrid::CurrentToTopLeft);
+        connect(header, &QHeaderView::sectionClicked, this, &MSFlexGrid::Click);
+        connect(header, &QHeaderView::sectionDoubleClicked, this, &MSFlexGrid::DblClick);
+    }
+    if (auto* corner = findChild<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly)) {
+        corner->installEventFilter(this);
+        connect(corner, &QAbstractButton::clicked, this, &MSFlexGrid::Click);
+    }
+}
+
+void MSFlexGrid::UseDefaultSizes() {
+    const QFontMetrics metrics(font());
+    const int height = std::max(ToPixels(kDefaultRowTwips), metrics.height() + 2);
+    const int margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
+    const int date = metrics.horizontalAdvance(QStringLiteral("00/00/0000")) + margins + 1;
+    verticalHeader()->setDefaultSectionSize(height);
+    horizontalHeader()->setDefaultSectionSize(std::max(ToPixels(kDefaultColumnTwips), date));
+    horizontalHeader()->setFixedHeight(height);
+}
+
+void MSFlexGrid::changeEvent(QEvent* event) {
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::FontChange && !sized_) {
+        UseDefaultSizes();
+    }
+}
+
+int MSFlexGrid::Rows() const {
+    return model_->Rows();
+}
+int MSFlexGrid::Cols() const {
+    return model_->Cols();
+}
+
+void MSFlexGrid::SetRows(int rows) {
+    model_->SetRows(std::max(rows, 1));
+    if (!currentIndex().isValid()) {
+        SetSelection(1, 1, 1, 1);
+    }
+}
+
+void MSFlexGrid::SetCols(int cols) {
+    model_->SetCols(std::max(cols, 1));
+    if (!currentIndex().isValid()) {
+        SetSelection(1, 1, 1, 1);
+    }
+}
+
+QString MSFlexGrid::TextMatrix(int row, int col) const {
+    return model_->Holds(row, col) ? model_->Text(row, col) : QString();
+}
+
+void MSFlexGrid::SetTextMatrix(int row, int col, const QString& text) {
+    model_->SetText(row, col, text);
+}
+
+void MSFlexGrid::BeginFill() {
+    model_->BeginFill();
+}
+void MSFlexGrid::EndFill() {
+    model_->EndFill();
+}
+void MSFlexGrid::ClearTexts() {
+    model_->ClearTexts();
+}
+
+int MSFlexGrid::Row() const {
+    return currentIndex().row() + 1;
+}
+int MSFlexGrid::Col() const {
+    return currentIndex().column() + 1;
+}
+void MSFlexGrid::SetRow(int row) {
+    SetSelection(row, Col(), row, Col());
+}
+void MSFlexGrid::SetCol(int col) {
+    SetSelection(Row(), col, Row(), col);
+}
+
+// From the first to the last selected column and row, as a rectangle of cells.
+QRect MSFlexGrid::SelectedCells() const {
+    QRect cells;
+    for (const QItemSelectionRange& range : selectionModel()->selection()) {
+        cells |= QRect(QPoint(range.left() + 1, range.top() + 1),
+                       QPoint(range.right() + 1, range.bottom() + 1));
+    }
+    return cells.isEmpty() ? QRect(Col(), Row(), 1, 1) : cells;
+}
+
+int MSFlexGrid::RowSel() const {
+    const QRect cells = SelectedCells();
+    return Row() == cells.bottom() ? cells.top() : cells.bottom();
+}
+
+int MSFlexGrid::ColSel() const {
+    const QRect cells = SelectedCells();
+    return Col() == cells.right() ? cells.left() : cells.right();
+}
+
+void MSFlexGrid::SetSelection(int row, int col, int rowSel, int colSel) {
+    if (Rows() < 2 || Cols() < 2) {
+        return;
+    }
+    const auto cell = [&](int someRow, int someCol) {
+        return model_->index(std::clamp(someRow, 1, Rows() - 1) - 1,
+                             std::clamp(someCol, 1, Cols() - 1) - 1);
+    };
+    const QModelIndex near = cell(row, col);
+    const QModelIndex far = cell(rowSel, colSel);
+    setAutoScroll(false);
+    setCurrentIndex(near);
+    const QItemSelection range(
+        model_->index(std::min(near.row(), far.row()), std::min(near.column(), far.column())),
+        model_->index(std::max(near.row(), far.row()), std::max(near.column(), far.column())));
+    selectionModel()->select(range, QItemSelectionModel::ClearAndSelect);
+    setAutoScroll(true);
+}
+
+void MSFlexGrid::selectAll() {
+    SetSelection(1, 1, Rows() - 1, Cols() - 1);
+}
+
+QString MSFlexGrid::Text() const {
+    return TextMatrix(Row(), Col());
+}
+
+void MSFlexGrid::SetText(const QString& text) {
+    if (currentIndex().isValid()) {
+        model_->SetText(Row(), Col(), text);
+    }
+}
+
+QString MSFlexGrid::Clip() const {
+    if (!currentIndex().isValid()) {
+        return {};
+    }
+    const QRect cells = SelectedCells();
+    qsizetype length = 0;
+    for (int row = cells.top(); row <= cells.bottom(); ++row) {
+        for (int col = cells.left(); col <= cells.right(); ++col) {
+            length += model_->Text(row, col).size() + 1;
+        }
+    }
+    QString clip;
+    clip.reserve(length);
+    for (int row = cells.top(); row <= cells.bottom(); ++row) {
+        for (int col = cells.left(); col <= cells.right(); ++col) {
+            clip += model_->Text(row, col);
+            clip += col < cells.right() ? u'\t' : u'\r';
+        }
+    }
+    clip.chop(1);
+    return clip;
+}
+
+void MSFlexGrid::SetClip(const QString& text) {
+    if (!currentIndex().isValid()) {
+        return;
+    }
+    const QRect cells = SelectedCells();
+    BeginFill();
+    int row = cells.top();
+    for (const QStringView line : QStringView(text).split(u'\r')) {
+        if (row > cells.bottom()) {
+            break;
+        }
+        int col = cells.left();
+        for (const QStringView cellText : line.split(u'\t')) {
+            if (col > cells.right()) {
+                break;
+            }
+            model_->SetText(row, col++, cellText.toString());
+        }
+        ++row;
+    }
+    EndFill();
+}
+
+int MSFlexGrid::ColWidth(int col) const {
+    return ToTwips(col == 0 ? verticalHeader()->width() : columnWidth(col - 1));
+}
+
+void MSFlexGrid::SetColWidth(int col, int twips) {
+    sized_ = true;
+    if (col == 0) {
+        verticalHeader()->setFixedWidth(ToPixels(twips));
+    } else {
+        setColumnWidth(col - 1, ToPixels(twips));
+    }
+}
+
+int MSFlexGrid::RowHeight(int row) const {
+    return ToTwips(row == 0 ? horizontalHeader()->height() : rowHeight(row - 1));
+}
+
+void MSFlexGrid::SetRowHeight(int row, int twips) {
+    sized_ = true;
+    if (row == 0) {
+        horizontalHeader()->setFixedHeight(ToPixels(twips));
+    } else {
+        setRowHeight(row - 1, ToPixels(twips));
+    }
+}
+
+void MSFlexGrid::SetRowHeights(int first, int twips) {
+    sized_ = true;
+    std::vector<int> kept;
+    for (int row = 1; row < std::min(first, Rows()); ++row) {
+        kept.push_back(rowHeight(row - 1));
+    }
+    verticalHeader()->setDefaultSectionSize(ToPixels(twips));
+    for (std::size_t row = 0; row < kept.size(); ++row) {
+        setRowHeight(static_cast<int>(row), kept[row]);
+    }
+    if (first <= 0) {
+        SetRowHeight(0, twips);
+    }
+}
+
+int MSFlexGrid::ColPos(int col) const {
+    return ToTwips(col == 0 ? verticalHeader()->x()
+                            : viewport()->x() + columnViewportPosition(col - 1));
+}
+
+int MSFlexGrid::RowPos(int row) const {
+    return ToTwips(row == 0 ? horizontalHeader()->y()
+                            : viewport()->y() + rowViewportPosition(row - 1));
+}
+
+int MSFlexGrid::CellWidth() const {
+    return ColWidth(Col());
+}
+int MSFlexGrid::CellHeight() const {
+    return RowHeight(Row());
+}
+
+int MSFlexGrid::TopRow() const {
+    return rowAt(0) + 1;
+}
+
+void MSFlexGrid::SetTopRow(int row) {
+    Refresh();
+    verticalScrollBar()->setValue(row - 1);
+}
+
+bool MSFlexGrid::RowIsVisible(int row) const {
+    if (row == 0) {
+        return true;
+    }
+    const int top = rowViewportPosition(row - 1);
+    return row < Rows() && top >= 0 && top + rowHeight(row - 1) <= viewport()->height();
+}
+
+int MSFlexGrid::MouseRow() const {
+    return mouseRow_;
+}
+int MSFlexGrid::MouseCol() const {
+    return mouseCol_;
+}
+
+void MSFlexGrid::NoteMouse(const QPoint& screenPosition) {
+    const QPoint inCells = viewport()->mapFromGlobal(screenPosition);
+    const auto cellNumber = [](int position, int section) {
+        if (position < 0) {
+            return 0;
+        }
+        return section < 0 ? -1 : section + 1;
+    };
+    mouseRow_ = cellNumber(inCells.y(), rowAt(inCells.y()));
+    mouseCol_ = cellNumber(inCells.x(), columnAt(inCells.x()));
+}
+
+void MSFlexGrid::Refresh() {
+    executeDelayedItemsLayout();
+    updateGeometries();
+    viewport()->update();
+    horizontalHeader()->viewport()->update();
+    verticalHeader()->viewport()->update();
+}
+
+bool MSFlexGrid::eventFilter(QObject* watched, QEvent* event) {
+    switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+            NoteMouse(static_cast<QMouseEvent*>(event)->globalPosition().toPoint());
+            break;
+        default:
+            break;
+    }
+    return QTableView::eventFilter(watched, event);
+}
+
+void MSFlexGrid::mousePressEvent(QMouseEvent* event) {
+    NoteMouse(event->globalPosition().toPoint());
+    doubleClicked_ = false;
+    if (event->button() != Qt::LeftButton || !indexAt(event->position().toPoint()).isValid()) {
+        return;
+    }
+    const bool extends = event->modifiers().testFlag(Qt::ShiftModifier);
+    anchor_ = currentIndex();
+    selecting_ = extends;
+    QTableView::mousePressEvent(event);
+    if (!extends) {
+        anchor_ = currentIndex();
+    }
+    selecting_ = true;
+}
+
+void MSFlexGrid::mouseReleaseEvent(QMouseEvent* event) {
+    NoteMouse(event->globalPosition().toPoint());
+    QTableView::mouseReleaseEvent(event);
+    if (event->button() != Qt::LeftButton) {
+        return;
+    }
+    if (selecting_) {
+        // The view has moved the current cell along with the pointer.
+        MoveCurrent(anchor_);
+        selecting_ = false;
+        NoteCurrent();
+    }
+    const bool overCell = mouseRow_ >= 0 && mouseCol_ >= 0;
+    if (overCell && !std::exchange(doubleClicked_, false)) {
+        Q_EMIT Click();
+    }
+}
+
+void MSFlexGrid::mouseDoubleClickEvent(QMouseEvent* event) {
+    NoteMouse(event->globalPosition().toPoint());
+    if (event->button() == Qt::LeftButton && mouseRow_ >= 0 && mouseCol_ >= 0) {
+        doubleClicked_ = true;
+        Q_EMIT DblClick();
+    }
+}
+
+void MSFlexGrid::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+    QTableView::currentChanged(current, previous);
+    NoteCurrent();
+}
+
+void MSFlexGrid::NoteCurrent() {
+    if (!selecting_ && (enteredRow_ != Row() || enteredCol_ != Col())) {
+        enteredRow_ = Row();
+        enteredCol_ = Col();
+        Q_EMIT EnterCell();
+    }
+}
+
+// Neither selects nor scrolls.
+void MSFlexGrid::MoveCurrent(const QModelIndex& cell) {
+    setAutoScroll(false);
+    selectionModel()->setCurrentIndex(cell, QItemSelectionModel::NoUpdate);
+    setAutoScroll(true);
+}
+
+void MSFlexGrid::CurrentToTopLeft() {
+    const QRect cells = SelectedCells();
+    MoveCurrent(model_->index(cells.top() - 1, cells.left() - 1));
+}
+
+void MSFlexGrid::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::SelectAll)) {
+        selectAll();
+    } else if (!Navigate(*event)) {
+        event->ignore();
+    }
+}
+
+// A key that moves the current cell, or with Shift the far corner of the selection.
+bool MSFlexGrid::Navigate(const QKeyEvent& event) {
+    const bool extends = event.modifiers().testFlag(Qt::ShiftModifier);
+    const bool whole = event.modifiers().testFlag(Qt::ControlModifier);
+    int row = extends ? RowSel() : Row();
+    int col = extends ? ColSel() : Col();
+    const int page = std::max(1, viewport()->height() / verticalHeader()->defaultSectionSize() - 1);
+    // A column of no width is out of sight and left out.
+    const auto sideways = [&](int step) {
+        int next = col + step;
+        while (next > 0 && next < Cols() && columnWidth(next - 1) == 0) {
+            next += step;
+        }
+        if (next > 0 && next < Cols()) {
+            col = next;
+        }
+    };
+    switch (event.key()) {
+        case Qt::Key_Up:
+            row -= 1;
+            break;
+        case Qt::Key_Down:
+            row += 1;
+            break;
+        case Qt::Key_PageUp:
+            row -= page;
+            break;
+        case Qt::Key_PageDown:
+            row += page;
+            break;
+        case Qt::Key_Left:
+            sideways(-1);
+            break;
+        case Qt::Key_Right:
+            sideways(1);
+            break;
+        case Qt::Key_Home:
+            col = 0;
+            sideways(1);
+            row = whole ? 1 : row;
+            break;
+        case Qt::Key_End:
+            col = Cols();
+            sideways(-1);
+            row = whole ? Rows() - 1 : row;
+            break;
+        default:
+            return false;
+    }
+    row = std::clamp(row, 1, std::max(1, Rows() - 1));
+    if (extends) {
+        SetSelection(Row(), Col(), row, col);
+    } else {
+        SetSelection(row, col, row, col);
+    }
+    scrollTo(model_->index(row - 1, col - 1));
+    return true;
+}
+
+}  // namespace rillbook

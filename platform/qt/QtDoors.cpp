@@ -1,0 +1,199 @@
+#include "platform/qt/QtDoors.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDir>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QSettings>
+
+#include "platform/desktop/Desktop.h"
+
+namespace rillbook {
+
+namespace {
+
+// The normal pointer while a box is up in the middle of long work.
+class NormalPointer {
+public:
+    NormalPointer() : busy_(TheScreen().MousePointer() != vbDefault) {
+        if (busy_) {
+            TheScreen().SetMousePointer(vbDefault);
+        }
+    }
+    ~NormalPointer() {
+        if (busy_) {
+            TheScreen().SetMousePointer(vbHourglass);
+        }
+    }
+    NormalPointer(const NormalPointer&) = delete;
+    NormalPointer& operator=(const NormalPointer&) = delete;
+
+private:
+    bool busy_;
+};
+
+QWidget* WindowOnTop() {
+    QWidget* modal = QApplication::activeModalWidget();
+    return modal != nullptr ? modal : QApplication::activeWindow();
+}
+
+QMessageBox::Icon IconOf(MsgBoxIcon icon) {
+    switch (icon) {
+        case MsgBoxIcon::Information:
+            return QMessageBox::Information;
+        case MsgBoxIcon::Exclamation:
+            return QMessageBox::Warning;
+        default:
+            return QMessageBox::NoIcon;
+    }
+}
+
+// The first button is the default one, the last that of the Escape key and the close box.
+QList<QMessageBox::StandardButton> ButtonsOf(MsgBoxButtons buttons) {
+    switch (buttons) {
+        case MsgBoxButtons::YesNo:
+            return {QMessageBox::Yes, QMessageBox::No};
+        case MsgBoxButtons::YesNoCancel:
+            return {QMessageBox::Yes, QMessageBox::No, QMessageBox::Cancel};
+        case MsgBoxButtons::RetryCancel:
+            return {QMessageBox::Retry, QMessageBox::Cancel};
+        default:
+            return {QMessageBox::Ok};
+    }
+}
+
+MsgBoxAnswer AnswerOf(int button) {
+    switch (button) {
+        case QMessageBox::Yes:
+            return MsgBoxAnswer::Yes;
+        case QMessageBox::No:
+            return MsgBoxAnswer::No;
+        case QMessageBox::Cancel:
+            return MsgBoxAnswer::Cancel;
+        case QMessageBox::Retry:
+            return MsgBoxAnswer::Retry;
+        default:
+            return MsgBoxAnswer::Ok;
+    }
+}
+
+struct Filters {
+    QStringList names;  // "Text (*.a) (*.a *.b)"; the last pair of brackets isn't shown
+    QString suffix;     // of the first pattern, without the point; empty for all files
+};
+
+// Of "Text (*.a)|*.a;*.b|All Files (*.*)|*.*", where "*.*" means names without a point too.
+Filters ReadFilter(const QString& filter) {
+    Filters filters;
+    const QStringList parts = filter.split(u'|');
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        QStringList patterns = parts.at(i + 1).split(u';', Qt::SkipEmptyParts);
+        patterns.replaceInStrings(QStringLiteral("*.*"), QStringLiteral("*"));
+        filters.names +=
+            QStringLiteral("%1 (%2)").arg(parts.at(i), patterns.join(QStringLiteral(" ")));
+        if (i == 0 && patterns.value(0).startsWith(QStringLiteral("*."))) {
+            filters.suffix = patterns.at(0).sliced(2);
+        }
+    }
+    return filters;
+}
+
+}  // namespace
+
+QtDoors::QtDoors(const QString& programTitle) {
+    TheDesktop() = Desktop{.programTitle = programTitle,
+                           .messages = this,
+                           .fileDialogs = this,
+                           .settings = this,
+                           .clipboard = this,
+                           .screen = this};
+}
+
+QtDoors::~QtDoors() {
+    QtDoors::SetMousePointer(vbDefault);
+    TheDesktop() = {};
+}
+
+MsgBoxAnswer QtDoors::Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
+                           const QString& title) {
+    const NormalPointer pointer;
+    QMessageBox box(WindowOnTop());
+    box.setWindowTitle(title);
+    box.setTextFormat(Qt::PlainText);
+    box.setText(text);
+    box.setIcon(IconOf(icon));
+    const QList<QMessageBox::StandardButton> choice = ButtonsOf(buttons);
+    for (const QMessageBox::StandardButton button : choice) {
+        box.addButton(button);
+    }
+    box.setDefaultButton(choice.first());
+    box.setEscapeButton(choice.last());
+    return AnswerOf(box.exec());
+}
+
+std::optional<QString> QtDoors::Ask(const FileRequest& request) {
+    const NormalPointer pointer;
+    const bool found = !request.folder.isEmpty() && QFileInfo(request.folder).isDir();
+    QFileDialog dialog(WindowOnTop(), request.title, found ? request.folder : QDir::homePath());
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setOption(QFileDialog::HideNameFilterDetails);
+    const Filters filters = ReadFilter(request.filter);
+    if (!filters.names.isEmpty()) {
+        dialog.setNameFilters(filters.names);
+    }
+    if (request.save) {
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        dialog.setFileMode(QFileDialog::AnyFile);
+        // The dialog completes the name with it before it asks about a file that is there.
+        dialog.setDefaultSuffix(filters.suffix);
+        dialog.setOption(QFileDialog::DontConfirmOverwrite, !request.confirmOverwrite);
+    } else {
+        dialog.setFileMode(QFileDialog::ExistingFile);
+    }
+    if (!request.fileName.isEmpty()) {
+        dialog.selectFile(request.fileName);
+    }
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+        return std::nullopt;
+    }
+    return QFileInfo(dialog.selectedFiles().first()).absoluteFilePath();
+}
+
+QString QtDoors::Get(const QString& application, const QString& section, const QString& key) {
+    QSettings store(QSettings::IniFormat, QSettings::UserScope, application, application);
+    return store.value(section + u'/' + key).toString();
+}
+
+void QtDoors::Save(const QString& application, const QString& section, const QString& key,
+                   const QString& text) {
+    QSettings store(QSettings::IniFormat, QSettings::UserScope, application, application);
+    store.setValue(section + u'/' + key, text);
+}
+
+void QtDoors::Clear() {
+    QGuiApplication::clipboard()->clear();
+}
+
+void QtDoors::SetText(const QString& text) {
+    QGuiApplication::clipboard()->setText(text);
+}
+
+QString QtDoors::GetText() {
+    return QGuiApplication::clipboard()->text();
+}
+
+void QtDoors::SetMousePointer(int pointer) {
+    if (pointer_ == vbDefault && pointer != vbDefault) {
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    } else if (pointer_ != vbDefault && pointer == vbDefault) {
+        QGuiApplication::restoreOverrideCursor();
+    }
+    pointer_ = pointer;
+}
+
+int QtDoors::MousePointer() const {
+    return pointer_;
+}
+
+}  // namespace rillbook

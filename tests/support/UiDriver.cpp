@@ -1,0 +1,121 @@
+#include "tests/support/UiDriver.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QtTest/QTest>
+#include <deque>
+
+namespace rillbook {
+
+namespace {
+
+// Whose turn it is.
+std::deque<NextWindow*>& Waiting() {
+    static std::deque<NextWindow*> waiting;
+    return waiting;
+}
+
+// Windows whose steps are under way.
+QList<QPointer<QWidget>>& Served() {
+    static QList<QPointer<QWidget>> served;
+    return served;
+}
+
+}  // namespace
+
+void FailOnAnyWarning() {
+    static const QRegularExpression others(
+        QStringLiteral("^(?!This plugin does not support propagateSizeHints)"));
+    QTest::failOnWarning(others);
+}
+
+void FailTest(const QString& what) {
+    QTest::qFail(qPrintable(what), __FILE__, __LINE__);
+}
+
+bool IsUsable(const QWidget& control) {
+    return control.isVisible() && control.isEnabled();
+}
+
+void Trigger(QWidget& form, const QString& actionName) {
+    QAction& action = Child<QAction>(form, actionName);
+    bool usable = action.isEnabled() && action.isVisible();
+    for (const QObject* owner : action.associatedObjects()) {
+        const auto* menu = qobject_cast<const QMenu*>(owner);
+        usable = usable && (menu == nullptr || menu->menuAction()->isEnabled());
+    }
+    if (!usable) {
+        FailTest(QStringLiteral("Menu item %1 can't be used").arg(actionName));
+        return;
+    }
+    action.trigger();
+}
+
+void Click(QWidget& form, const QString& buttonName) {
+    auto* button = FindChild<QAbstractButton>(form, buttonName);
+    if (button != nullptr && IsUsable(*button)) {
+        QTest::mouseClick(button, Qt::LeftButton);
+    } else {
+        FailTest(QStringLiteral("Button %1 can't be used").arg(buttonName));
+    }
+}
+
+void TypeText(QWidget& form, const QString& name, const QString& text) {
+    auto& control = Child<QWidget>(form, name);
+    auto* line = qobject_cast<QLineEdit*>(&control);
+    auto* page = qobject_cast<QPlainTextEdit*>(&control);
+    const bool writable =
+        (line != nullptr && !line->isReadOnly()) || (page != nullptr && !page->isReadOnly());
+    if (!writable || !IsUsable(control)) {
+        FailTest(QStringLiteral("%1 can't be typed into").arg(name));
+        return;
+    }
+    control.setFocus();
+    if (line != nullptr) {
+        line->selectAll();
+    } else {
+        page->selectAll();
+    }
+    QTest::keyClick(&control, Qt::Key_Delete);
+    QTest::keyClicks(&control, text);
+}
+
+NextWindow::NextWindow(std::function<void(QWidget& form)> steps) : steps_(std::move(steps)) {
+    Waiting().push_back(this);
+    QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { Look(); });
+    timer_.start(2);
+}
+
+NextWindow::~NextWindow() {
+    std::erase(Waiting(), this);
+    if (!hasRun_) {
+        FailTest(QStringLiteral("A window that never came"));
+    }
+}
+
+void NextWindow::Look() {
+    QWidget* popup = QApplication::activePopupWidget();
+    const QPointer<QWidget> window = popup != nullptr ? popup : QApplication::activeModalWidget();
+    if (hasRun_ || Waiting().front() != this || !window || !window->isVisible() ||
+        Served().contains(window)) {
+        return;
+    }
+    hasRun_ = true;
+    timer_.stop();
+    Waiting().pop_front();
+    Served().push_back(window);
+    steps_(*window);
+    Served().pop_back();
+    if (window && window->isVisible()) {
+        FailTest(QStringLiteral("Window %1 was left open").arg(window->objectName()));
+        window->close();
+    }
+}
+
+}  // namespace rillbook

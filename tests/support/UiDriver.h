@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QString>
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+
+class QAction;
+
+namespace rillbook {
+
+// Uses windows as their users do, by the object names of their controls. A control that isn't
+// there, or that a user couldn't use (disabled, hidden, read-only), fails the test.
+
+// Makes any warning of Qt fail the running test. Holds for one test function: call it in init().
+void FailOnAnyWarning();
+
+// Fails the running test and goes on.
+void FailTest(const QString& what);
+
+// The control of this type under this name; nullptr if there is none.
+template <typename Control>
+Control* FindChild(const QWidget& form, const QString& name) {
+    const QList<Control*> found = form.findChildren<Control*>(name);
+    if (found.size() != 1) {
+        FailTest(QStringLiteral("%1 has %2 controls %3 of the type")
+                     .arg(form.objectName())
+                     .arg(found.size())
+                     .arg(name));
+        return nullptr;
+    }
+    return found.first();
+}
+
+// The same with a stand-in for a missing one.
+template <typename Control>
+Control& Child(QWidget& form, const QString& name) {
+    Control* found = FindChild<Control>(form, name);
+    return found != nullptr ? *found : *new Control(&form);
+}
+
+// Runs a menu item, which must be enabled in an enabled menu.
+void Trigger(QWidget& form, const QString& actionName);
+void Click(QWidget& form, const QString& buttonName);
+// Types a text in place of what a QLineEdit or QPlainTextEdit holds.
+void TypeText(QWidget& form, const QString& name, const QString& text);
+// True if the user can use the control.
+bool IsUsable(const QWidget& control);
+
+// What a test does in the next window that holds the user: a modal form or a pop-up menu. Stands
+// before the call that shows the window, which returns when the steps have closed it:
+//
+//     const NextWindow steps([](QWidget& form) { Click(form, QStringLiteral("cmdOK")); });
+//     Trigger(main, QStringLiteral("mnuHelpAbout"));
+//
+// Several of them take the windows in turn, in the order in which they were made. A window that the
+// steps leave open is closed, and one that never came by the end of this object's life: either
+// fails the test.
+class NextWindow {
+public:
+    explicit NextWindow(std::function<void(QWidget& form)> steps);
+    ~NextWindow();
+    NextWindow(const NextWindow&) = delete;
+    NextWindow& operator=(const NextWindow&) = delete;
+
+    bool HasRun() const { return hasRun_; }
+
+private:
+    void Look();
+
+    std::function<void(QWidget& form)> steps_;
+    QTimer timer_;
+    bool hasRun_ = false;
+};
+
+}  // namespace rillbook
