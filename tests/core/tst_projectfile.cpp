@@ -70,9 +70,9 @@ private Q_SLOTS:
                                  .reportBeginDate = At(qPrintable(begin)),
                                  .reportPeriodCode = u"9312"_qs,
                                  .name = name});
-        QCOMPARE(Story(ReadProjectFile(path_, {})), path + u"|t\n" + path + u"2|u\n" +
+        QCOMPARE(Story(ReadProjectFile(path_, {})), path + u"|t\n"_qs + path + u"2|u\n"_qs +
                                                         MomentText(At(qPrintable(begin))) +
-                                                        u"|9312|" + name + u'|');
+                                                        u"|9312|"_qs + name + u'|');
     }
 
     // Whatever the byte at which a file ends, what stands before it is read and nothing is made up.
@@ -92,11 +92,11 @@ private Q_SLOTS:
                                      : size < afterPeriod
                                          ? station + kept
                                          : station + u"2002-01-01 00:00:00|921|kept|"_qs;
-            QVERIFY2(story.startsWith(expected + u"It could not be read from "),
-                     qPrintable(QString::number(size) + u": " + story));
+            QVERIFY2(story.startsWith(expected + u"It could not be read from "_qs),
+                     qPrintable(QString::number(size) + u": "_qs + story));
         }
         Put(path_, kCreek.chopped(2));
-        QVERIFY(Story(ReadProjectFile(path_, defaults)).endsWith(u"|921|Upper basin|"));
+        QVERIFY(Story(ReadProjectFile(path_, defaults)).endsWith(u"|921|Upper basin|"_qs));
     }
 
     void doesNotBelieveAnAbsurdCount() {
