@@ -2,7 +2,7 @@
 
 #include "app/Application.h"
 #include "app/InitialFile.h"
-#include "forms/main/GuardedApplication.h"
+#include "forms/main/DesktopApplication.h"
 #include "forms/main/Icons.h"
 #include "forms/main/frmMain.h"
 #include "platform/qt/QtDoors.h"
@@ -27,10 +27,10 @@ void Main() {
 }  // namespace rillbook
 
 int main(int argc, char* argv[]) {
-    rillbook::GuardedApplication application(argc, argv);
-    rillbook::GuardedApplication::setWindowIcon(rillbook::PictureIcon(rillbook::Picture::Program));
+    rillbook::DesktopApplication application(argc, argv);
+    rillbook::DesktopApplication::setWindowIcon(rillbook::PictureIcon(rillbook::Picture::Program));
     const rillbook::QtDoors doors(rillbook::Application::Title());
     rillbook::RegionalSettings() = rillbook::RegionalFromLocale(QLocale::system());
     rillbook::Main();
-    return rillbook::GuardedApplication::exec();
+    return rillbook::DesktopApplication::exec();
 }

@@ -33,10 +33,9 @@ void NotesEdit::insertFromMimeData(const QMimeData* source) {
 }
 
 void NotesEdit::inputMethodEvent(QInputMethodEvent* event) {
-    QInputMethodEvent fitting(*event);
-    fitting.setCommitString(ThatFits(event->commitString()), event->replacementStart(),
-                            event->replacementLength());
-    QPlainTextEdit::inputMethodEvent(&fitting);
+    event->setCommitString(ThatFits(event->commitString()), event->replacementStart(),
+                           event->replacementLength());
+    QPlainTextEdit::inputMethodEvent(event);
 }
 
 QString NotesEdit::ThatFits(QString text) const {

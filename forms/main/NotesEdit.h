@@ -9,12 +9,13 @@ namespace rillbook {
 // whole. Tab moves the focus.
 class NotesEdit : public QPlainTextEdit {
     Q_OBJECT
-    Q_PROPERTY(int maxLength READ MaxLength WRITE SetMaxLength)
+    Q_PROPERTY(int maxLength READ maxLength WRITE setMaxLength)
 public:
     explicit NotesEdit(QWidget* parent = nullptr);
 
-    int MaxLength() const { return maxLength_; }
-    void SetMaxLength(int characters) { maxLength_ = characters; }
+    // Named as those of QLineEdit, for the form.
+    int maxLength() const { return maxLength_; }
+    void setMaxLength(int characters) { maxLength_ = characters; }
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

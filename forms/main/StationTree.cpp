@@ -1,11 +1,16 @@
 #include "forms/main/StationTree.h"
 
 #include <QContextMenuEvent>
+#include <QHeaderView>
 #include <QMouseEvent>
 
 namespace rillbook {
 
-StationTree::StationTree(QWidget* parent) : QTreeWidget(parent) {}
+StationTree::StationTree(QWidget* parent) : QTreeWidget(parent) {
+    // Long descriptions scroll into view.
+    header()->setStretchLastSection(false);
+    header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+}
 
 void StationTree::mousePressEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton) {

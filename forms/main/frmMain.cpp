@@ -1,19 +1,21 @@
 #include "forms/main/frmMain.h"
 
 #include <QCloseEvent>
+#include <QLayout>
 #include <QRegularExpressionValidator>
 #include <utility>
 
 #include "app/Application.h"
 #include "app/InitialFile.h"
 #include "app/SharedState.h"
-#include "forms/main/GuardedApplication.h"
-#include "forms/main/HelpCommands.h"
+#include "forms/main/DesktopApplication.h"
 #include "forms/main/Icons.h"
 #include "forms/main/StationNodes.h"
+#include "forms/main/frmAbout.h"
 #include "forms/reports/frmAnnualT.h"
 #include "forms/reports/frmOutputSettings.h"
 #include "import/Import.h"
+#include "platform/desktop/Desktop.h"
 #include "platform/desktop/Screen.h"
 #include "platform/qt/Twips.h"
 #include "platform/text/Numbers.h"
@@ -224,7 +226,7 @@ void frmMain::ShowAnnualTable() {
 }
 
 void frmMain::ShowAboutBox() {
-    ShowAbout(this);
+    frmAbout(this).exec();
 }
 
 void frmMain::closeEvent(QCloseEvent*) {

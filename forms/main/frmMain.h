@@ -84,7 +84,7 @@ private:
     // The chosen file is dlgCommonDialog's. False if there is none.
     bool AskForNewFile(const QString& filter);
     bool AskForOldFile(const QString& filter);
-    bool AskForFile(const QString& title, const QString& filter, void (CommonDialog::*show)());
+    bool AskForFile(const QString& title, const QString& filter, void (CommonDialog::*dialog)());
     QString ChosenFolder() const;
     // False, with the user told, for a path that no project file can hold.
     bool ChosenStationIsUsable() const;

@@ -34,12 +34,12 @@ bool frmMain::AskForOldFile(const QString& filter) {
 }
 
 bool frmMain::AskForFile(const QString& title, const QString& filter,
-                         void (CommonDialog::*show)()) {
+                         void (CommonDialog::*dialog)()) {
     dlgCommonDialog.DialogTitle = title;
     dlgCommonDialog.Filter = filter;
     dlgCommonDialog.FileName.clear();
     try {
-        (dlgCommonDialog.*show)();
+        (dlgCommonDialog.*dialog)();
     } catch (const DialogCancelledError&) {
         return false;
     }

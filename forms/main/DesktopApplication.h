@@ -9,11 +9,14 @@ namespace rillbook {
 // message is up, as from a repaint beneath it, is dropped.
 void TellFailure(const std::exception& failure);
 
-// Lets no exception into the event loop: it is told to the user, and the program goes on.
-class GuardedApplication : public QApplication {
+// The program as the window system sees it. An exception doesn't get into the event loop: it is
+// told to the user, and the program goes on. The font is the one whose texts fit the forms, which
+// are laid out in twips.
+class DesktopApplication : public QApplication {
     Q_OBJECT
 public:
-    using QApplication::QApplication;
+    DesktopApplication(int& argc, char** argv);
+
     bool notify(QObject* receiver, QEvent* event) override;
 };
 

@@ -1,5 +1,6 @@
-#include "forms/main/GuardedApplication.h"
+#include "forms/main/DesktopApplication.h"
 
+#include <QFont>
 #include <QScopedValueRollback>
 
 #include "platform/desktop/MsgBox.h"
@@ -15,7 +16,14 @@ void TellFailure(const std::exception& failure) {
     MsgBox(QString::fromUtf8(failure.what()), MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
 }
 
-bool GuardedApplication::notify(QObject* receiver, QEvent* event) {
+DesktopApplication::DesktopApplication(int& argc, char** argv) : QApplication(argc, argv) {
+    // Eight points at the 96 dots to the inch that a pixel of 15 twips stands for.
+    QFont font(QStringLiteral("Arial"));
+    font.setPixelSize(11);
+    setFont(font);
+}
+
+bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
     try {
         return QApplication::notify(receiver, event);
     } catch (const std::exception& failure) {
