@@ -1,0 +1,181 @@
+#include "forms/reports/frmAnnualT.h"
+
+#include <QResizeEvent>
+#include <algorithm>
+#include <cstddef>
+
+#include "app/InitialFile.h"
+#include "app/SharedState.h"
+#include "compute/Summary.h"
+#include "forms/main/frmAbout.h"
+#include "forms/reports/frmOutputSettings.h"
+#include "platform/desktop/Clipboard.h"
+#include "platform/desktop/Desktop.h"
+#include "platform/desktop/Screen.h"
+#include "platform/qt/RememberedWindow.h"
+#include "platform/qt/Twips.h"
+#include "store/FormStuff.h"
+#include "store/ProjectFile.h"
+#include "ui_frmAnnualT.h"
+
+namespace rillbook {
+
+namespace {
+
+const RememberedWindow kPlace{AnnualH, AnnualW, AnnualT, AnnualL, AnnualM};
+
+// To 23:45:36 of the last day: a reading at the midnight after it belongs to the next period.
+constexpr DateTime kMostOfADay = 0.99;
+
+QString StatisticWord(DailyStatistic statistic) {
+    switch (statistic) {
+        case DailyStatistic::Minimum:
+            return QStringLiteral("Minimum");
+        case DailyStatistic::Maximum:
+            return QStringLiteral("Maximum");
+        case DailyStatistic::Total:
+            return QStringLiteral("Total");
+        case DailyStatistic::Mean:
+            break;
+    }
+    return QStringLiteral("Mean");
+}
+
+}  // namespace
+
+frmAnnualT::frmAnnualT(const QString& projectName, QWidget* parent)
+    : QDialog(parent), ui_(std::make_unique<Ui::frmAnnualT>()) {
+    setWindowFlags(windowFlags() | Qt::WindowMinMaxButtonsHint);
+    ui_->setupUi(this);
+    // The rows of the sheet are cut to these sizes, whatever the desktop's font.
+    QFont formFont(QStringList{QStringLiteral("MS Sans Serif"), QStringLiteral("Arial")});
+    formFont.setPointSizeF(8.25);
+    ui_->client->setFont(formFont);
+    QFont titleFont = formFont;
+    titleFont.setBold(true);
+    ui_->lblTitle1->setFont(titleFont);
+    ui_->lblTitle2->setFont(titleFont);
+
+    kPlace.Restore(*this);
+    setWindowTitle(QStringLiteral("Summary Table - ") + projectName);
+    SetUpGrid();
+    ConnectCommands();
+    FillGrid();
+}
+
+frmAnnualT::~frmAnnualT() = default;
+
+void frmAnnualT::done(int result) {
+    kPlace.Remember(*this);
+    QDialog::done(result);
+}
+
+void frmAnnualT::resizeEvent(QResizeEvent* event) {
+    QDialog::resizeEvent(event);
+    QSize grid = ui_->MSFlexGrid1->size();
+    if (width() > ToPixels(2000)) {
+        grid.setWidth(width() - ToPixels(400));
+    }
+    if (height() > ToPixels(1750)) {
+        grid.setHeight(height() - ToPixels(1600));
+    }
+    ui_->MSFlexGrid1->resize(grid);
+    PlaceHeads();
+}
+
+void frmAnnualT::SetUpGrid() {
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    QFont font(QStringLiteral("Arial"));
+    font.setPointSizeF(8.25);
+    grid.setFont(font);
+    grid.SetRows(AnnualSheet::kRows);
+    grid.SetCols(AnnualSheet::kCols);
+    grid.SetColWidth(0, 200);
+    for (int col = 1; col < AnnualSheet::kCols; ++col) {
+        grid.SetColWidth(col, 900);
+    }
+    grid.SetRowHeights(1, 190);
+}
+
+void frmAnnualT::ConnectCommands() {
+    connect(ui_->mnuFileExit, &QAction::triggered, this, &QWidget::close);
+    connect(ui_->mnuEditCopy, &QAction::triggered, this, &frmAnnualT::CopySelection);
+    connect(ui_->mnuEditSettings, &QAction::triggered, this, &frmAnnualT::ShowSettings);
+    connect(ui_->grpStatistic, &QActionGroup::triggered, this, &frmAnnualT::FillGrid);
+    connect(ui_->mnuHelpAbout, &QAction::triggered, this, [this] { frmAbout(this).exec(); });
+}
+
+DailyStatistic frmAnnualT::CheckedStatistic() const {
+    if (ui_->mnuMax->isChecked()) {
+        return DailyStatistic::Maximum;
+    }
+    if (ui_->mnuMin->isChecked()) {
+        return DailyStatistic::Minimum;
+    }
+    return ui_->mnuTotal->isChecked() ? DailyStatistic::Total : DailyStatistic::Mean;
+}
+
+void frmAnnualT::FillGrid() {
+    const Hourglass hourglass;
+    const int chan = StationInfo.OutputChannel;
+    LoadDailySeries(ReportBeginDate, ReportEndDate + kMostOfADay, chan);
+    FillCaption();
+    const AnnualSheet sheet = BuildAnnualSheet(CheckedStatistic(), chan, ReportBeginDate);
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    grid.BeginFill();
+    for (int row = 0; row < AnnualSheet::kRows; ++row) {
+        for (int col = 0; col < AnnualSheet::kCols; ++col) {
+            grid.SetTextMatrix(
+                row, col,
+                sheet.cells[static_cast<std::size_t>(row)][static_cast<std::size_t>(col)]);
+        }
+    }
+    grid.EndFill();
+    if (!sheet.peak.isEmpty()) {
+        ui_->tbPMax->setText(sheet.peak);
+        ui_->tbPMax->setCursorPosition(0);
+    }
+}
+
+void frmAnnualT::FillCaption() {
+    const int chan = StationInfo.OutputChannel;
+    ui_->lblTitle1->setText(ChannelInfo[chan].RecSta + QStringLiteral(" - Daily ") +
+                            StatisticWord(CheckedStatistic()) + u' ' + ReportDescription(chan) +
+                            QStringLiteral(" (") + ReportLabel(chan) + u')');
+    ui_->lblTitle1->setToolTip(ui_->lblTitle1->text());
+    ui_->lblTitle2->setText(MonthYearText(ReportBeginDate) + QStringLiteral(" to ") +
+                            MonthYearText(ReportEndDate));
+    PlaceHeads();
+}
+
+// A title longer than its label pushes the peak to the right, as far as the window has room for it.
+void frmAnnualT::PlaceHeads() {
+    const int usualPeakLeft = ToPixels(4560);
+    const int lastPeakLeft = width() - ui_->tbPMax->width() - ToPixels(360);
+    const int gap = ToPixels(240);
+    const int titleLeft = ui_->lblTitle1->x();
+    const int titleWidth = std::max(
+        {ToPixels(3495), ui_->lblTitle1->sizeHint().width(), ui_->lblTitle2->sizeHint().width()});
+    const int peakLeft =
+        std::max(usualPeakLeft, std::min(titleLeft + titleWidth + gap, lastPeakLeft));
+    ui_->Label7->move(peakLeft, ui_->Label7->y());
+    ui_->tbPMax->move(peakLeft, ui_->tbPMax->y());
+    const int room = std::min(titleWidth, peakLeft - gap - titleLeft);
+    ui_->lblTitle1->resize(room, ui_->lblTitle1->height());
+    ui_->lblTitle2->resize(room, ui_->lblTitle2->height());
+}
+
+void frmAnnualT::CopySelection() {
+    TheClipboard().Clear();
+    TheClipboard().SetText(ui_->MSFlexGrid1->Clip());
+}
+
+void frmAnnualT::ShowSettings() {
+    SettingsMode = ReportMode::AnnualTable;
+    frmOutputSettings(this).exec();
+    if (!DialogCancelled) {
+        FillGrid();
+    }
+}
+
+}  // namespace rillbook

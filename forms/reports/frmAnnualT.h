@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QDialog>
+#include <QString>
+#include <memory>
+
+#include "forms/reports/AnnualSheet.h"
+
+namespace rillbook {
+
+namespace Ui {
+class frmAnnualT;
+}
+
+// The yearly sheet of the open station's output channel over the report period, which the output
+// settings have settled before. Its place on the screen is remembered from one showing to the next.
+class frmAnnualT : public QDialog {
+    Q_OBJECT
+public:
+    explicit frmAnnualT(const QString& projectName, QWidget* parent = nullptr);
+    ~frmAnnualT() override;
+
+    void done(int result) override;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void SetUpGrid();
+    void ConnectCommands();
+    DailyStatistic CheckedStatistic() const;
+    void FillGrid();
+    void FillCaption();
+    void PlaceHeads();
+    void CopySelection();
+    void ShowSettings();
+
+    std::unique_ptr<Ui::frmAnnualT> ui_;
+};
+
+}  // namespace rillbook
