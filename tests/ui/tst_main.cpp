@@ -448,6 +448,7 @@ private Q_SLOTS:
             Trigger(*program.window, u"mnuOutAnnual"_qs);
         }
         QString shown;
+        program.doors.ExpectMessage(u"No data within dates!"_qs);
         const NextWindow settings([](QWidget& form) { Click(form, u"cmdOK"_qs); });
         const NextWindow report([&](QWidget& form) {
             shown = form.objectName();
