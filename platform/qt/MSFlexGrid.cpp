@@ -63,8 +63,10 @@ void MSFlexGrid::UseDefaultSizes() {
     const int height = std::max(ToPixels(kDefaultRowTwips), metrics.height() + 2);
     const int margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
     const int date = metrics.horizontalAdvance(QStringLiteral("00/00/0000")) + margins + 1;
+    const int width = std::max(ToPixels(kDefaultColumnTwips), date);
     verticalHeader()->setDefaultSectionSize(height);
-    horizontalHeader()->setDefaultSectionSize(std::max(ToPixels(kDefaultColumnTwips), date));
+    verticalHeader()->setFixedWidth(width);
+    horizontalHeader()->setDefaultSectionSize(width);
     horizontalHeader()->setFixedHeight(height);
 }
 

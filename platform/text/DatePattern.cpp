@@ -55,7 +55,7 @@ PatternParts SplitDatePattern(QStringView pattern) {
 
 // 'B' is the part of the day in some locales' patterns, where Qt knows AM and PM only.
 PatternParts SplitTimePattern(QStringView pattern) {
-    return Split(pattern, u"hHmsztaAB");
+    return Split(pattern, u"hHmstaAB");
 }
 
 QString JoinPattern(const PatternParts& parts) {

@@ -9,7 +9,7 @@ namespace rillbook {
 // A piece of a date or time pattern in Qt's notation: a run of one field letter, or the text
 // between two fields with its quotes taken off. Two texts never follow each other.
 struct PatternPart {
-    char16_t field = 0;  // 'd' 'M' 'y', 'h' 'H' 'm' 's' 'a' (AM or PM) 't' (zone) 'z'; 0 is a text
+    char16_t field = 0;  // 'd' 'M' 'y', 'h' 'H' 'm' 's' 'a' (AM or PM) 't' (zone); 0 is a text
     int width = 0;       // length of the run
     QString literal;
 };

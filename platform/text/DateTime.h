@@ -29,7 +29,8 @@ struct ClockTime {
 // The one constructor of date-times. `second` may lie outside 0 to 86399; it carries into the day.
 DateTime MomentOf(std::int64_t day, std::int64_t second);
 
-// The nearest whole second of a value that arithmetic has made, such as an end date plus 0.99.
+// The nearest whole second of a value that arithmetic has made, such as an end date plus 0.99. This
+// and the operations that take a moment apart hold it within the years 100 to 9999; NaN is day 0.
 DateTime ToWholeSecond(DateTime moment);
 
 // Calendar arithmetic: months beyond 1 to 12 carry into the year, days beyond the month run on
@@ -53,7 +54,8 @@ DateTime Now();
 // "/" (or year first with "-" or "/" where the year has four digits), hours and minutes with
 // optional seconds and optional AM or PM; blanks of any number between date and time and around
 // them. Two-digit years as in DateSerial. A date alone is midnight, a time alone is on day 0.
-// Nothing if the text is no calendar date or holds anything else.
+// Nothing if the text is no calendar date, if its four-digit year is below 100, or if it holds
+// anything else, fractions of a second included.
 std::optional<DateTime> ReadLoggerDateTime(QStringView text);
 
 // The same for the bytes of a logger file, without a copy: the import calls it once a line.

@@ -21,12 +21,13 @@ double ReadTypedNumber(QStringView text);
 // decimal sign. More than 15 significant digits are rounded to 15. Nothing for anything else.
 std::optional<double> ReadChannelField(const char* begin, const char* end);
 
-// A text that is a number as a whole in the user's regional settings, digit grouping included.
+// A text that is a number as a whole in the user's regional settings: blanks at both ends, digit
+// groups of three (any blank for another, where the group sign is one) and an exponent included.
 std::optional<double> ReadNumber(QStringView text);
 bool IsNumber(QStringView text);
 
 // Up to 15 significant digits, no trailing zeros, no grouping; point as decimal sign. Exponent form
-// beyond 1E+15 and below 1E-5 ("1E-05", "1.5E+20"). Never a negative zero.
+// from 1E+15 on and below 1E-4 ("1E-05", "1.5E+20"). Never a negative zero; empty if not finite.
 QString PlainNumberText(double value);
 
 // The same with the user's decimal sign and negative sign.
@@ -34,10 +35,10 @@ QString RegionalNumberText(double value);
 
 // Fixed decimals (0 to 99), with leading zero, sign and grouping from the regional settings. Rounds
 // the decimal text of 15 significant digits, halves away from zero (1.005 to two decimals is 1.01),
-// and never shows a negative zero.
+// and never shows a negative zero. Empty if not finite.
 QString FixedNumberText(double value, int decimals);
 
-// The nearest 16-bit integer, held at the limits; NaN is 0.
+// The nearest 16-bit integer, of two the even one, held at the limits; NaN is 0.
 std::int16_t ToInt16(double value);
 
 }  // namespace rillbook

@@ -28,16 +28,16 @@ bool Has(const PatternParts& parts, QStringView fields) {
            }) == 1;
 }
 
-// Takes the field away, and with it the brackets, commas and blanks that set it off.
-void Remove(PatternParts& parts, char16_t field) {
-    const auto isIt = [field](const PatternPart& part) { return part.field == field; };
-    const auto found = std::find_if(parts.begin(), parts.end(), isIt);
+// Takes the zone away, and with it the brackets, commas and blanks that set it off.
+void RemoveZone(PatternParts& parts) {
+    const auto found = std::find_if(parts.begin(), parts.end(),
+                                    [](const PatternPart& part) { return part.field == u't'; });
     if (found == parts.end()) {
         return;
     }
     if (found != parts.begin() && found[-1].field == 0) {
         QString& before = found[-1].literal;
-        while (!before.isEmpty() && QStringView(u" ,([.").contains(before.back())) {
+        while (!before.isEmpty() && QStringView(u" ,([").contains(before.back())) {
             before.chop(1);
         }
     }
@@ -63,8 +63,7 @@ QString ShortDateOf(const QLocale& locale) {
 
 QString LongTimeOf(const QLocale& locale) {
     PatternParts parts = SplitTimePattern(Plain(locale.timeFormat(QLocale::LongFormat)));
-    Remove(parts, u't');
-    Remove(parts, u'z');
+    RemoveZone(parts);
     if (!Has(parts, u"hH") || !Has(parts, u"m")) {
         return QStringLiteral("HH:mm:ss");
     }

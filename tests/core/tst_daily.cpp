@@ -31,7 +31,9 @@ void TestDaily::Days_data() {
         << 15 * kMinute << Story([](StationFixture& s) { s.WithReadings("2002-03-01", 15, {3}); })
         << "";
     QTest::newRow("two readings")  // (3 + 5) / 2
-        << 15 * kMinute << Story([](StationFixture& s) { s.WithReadings("2002-03-01", 15, {3, 5}); })
+        << 15 * kMinute << Story([](StationFixture& s) {
+               s.WithReadings("2002-03-01", 15, {3, 5});
+           })
         << "2002-03-01 4 3 5 8";
     QTest::newRow("weights of 0.5, 1 and 1 hour")  // (2 * 0.5 + 4 + 6) / 2.5
         << 60 * kMinute << Story([](StationFixture& s) {
@@ -60,11 +62,9 @@ void TestDaily::Days_data() {
                    .WithReadings("2002-03-05 12:00", 15, {2, 4});
            })
         << "2002-03-01 -2 -3 -1 -4\n2002-03-05 3 2 4 6";
-    QTest::newRow("no time increment, no day")
-        << 0.0 << Story([](StationFixture& s) {
-               s.WithReadings("2002-03-01 12:00", 720, {1, 2, 3, 4});
-           })
-        << "";
+    QTest::newRow("no time increment, no day") << 0.0 << Story([](StationFixture& s) {
+        s.WithReadings("2002-03-01 12:00", 720, {1, 2, 3, 4});
+    }) << "";
     // The journal voids what lies in the three hours from 00:00 to 03:00, except at 00:00 itself.
     const auto visits = [](StationFixture& s) {
         ChannelInfo[1].Calibration = 1;

@@ -33,12 +33,10 @@ void TestOffsets::OffsetInTime_data() {
         << "1890-01-01,2002-02-28,2002-03-01 10:00,2002-03-01 10:15,4000-01-01"
         << "0.25 0.25 0.25 0.25 0.25";
     // 0.10 at the first, 0.30 at the second; a quarter of the way: 0.10 + 0.25 * 0.20
-    QTest::newRow("straight line between two visits")
-        << Story([](StationFixture& s) {
-               s.WithJournalRow("2002-03-05", 1, 2.0, 2.3).WithJournalRow("2002-03-01", 1, 1.0, 1.1);
-           })
-        << "2002-02-01,2002-03-01,2002-03-02,2002-03-03,2002-03-05,2002-03-05 00:15"
-        << "0.1 0.1 0.15 0.2 0.3 0.3";
+    QTest::newRow("straight line between two visits") << Story([](StationFixture& s) {
+        s.WithJournalRow("2002-03-05", 1, 2.0, 2.3).WithJournalRow("2002-03-01", 1, 1.0, 1.1);
+    }) << "2002-02-01,2002-03-01,2002-03-02,2002-03-03,2002-03-05,2002-03-05 00:15"
+                                                      << "0.1 0.1 0.15 0.2 0.3 0.3";
     QTest::newRow("negative offset, first reading behind several visits")
         << Story([](StationFixture& s) {
                s.WithJournalRow("2002-01-01", 1, 1, 9)
@@ -46,7 +44,8 @@ void TestOffsets::OffsetInTime_data() {
                    .WithJournalRow("2002-03-01", 1, 3.0, 1.0)
                    .WithJournalRow("2002-03-03", 1, 3.0, 2.0);
            })
-        << "2002-03-02,2002-04-01" << "-1.5 -1";
+        << "2002-03-02,2002-04-01"
+        << "-1.5 -1";
     QTest::newRow("visits not in use and those of other channels take no part")
         << Story([](StationFixture& s) {
                s.WithJournalRow("2002-03-01", 1, 0, 1)
@@ -54,15 +53,15 @@ void TestOffsets::OffsetInTime_data() {
                    .WithJournalRow("2002-03-02", 2, 0, 200)
                    .WithJournalRow("2002-03-03", 1, 0, 3);
            })
-        << "2002-03-02,2002-03-04" << "2 3";
-    QTest::newRow("two visits at one time: a step")
-        << Story([](StationFixture& s) {
-               s.WithJournalRow("2002-03-01", 1, 0, 1)
-                   .WithJournalRow("2002-03-02", 1, 0, 2)
-                   .WithJournalRow("2002-03-02", 1, 0, 6)
-                   .WithJournalRow("2002-03-03", 1, 0, 8);
-           })
-        << "2002-03-02,2002-03-02 12:00" << "2 7";
+        << "2002-03-02,2002-03-04"
+        << "2 3";
+    QTest::newRow("two visits at one time: a step") << Story([](StationFixture& s) {
+        s.WithJournalRow("2002-03-01", 1, 0, 1)
+            .WithJournalRow("2002-03-02", 1, 0, 2)
+            .WithJournalRow("2002-03-02", 1, 0, 6)
+            .WithJournalRow("2002-03-03", 1, 0, 8);
+    }) << "2002-03-02,2002-03-02 12:00"
+                                                    << "2 7";
     QTest::newRow("a visit without a reading voids both of its intervals")
         << Story([](StationFixture& s) {
                s.WithJournalRow("2002-03-01", 1, 0, 1)
@@ -73,7 +72,8 @@ void TestOffsets::OffsetInTime_data() {
         << "1 none none none 3";
     QTest::newRow("a visit at the date of a sentinel")
         << Story([](StationFixture& s) { s.WithJournalRow("1900-01-01", 1, 0, 4); })
-        << "1900-01-01,1900-01-01 12:00" << "4 4";
+        << "1900-01-01,1900-01-01 12:00"
+        << "4 4";
 }
 
 void TestOffsets::OffsetInTime() {

@@ -147,9 +147,6 @@ StationFixture::~StationFixture() {
 }
 
 void StationFixture::Open() {
-    if (!StationConnection) {
-        StationConnection = std::make_unique<Connection>();
-    }
     if (!OpenDB(Path())) {
         qFatal("The station can't be opened: %s", qPrintable(Path()));
     }

@@ -12,7 +12,8 @@ namespace rillbook {
 // Uses windows as their users do, by the object names of their controls. A control that isn't
 // there, or that a user couldn't use (disabled, hidden, read-only), fails the test.
 
-// Makes any warning of Qt fail the running test. Holds for one test function: call it in init().
+// Makes any warning of Qt fail the running test, but for what the off-screen platform says of
+// itself. Holds for one test function: call it in init().
 void FailOnAnyWarning();
 
 // Fails the running test and goes on.

@@ -1,0 +1,35 @@
+#include "forms/main/DesktopApplication.h"
+
+#include <QFont>
+#include <QScopedValueRollback>
+
+#include "platform/desktop/MsgBox.h"
+
+namespace rillbook {
+
+void TellFailure(const std::exception& failure) {
+    static bool telling = false;
+    if (telling) {
+        return;
+    }
+    const QScopedValueRollback<bool> during(telling, true);
+    MsgBox(QString::fromUtf8(failure.what()), MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+}
+
+DesktopApplication::DesktopApplication(int& argc, char** argv) : QApplication(argc, argv) {
+    // Eight points at the 96 dots to the inch that a pixel of 15 twips stands for.
+    QFont font(QStringLiteral("Arial"));
+    font.setPixelSize(11);
+    setFont(font);
+}
+
+bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (const std::exception& failure) {
+        TellFailure(failure);
+        return false;
+    }
+}
+
+}  // namespace rillbook

@@ -1,0 +1,53 @@
+#include "forms/main/StationTree.h"
+
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QMouseEvent>
+
+namespace rillbook {
+
+StationTree::StationTree(QWidget* parent) : QTreeWidget(parent) {
+    // Long descriptions scroll into view.
+    header()->setStretchLastSection(false);
+    header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+}
+
+void StationTree::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) {
+        QTreeWidget::mousePressEvent(event);
+    }
+}
+
+void StationTree::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) {
+        QTreeWidget::mouseReleaseEvent(event);
+        Q_EMIT NodeClick();
+        Q_EMIT Click();
+    } else if (event->button() == Qt::RightButton) {
+        Q_EMIT MenuAsked(event->globalPosition().toPoint());
+    }
+}
+
+void StationTree::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) {
+        QTreeWidget::mouseDoubleClickEvent(event);
+        Q_EMIT DblClick();
+    }
+}
+
+void StationTree::keyPressEvent(QKeyEvent* event) {
+    const QTreeWidgetItem* before = currentItem();
+    QTreeWidget::keyPressEvent(event);
+    if (currentItem() != before) {
+        Q_EMIT NodeClick();
+        Q_EMIT Click();
+    }
+}
+
+void StationTree::contextMenuEvent(QContextMenuEvent* event) {
+    if (event->reason() == QContextMenuEvent::Keyboard && currentItem() != nullptr) {
+        Q_EMIT MenuAsked(viewport()->mapToGlobal(visualItemRect(currentItem()).center()));
+    }
+}
+
+}  // namespace rillbook

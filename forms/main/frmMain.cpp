@@ -1,0 +1,247 @@
+#include "forms/main/frmMain.h"
+
+#include <QCloseEvent>
+#include <QLayout>
+#include <QRegularExpressionValidator>
+#include <utility>
+
+#include "app/Application.h"
+#include "app/InitialFile.h"
+#include "app/SharedState.h"
+#include "forms/main/DesktopApplication.h"
+#include "forms/main/Icons.h"
+#include "forms/main/StationNodes.h"
+#include "forms/main/frmAbout.h"
+#include "forms/reports/frmAnnualT.h"
+#include "forms/reports/frmOutputSettings.h"
+#include "import/Import.h"
+#include "platform/desktop/Desktop.h"
+#include "platform/desktop/Screen.h"
+#include "platform/qt/Twips.h"
+#include "platform/text/Numbers.h"
+#include "store/FormStuff.h"
+#include "store/ProjectFile.h"
+#include "store/StationDatabase.h"
+#include "ui_frmMain.h"
+
+namespace rillbook {
+
+frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui_(std::make_unique<Ui::frmMain>()) {
+    ui_->setupUi(this);
+    layout()->setSizeConstraint(QLayout::SetFixedSize);
+    SetUpPictures();
+    SetUpSeparators();
+    ConnectCommands();
+    ConnectTree();
+    // A double quote would end the name's item in the project file.
+    static const QRegularExpression noDoubleQuote(QStringLiteral("[^\"]*"));
+    ui_->tbProjectName->setValidator(new QRegularExpressionValidator(noDoubleQuote, this));
+    ui_->Frame1->hide();
+    TheStationPanel = this;
+
+    move(ToPixels(MainLeft), ToPixels(MainTop));
+    SetWindowCaption(Application::Title());
+    EnableStationMenus(false);
+    EnableProjectMenus(false);
+    PrinterOrientation = cdbprinter.Orientation;
+}
+
+frmMain::~frmMain() {
+    TheStationPanel = nullptr;
+}
+
+void frmMain::SetUpPictures() {
+    setWindowIcon(PictureIcon(Picture::Program));
+    ui_->New->setIcon(PictureIcon(Picture::New));
+    ui_->Open->setIcon(PictureIcon(Picture::Open));
+    ui_->Save->setIcon(PictureIcon(Picture::Save));
+}
+
+void frmMain::SetUpSeparators() {
+    for (QAction* line :
+         {ui_->mnuFileSeparator0, ui_->mnuFIleSeparator1, ui_->mnuFileSeparator4,
+          ui_->mnuFileSeparator5, ui_->mnuEditSep1, ui_->mnuEditSep2, ui_->mnuOutSeparator1,
+          ui_->mnuHelpSeparator1, ui_->mnuSep10, ui_->mnuSep20, ui_->menSep13}) {
+        line->setSeparator(true);
+    }
+}
+
+void frmMain::ConnectCommands() {
+    const std::pair<QAction*, Command> commands[] = {
+        {ui_->mnuFileProjectNew, &frmMain::NewProject},
+        {ui_->New, &frmMain::NewProject},
+        {ui_->mnuFileProjectOpen, &frmMain::ChooseProject},
+        {ui_->Open, &frmMain::ChooseProject},
+        {ui_->mnuFileProjectSave, &frmMain::SaveProjectCommand},
+        {ui_->Save, &frmMain::SaveProjectCommand},
+        {ui_->mnuFileProjectClose, &frmMain::CloseProject},
+        {ui_->mnuFileStationNew, &frmMain::NewStation},
+        {ui_->mnuFileStationOpen, &frmMain::AddExistingStation},
+        {ui_->mnuFileStationClose, &frmMain::RemoveStation},
+        {ui_->mnuFileStationSave, &frmMain::SaveStationData},
+        {ui_->mnuFileImport, &frmMain::ImportLoggerFile},
+        {ui_->mnuFileImport2, &frmMain::ImportLoggerFile},
+        {ui_->mnuOutAnnual, &frmMain::ShowAnnualTable},
+        {ui_->mnuOutAnnual2, &frmMain::ShowAnnualTable},
+        {ui_->mnuHelpAbout, &frmMain::ShowAboutBox},
+    };
+    for (const auto& [item, command] : commands) {
+        connect(item, &QAction::triggered, this, [this, command = command] { Run(command); });
+    }
+    connect(ui_->mnuFileExit, &QAction::triggered, this, &QWidget::close);
+}
+
+void frmMain::ConnectTree() {
+    const auto click = [this] { Run(&frmMain::TreeClick); };
+    // The first one to come opens another station, which brings its own OutputChannel; the second
+    // one sets the channel that the user clicked.
+    connect(ui_->TreeView1, &StationTree::NodeClick, this, click);
+    connect(ui_->TreeView1, &StationTree::Click, this, click);
+    connect(ui_->TreeView1, &StationTree::DblClick, this, click);
+    connect(ui_->TreeView1, &StationTree::MenuAsked, this, &frmMain::ShowTreeMenu);
+}
+
+void frmMain::Run(Command command) {
+    try {
+        (this->*command)();
+    } catch (const std::exception& failure) {
+        TellFailure(failure);
+    }
+}
+
+void frmMain::EnableStationMenus(bool on) {
+    for (QAction* item : {ui_->mnuFileStationClose, ui_->mnuFileStationSave, ui_->mnuFileImport}) {
+        item->setEnabled(on);
+    }
+    ui_->mnuEdit->setEnabled(on);
+    ui_->mnuOutput->setEnabled(on);
+}
+
+void frmMain::EnableProjectMenus(bool on) {
+    for (QAction* item : {ui_->mnuFileProjectClose, ui_->mnuFileProjectSave, ui_->mnuFileStationNew,
+                          ui_->mnuFileStationOpen, ui_->Save}) {
+        item->setEnabled(on);
+    }
+    ui_->TreeView1->setVisible(on);
+    ui_->tbProjectName->setVisible(on);
+    ui_->lblProjName->setVisible(on);
+}
+
+QString frmMain::Text(Item item) const {
+    switch (item) {
+        case Item::Name:
+            return ui_->tbName->isModified() ? ui_->tbName->text() : nameAsRead_;
+        case Item::Notes:
+            return ui_->tbNotes->document()->isModified() ? ui_->tbNotes->toPlainText()
+                                                          : notesAsRead_;
+        case Item::Channels:
+            return ui_->lblChannels->text();
+        case Item::Records:
+            return ui_->lblNOR->text();
+        case Item::BeginDate:
+            return ui_->lblBDate->text();
+        case Item::EndDate:
+            return ui_->lblEDate->text();
+    }
+    return {};
+}
+
+void frmMain::SetText(Item item, const QString& text) {
+    switch (item) {
+        case Item::Name:
+            nameAsRead_ = text;
+            return ui_->tbName->setText(text);
+        case Item::Notes:
+            notesAsRead_ = text;
+            return ui_->tbNotes->setPlainText(text);
+        case Item::Channels:
+            return ui_->lblChannels->setText(text);
+        case Item::Records:
+            return ui_->lblNOR->setText(text);
+        case Item::BeginDate:
+            return ui_->lblBDate->setText(text);
+        case Item::EndDate:
+            return ui_->lblEDate->setText(text);
+    }
+}
+
+void frmMain::ShowPanel(bool visible) {
+    ui_->Frame1->setVisible(visible);
+}
+
+void frmMain::SetWindowCaption(const QString& caption) {
+    setWindowTitle(caption);
+}
+
+void frmMain::TreeClick() {
+    const QTreeWidgetItem* node = ui_->TreeView1->currentItem();
+    if (node == nullptr) {
+        return;
+    }
+    const QTreeWidgetItem* station = StationOf(node);
+    // Set before the station left behind is closed, which stores it.
+    StationInfo.OutputChannel = node == station ? std::int16_t{1} : ChannelOf(node);
+    if (NodeKey(station) != StationPath) {
+        SwitchToStation(NodeKey(station), station->text(0));
+    }
+}
+
+void frmMain::ShowTreeMenu(const QPoint& globalPosition) {
+    const QTreeWidgetItem* node = ui_->TreeView1->currentItem();
+    if (node != nullptr) {
+        QMenu* menu = node == StationOf(node) ? ui_->mnuPopup2 : ui_->mnuPopup;
+        menu->popup(globalPosition);
+    }
+}
+
+void frmMain::ImportLoggerFile() {
+    if (StationConnection->State() == 0) {
+        return;
+    }
+    dlgCommonDialog.Flags = cdlOFNHideReadOnly;
+    dlgCommonDialog.InitDir = StationInfo.ImportDir;
+    if (!AskForFile(QStringLiteral("File Import - ") + StationTitle,
+                    QStringLiteral("Import File (*.csv;*.cap;*.dat;*.prn;*.txt)|"
+                                   "*.csv;*.cap;*.dat;*.prn;*.txt|All Files (*.*)|*.*"),
+                    &CommonDialog::ShowOpen)) {
+        TheScreen().SetMousePointer(vbDefault);
+        return;
+    }
+    StationInfo.ImportDir = ChosenFolder();
+    const Hourglass hourglass;
+    ImportFile(dlgCommonDialog.FileName);
+    RefreshRecordStats();
+    WriteStationInfo();
+}
+
+void frmMain::ShowAnnualTable() {
+    if (StationConnection->State() == 0) {
+        return;
+    }
+    SettingsMode = ReportMode::AnnualTable;
+    frmOutputSettings(this).exec();
+    if (!DialogCancelled) {
+        frmAnnualT(ui_->tbProjectName->text(), this).exec();
+    }
+}
+
+void frmMain::ShowAboutBox() {
+    frmAbout(this).exec();
+}
+
+void frmMain::closeEvent(QCloseEvent*) {
+    if (ProjectPath.isEmpty()) {
+        return;
+    }
+    SaveProjectAtExit();
+    CloseOpenStation();
+    cdbprinter.Orientation = PrinterOrientation;
+    MainTop = ToInt16(ToTwips(pos().y()));
+    MainLeft = ToInt16(ToTwips(pos().x()));
+    SaveAppSettings();
+    // Also where another window is up. Not from within the closing, which quitting would start
+    // anew.
+    QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+}
+
+}  // namespace rillbook

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <QMainWindow>
+#include <memory>
+
+#include "platform/desktop/CommonDialog.h"
+#include "store/StationPanel.h"
+
+class QTreeWidgetItem;
+
+namespace rillbook {
+
+namespace Ui {
+class frmMain;
+}
+
+// The window of the project: the tree of its stations and their channels, the header of the open
+// station, and the commands from which every other form is shown. A node of the tree is how the
+// user chooses the station and the channel that all else works on: root nodes are stations.
+// REQUIRES: StationConnection made; the settings loaded.
+class frmMain : public QMainWindow, public StationPanel {
+    Q_OBJECT
+public:
+    explicit frmMain(QWidget* parent = nullptr);
+    ~frmMain() override;
+
+    // Adds the open station, which StationPath and StationTitle name, with its channels at the end
+    // of the tree and selects it; OutputChannel becomes 1. False, with nothing added, if it is
+    // there.
+    bool AddStaToTree();
+
+    // Writes the project file from the tree and the report period. False, with the user told, where
+    // it can't be written.
+    bool SaveProject();
+
+    // Reads the file at ProjectPath and opens each of its stations in turn; the last one stays
+    // open. The user is told what couldn't be read.
+    void OpenProject();
+
+    void EnableProjectMenus(bool on);
+
+    QString Text(Item item) const override;
+    void SetText(Item item, const QString& text) override;
+    void ShowPanel(bool visible) override;
+    void EnableStationMenus(bool on) override;
+    void SetWindowCaption(const QString& caption) override;
+
+protected:
+    // Saves the project, closes the station and saves the settings, without a question; with no
+    // project open it only closes.
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    using Command = void (frmMain::*)();
+
+    void SetUpPictures();
+    void SetUpSeparators();
+    void ConnectCommands();
+    void ConnectTree();
+    void Run(Command command);
+
+    // The tree's click: opens the selected node's station, unless StationPath names it, and sets
+    // OutputChannel.
+    void TreeClick();
+    void ShowTreeMenu(const QPoint& globalPosition);
+
+    void NewProject();
+    void ChooseProject();
+    void SaveProjectCommand();
+    void CloseProject();
+    void NewStation();
+    void AddExistingStation();
+    void RemoveStation();
+    void SaveStationData();
+    void ImportLoggerFile();
+    void ShowAnnualTable();
+    void ShowAboutBox();
+
+    // "Save Current Project?" False if the command that asks must end.
+    bool AskToSave();
+    void SaveProjectAtExit();
+    // Why it failed; empty if it didn't.
+    QString TryToSaveProject();
+    // The chosen file is dlgCommonDialog's. False if there is none.
+    bool AskForNewFile(const QString& filter);
+    bool AskForOldFile(const QString& filter);
+    bool AskForFile(const QString& title, const QString& filter, void (CommonDialog::*dialog)());
+    QString ChosenFolder() const;
+    // False, with the user told, for a path that no project file can hold.
+    bool ChosenStationIsUsable() const;
+    void TakeChosenProject();
+    // Closes the open station first. StationPath and StationTitle follow on success only.
+    bool SwitchToStation(const QString& path, const QString& title);
+
+    std::unique_ptr<Ui::frmMain> ui_;
+    CommonDialog dlgCommonDialog;
+    CommonDialog cdbprinter;
+    // Name and notes as the station has them: what the user left alone goes back unchanged, even
+    // where the text boxes can't show it (longer than they take, other line ends).
+    QString nameAsRead_;
+    QString notesAsRead_;
+    // The project file couldn't be read whole; the first save keeps it beside the new one.
+    bool keepsOldFile_ = false;
+};
+
+}  // namespace rillbook

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QStringView>
+#include <cstdint>
+#include <vector>
+
+#include "platform/ado/Cell.h"
+#include "platform/ado/Database.h"
+
+namespace rillbook::ado {
+
+struct Column {
+    QString name;
+    ColumnType type;
+};
+
+// What a Recordset walks on. The operations are those of Recordset, with its errors; columns count
+// from 0 and lie in range.
+class Cursor {
+public:
+    virtual ~Cursor();
+    Cursor(const Cursor&) = delete;
+    Cursor& operator=(const Cursor&) = delete;
+
+    bool IsOpen() const { return database_ != nullptr; }
+    const std::vector<Column>& Columns() const { return columns_; }
+
+    // The database is about to close: gives up the statements. Nothing works afterwards.
+    void LetGo() noexcept;
+
+    virtual bool Eof() = 0;
+    virtual void MoveFirst() = 0;
+    virtual void MoveLast() = 0;
+    virtual void MoveNext() = 0;
+    virtual std::int64_t RecordCount() = 0;
+
+    // These raise adErrNoCurrentRecord where there is no row.
+    virtual Cell::Kind Kind(int column) = 0;
+    // REQUIRES: Kind says so.
+    virtual double Number(int column) = 0;
+    virtual QString Text(int column) = 0;
+
+    // A cursor that can't change its rows raises adErrNotUpdatable, as these do.
+    virtual void Set(int column, Null);
+    virtual void Set(int column, double value);
+    virtual void Set(int column, const QString& text);
+    virtual void AddNew();
+    virtual void Update();
+    virtual void CancelUpdate();
+    virtual void Delete();
+
+protected:
+    explicit Cursor(Database& database);
+
+    Database& database() const { return *database_; }
+    void TakeColumns(const Statement& statement);
+
+private:
+    virtual void DropStatements() noexcept = 0;
+
+    Database* database_;
+    std::vector<Column> columns_;
+};
+
+[[noreturn]] void RaiseNoCurrentRecord();
+
+}  // namespace rillbook::ado

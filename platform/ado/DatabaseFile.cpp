@@ -1,0 +1,189 @@
+#include "platform/ado/DatabaseFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QRegularExpression>
+#include <QUrl>
+#include <QtEndian>
+
+#include "platform/ado/AdoError.h"
+
+namespace rillbook::ado {
+
+namespace {
+
+// How long another program's lock is waited for, in milliseconds: long enough for its write to end,
+// short enough that the user isn't left before a dead window.
+constexpr int kPatience = 500;
+
+[[noreturn]] void RaiseGeneral(const QString& why) {
+    throw AdoError(adErrGeneral, why);
+}
+
+struct FileHeader {
+    bool writeAhead = false;
+};
+
+// Bytes 18 and 19 tell the journal mode, 16 the page size, 28 the count of pages; the count holds
+// only if 24 (changes of the file) and 92 (changes when it was counted) are equal.
+FileHeader ReadHeader(const QString& path, bool hasCompanion) {
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        RaiseGeneral(QStringLiteral("The file can't be opened: %1").arg(path));
+    }
+    const QByteArray header = file.read(100);
+    if (header.size() < 100 || !header.startsWith(QByteArray("SQLite format 3\0", 16))) {
+        RaiseGeneral(QStringLiteral("The file is not a station database: %1").arg(path));
+    }
+    const auto word = [&header](qsizetype offset) {
+        return qFromBigEndian<quint32>(header.constData() + offset);
+    };
+    const quint16 storedSize = qFromBigEndian<quint16>(header.constData() + 16);
+    const qint64 pageSize = storedSize == 1 ? 65536 : storedSize;
+    // With a companion the count may be that of pages which haven't been folded back yet.
+    const bool isCounted = word(24) == word(92) && !hasCompanion;
+    if (isCounted && file.size() < pageSize * word(28)) {
+        RaiseGeneral(QStringLiteral("The file is cut short: %1").arg(path));
+    }
+    return {.writeAhead = header[18] == 2 || header[19] == 2};
+}
+
+Handle OpenHandle(const QByteArray& name, int flags, const char* fileSystem = nullptr) {
+    sqlite3* opened = nullptr;
+    const int result = sqlite3_open_v2(
+        name.constData(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, fileSystem);
+    Handle handle(opened);
+    if (result != SQLITE_OK) {
+        RaiseGeneral(
+            QString::fromUtf8(opened != nullptr ? sqlite3_errmsg(opened) : sqlite3_errstr(result)));
+    }
+    sqlite3_busy_timeout(opened, kPatience);
+    // Folding a companion back is left to the connection that writes.
+    sqlite3_db_config(opened, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    return handle;
+}
+
+bool IsReadable(sqlite3* handle) {
+    return sqlite3_exec(handle, "SELECT count(*) FROM sqlite_schema", nullptr, nullptr, nullptr) ==
+           SQLITE_OK;
+}
+
+Handle RequireReadable(Handle handle) {
+    if (!IsReadable(handle.get())) {
+        RaiseGeneral(QString::fromUtf8(sqlite3_errmsg(handle.get())));
+    }
+    return handle;
+}
+
+// In exclusive mode the index of the companion is built in memory, not in a file beside it.
+Handle WithExclusiveLock(Handle handle) {
+    Run(handle.get(), "PRAGMA locking_mode = EXCLUSIVE");
+    return handle;
+}
+
+Handle OpenWithCompanion(const QByteArray& name, bool writable) {
+    if (writable) {
+        Handle alone = WithExclusiveLock(OpenHandle(name, SQLITE_OPEN_READWRITE));
+        if (IsReadable(alone.get())) {
+            return alone;
+        }
+    } else {
+        // Nobody can write here, so that no lock is needed, nor can be had.
+        Handle unlocked = WithExclusiveLock(OpenHandle(name, SQLITE_OPEN_READONLY, "unix-none"));
+        if (IsReadable(unlocked.get())) {
+            return unlocked;
+        }
+    }
+    // Another program has it open, and with it the index that reading needs.
+    return RequireReadable(OpenHandle(name, SQLITE_OPEN_READONLY));
+}
+
+bool IsWritable(const QFileInfo& file) {
+    return file.isWritable() && QFileInfo(file.absolutePath()).isWritable();
+}
+
+QHash<QString, int>& Writers() {
+    static QHash<QString, int> writers;
+    return writers;
+}
+
+}  // namespace
+
+QString PathInConnection(const QString& connectionString) {
+    static const QRegularExpression dataSource(QStringLiteral("Data Source\\s*= ?"),
+                                               QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch match = dataSource.match(connectionString);
+    if (!match.hasMatch() || match.capturedEnd() == connectionString.size()) {
+        RaiseGeneral(QStringLiteral("The connection text names no file."));
+    }
+    return connectionString.mid(match.capturedEnd());
+}
+
+Handle OpenUntouched(const QString& path) {
+    const QFileInfo file(path);
+    const QByteArray name = QFile::encodeName(file.absoluteFilePath());
+    const bool hasCompanion = QFileInfo::exists(path + QStringLiteral("-wal"));
+    const FileHeader header = ReadHeader(path, hasCompanion);
+    if (hasCompanion) {
+        return OpenWithCompanion(name, IsWritable(file));
+    }
+    if (header.writeAhead) {
+        // Nobody has it open, or the companion would be there; reading it in the ordinary way would
+        // make one.
+        const QByteArray uri =
+            "file:" + QUrl::toPercentEncoding(file.absoluteFilePath(), "/") + "?immutable=1";
+        return RequireReadable(OpenHandle(uri, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI));
+    }
+    // Opened for writing where possible: a half-done change that a killed program left in the
+    // rollback journal is undone by the first reader that may write.
+    return RequireReadable(
+        OpenHandle(name, IsWritable(file) ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY));
+}
+
+Handle OpenForWriting(const QString& path) {
+    const QFileInfo file(path);
+    if (!IsWritable(file)) {
+        return nullptr;
+    }
+    const QByteArray name = QFile::encodeName(file.absoluteFilePath());
+    Handle handle = OpenHandle(name, SQLITE_OPEN_READWRITE);
+    sqlite3_db_config(handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+    try {
+        if (sqlite3_db_readonly(handle.get(), "main") != 0 ||
+            Ask(handle.get(), "PRAGMA journal_mode = WAL") != u"wal") {
+            return nullptr;
+        }
+        Run(handle.get(), "PRAGMA synchronous = NORMAL; SELECT count(*) FROM sqlite_schema");
+    } catch (const AdoError&) {
+        const int code = sqlite3_errcode(handle.get());
+        if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
+            throw;
+        }
+        return nullptr;
+    }
+    return handle;
+}
+
+void RequireSound(sqlite3* handle) {
+    const QString verdict = Ask(handle, "PRAGMA quick_check(1)");
+    if (verdict != u"ok") {
+        RaiseGeneral(QStringLiteral("The file is damaged: %1").arg(verdict));
+    }
+}
+
+WriterMark::WriterMark(const QString& path) : file_(QFileInfo(path).canonicalFilePath()) {
+    ++Writers()[file_];
+}
+
+WriterMark::~WriterMark() {
+    if (--Writers()[file_] == 0) {
+        Writers().remove(file_);
+    }
+}
+
+int WriterMark::CountOf(const QString& path) {
+    return Writers().value(QFileInfo(path).canonicalFilePath());
+}
+
+}  // namespace rillbook::ado

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QString>
+
+#include "platform/ado/Statement.h"
+
+namespace rillbook::ado {
+
+// The path in a connection text: everything behind "Data Source =" and the blank that follows it.
+QString PathInConnection(const QString& connectionString);
+
+// Opens a database for reading so that neither it nor its folder changes: no companion comes into
+// being, and one that a killed program left is read where it lies. Raises adErrGeneral where the
+// file is missing, no database, shorter than it says, or locked by another program.
+Handle OpenUntouched(const QString& path);
+
+// REQUIRES: OpenUntouched and RequireSound have passed the file, and the handle they used is closed
+// or lies on it no more. Puts it in write-ahead mode. Null where it can't be written (read-only
+// file or folder, no room for the companion); raises adErrGeneral where another program has it.
+Handle OpenForWriting(const QString& path);
+
+// Raises adErrGeneral where the pages don't hang together as they should.
+void RequireSound(sqlite3* handle);
+
+// Stands for one connection of this process that writes to a file. While there is one, the file is
+// known to be sound, and may not be read by other means than the database's: systems of the Unix
+// kind drop all of a process's locks on a file when it closes any descriptor of it.
+class WriterMark {
+public:
+    explicit WriterMark(const QString& path);
+    ~WriterMark();
+    WriterMark(const WriterMark&) = delete;
+    WriterMark& operator=(const WriterMark&) = delete;
+
+    static int CountOf(const QString& path);
+
+private:
+    QString file_;
+};
+
+}  // namespace rillbook::ado

@@ -1,0 +1,264 @@
+#include "platform/ado/Recordset.h"
+
+#include <array>
+#include <limits>
+#include <optional>
+
+#include "platform/ado/Connection.h"
+#include "platform/ado/JetSql.h"
+#include "platform/ado/ReadCursor.h"
+#include "platform/ado/SqlTokens.h"
+#include "platform/ado/UpdateCursor.h"
+#include "platform/text/DateTime.h"
+
+namespace rillbook {
+
+class Recordset::Impl {
+public:
+    std::unique_ptr<ado::Cursor> cursor;
+
+    ado::Cursor& RequireOpen() const {
+        if (!cursor || !cursor->IsOpen()) {
+            throw AdoError(adErrObjectClosed, QStringLiteral("The recordset is closed."));
+        }
+        return *cursor;
+    }
+};
+
+namespace {
+
+[[noreturn]] void RaiseMismatch() {
+    throw AdoError(adErrTypeMismatch, QStringLiteral("The value is not of the type asked for."));
+}
+
+// A bare table's name stands for all its rows, in the order of its key.
+QByteArray SelectOf(const QString& source) {
+    const std::vector<ado::SqlToken> tokens = ado::TokensOf(source);
+    if (!tokens.empty() && tokens.front().IsWord(u"SELECT")) {
+        return TranslateJetSql(source).sql;
+    }
+    return "SELECT * FROM " + ado::QuotedName(source).toUtf8();
+}
+
+struct Criterion {
+    int column = 0;
+    QString comparison;
+    double bound = 0;
+
+    bool Accepts(double value) const {
+        if (comparison == u"=") {
+            return value == bound;
+        }
+        if (comparison == u"<>") {
+            return value != bound;
+        }
+        if (comparison == u"<") {
+            return value < bound;
+        }
+        if (comparison == u"<=") {
+            return value <= bound;
+        }
+        return comparison == u">" ? value > bound : value >= bound;
+    }
+};
+
+}  // namespace
+
+Recordset::Recordset() : impl_(std::make_unique<Impl>()) {}
+
+Recordset::~Recordset() = default;
+
+void Recordset::Open(const QString& source, Connection& connection, CursorTypeEnum cursorType,
+                     LockTypeEnum lockType, int) {
+    if (State() != 0) {
+        throw AdoError(adErrObjectOpen, QStringLiteral("The recordset is open already."));
+    }
+    if (!connection.database()) {
+        throw AdoError(adErrObjectClosed, QStringLiteral("The connection is closed."));
+    }
+    if (cursorType != adOpenUnspecified) {
+        CursorType = cursorType;
+    }
+    if (lockType != adLockUnspecified) {
+        LockType = lockType;
+    }
+    ado::Database& database = *connection.database();
+    const QByteArray select = SelectOf(source);
+    if (LockType == adLockOptimistic || LockType == adLockPessimistic) {
+        impl_->cursor = std::make_unique<ado::UpdateCursor>(database, select);
+    } else {
+        impl_->cursor = std::make_unique<ado::ReadCursor>(database, select);
+    }
+}
+
+void Recordset::Close() {
+    impl_->RequireOpen();
+    impl_->cursor.reset();
+}
+
+int Recordset::State() const {
+    return impl_->cursor && impl_->cursor->IsOpen() ? 1 : 0;
+}
+
+bool Recordset::Eof() {
+    return impl_->RequireOpen().Eof();
+}
+void Recordset::MoveFirst() {
+    impl_->RequireOpen().MoveFirst();
+}
+void Recordset::MoveLast() {
+    impl_->RequireOpen().MoveLast();
+}
+void Recordset::MoveNext() {
+    impl_->RequireOpen().MoveNext();
+}
+std::int64_t Recordset::RecordCount() {
+    return impl_->RequireOpen().RecordCount();
+}
+
+Field Recordset::Fields(int ordinal) {
+    if (ordinal < 0 || ordinal >= FieldCount()) {
+        throw AdoError(adErrItemNotFound, QStringLiteral("There is no field %1.").arg(ordinal));
+    }
+    return {this, ordinal};
+}
+
+Field Recordset::Fields(QStringView name) {
+    const std::vector<ado::Column>& columns = impl_->RequireOpen().Columns();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (name.compare(columns[i].name, Qt::CaseInsensitive) == 0) {
+            return {this, static_cast<int>(i)};
+        }
+    }
+    throw AdoError(adErrItemNotFound, QStringLiteral("There is no field %1.").arg(name));
+}
+
+int Recordset::FieldCount() {
+    return static_cast<int>(impl_->RequireOpen().Columns().size());
+}
+
+void Recordset::AddNew() {
+    impl_->RequireOpen().AddNew();
+}
+void Recordset::Update() {
+    impl_->RequireOpen().Update();
+}
+void Recordset::CancelUpdate() {
+    impl_->RequireOpen().CancelUpdate();
+}
+void Recordset::Delete() {
+    impl_->RequireOpen().Delete();
+}
+
+void Recordset::Find(const QString& criterion) {
+    const std::vector<ado::SqlToken> tokens = ado::TokensOf(criterion);
+    const auto raise = [&criterion] {
+        throw AdoError(adErrSyntax, QStringLiteral("No criterion: %1").arg(criterion));
+    };
+    std::size_t value = 1;
+    Criterion wanted;
+    while (value < tokens.size() && value < 3 &&
+           tokens[value].kind == ado::SqlToken::Kind::Symbol &&
+           QStringLiteral("<=>").contains(tokens[value].text)) {
+        wanted.comparison += tokens[value++].text;
+    }
+    static const std::array kComparisons{u"=", u"<>", u"<", u"<=", u">", u">="};
+    if (value == 1 || value >= tokens.size() ||
+        std::find(kComparisons.begin(), kComparisons.end(), wanted.comparison) ==
+            kComparisons.end()) {
+        raise();
+    }
+    wanted.column = Fields(tokens.front().Identifier()).ordinal_;
+    if (tokens[value].kind == ado::SqlToken::Kind::Moment) {
+        const QStringView text = tokens[value].text;
+        const std::optional<DateTime> moment = ReadLoggerDateTime(text.mid(1, text.size() - 2));
+        if (!moment) {
+            raise();
+        }
+        wanted.bound = *moment;
+    } else {
+        const qsizetype begin = tokens[value].text.data() - QStringView(criterion).data();
+        const std::optional<double> number = ado::WholeNumber(criterion.mid(begin));
+        if (!number) {
+            raise();
+        }
+        wanted.bound = *number;
+    }
+    ado::Cursor& cursor = impl_->RequireOpen();
+    while (!cursor.Eof() && !(cursor.Kind(wanted.column) == ado::Cell::Kind::Number &&
+                              wanted.Accepts(cursor.Number(wanted.column)))) {
+        cursor.MoveNext();
+    }
+}
+
+QString Field::Name() const {
+    return recordset_->impl_->RequireOpen().Columns()[static_cast<std::size_t>(ordinal_)].name;
+}
+
+Variant Field::Value() const {
+    ado::Cursor& cursor = recordset_->impl_->RequireOpen();
+    switch (cursor.Kind(ordinal_)) {
+        case ado::Cell::Kind::Null:
+            return Null{};
+        case ado::Cell::Kind::Number:
+            return cursor.Number(ordinal_);
+        default:
+            return cursor.Text(ordinal_);
+    }
+}
+
+bool Field::IsNull() const {
+    return recordset_->impl_->RequireOpen().Kind(ordinal_) == ado::Cell::Kind::Null;
+}
+
+bool Field::IsNumeric() const {
+    ado::Cursor& cursor = recordset_->impl_->RequireOpen();
+    const ado::Cell::Kind kind = cursor.Kind(ordinal_);
+    return kind == ado::Cell::Kind::Number ||
+           (kind == ado::Cell::Kind::Text && ado::WholeNumber(cursor.Text(ordinal_)));
+}
+
+double Field::Number() const {
+    ado::Cursor& cursor = recordset_->impl_->RequireOpen();
+    const ado::Cell::Kind kind = cursor.Kind(ordinal_);
+    if (kind == ado::Cell::Kind::Number) {
+        return cursor.Number(ordinal_);
+    }
+    const std::optional<double> number =
+        kind == ado::Cell::Kind::Text ? ado::WholeNumber(cursor.Text(ordinal_)) : std::nullopt;
+    if (!number) {
+        RaiseMismatch();
+    }
+    return *number;
+}
+
+QString Field::Text() const {
+    ado::Cursor& cursor = recordset_->impl_->RequireOpen();
+    switch (cursor.Kind(ordinal_)) {
+        case ado::Cell::Kind::Null:
+            RaiseMismatch();
+        case ado::Cell::Kind::Number:
+            return ado::NumberText(cursor.Columns()[static_cast<std::size_t>(ordinal_)].type,
+                                   cursor.Number(ordinal_));
+        default:
+            return cursor.Text(ordinal_);
+    }
+}
+
+void Field::SetValue(Null) {
+    recordset_->impl_->RequireOpen().Set(ordinal_, Null{});
+}
+
+void Field::SetValue(double value) {
+    recordset_->impl_->RequireOpen().Set(ordinal_, value);
+}
+
+void Field::SetValue(const QString& value) {
+    recordset_->impl_->RequireOpen().Set(ordinal_, value);
+}
+
+void Field::SetValue(const Variant& value) {
+    std::visit([this](const auto& content) { SetValue(content); }, value);
+}
+
+}  // namespace rillbook

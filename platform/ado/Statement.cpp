@@ -1,0 +1,136 @@
+#include "platform/ado/Statement.h"
+
+#include "platform/ado/AdoError.h"
+
+namespace rillbook::ado {
+
+namespace {
+
+int NumberOf(int extendedCode) {
+    switch (extendedCode) {
+        case SQLITE_CONSTRAINT_UNIQUE:
+        case SQLITE_CONSTRAINT_PRIMARYKEY:
+        case SQLITE_CONSTRAINT_ROWID:
+            return adErrDuplicate;
+        case SQLITE_ERROR:
+            return adErrSyntax;
+        default:
+            return adErrGeneral;
+    }
+}
+
+}  // namespace
+
+void RaiseLastError(sqlite3* handle) {
+    throw AdoError(NumberOf(sqlite3_extended_errcode(handle)),
+                   QString::fromUtf8(sqlite3_errmsg(handle)));
+}
+
+Statement::Statement(sqlite3* handle, const QByteArray& sql) {
+    sqlite3_stmt* compiled = nullptr;
+    const char* rest = nullptr;
+    const int length = static_cast<int>(sql.size()) + 1;  // with the end mark, which saves a copy
+    if (sqlite3_prepare_v2(handle, sql.constData(), length, &compiled, &rest) != SQLITE_OK) {
+        RaiseLastError(handle);
+    }
+    statement_.reset(compiled);
+    const QByteArray behind(rest);
+    if (compiled == nullptr || !behind.trimmed().isEmpty()) {
+        throw AdoError(adErrSyntax, QStringLiteral("One statement is expected."));
+    }
+}
+
+bool Statement::Step() {
+    const int result = sqlite3_step(statement_.get());
+    if (result == SQLITE_ROW) {
+        return true;
+    }
+    if (result == SQLITE_DONE) {
+        return false;
+    }
+    sqlite3* handle = sqlite3_db_handle(statement_.get());
+    const AdoError error(NumberOf(sqlite3_extended_errcode(handle)),
+                         QString::fromUtf8(sqlite3_errmsg(handle)));
+    Reset();
+    throw error;
+}
+
+void Statement::Reset() noexcept {
+    sqlite3_reset(statement_.get());
+}
+
+void Statement::Bind(int parameter, const Cell& cell) {
+    switch (cell.kind) {
+        case Cell::Kind::Null:
+            sqlite3_bind_null(statement_.get(), parameter);
+            break;
+        case Cell::Kind::Number:
+            Bind(parameter, cell.number);
+            break;
+        case Cell::Kind::Text:
+            Bind(parameter, cell.text);
+            break;
+    }
+}
+
+void Statement::Bind(int parameter, std::int64_t value) {
+    sqlite3_bind_int64(statement_.get(), parameter, value);
+}
+
+void Statement::Bind(int parameter, double value) {
+    sqlite3_bind_double(statement_.get(), parameter, value);
+}
+
+void Statement::Bind(int parameter, const QString& text) {
+    // The database keeps UTF-8 and copies while it converts, so that the text may change later.
+    sqlite3_bind_text16(statement_.get(), parameter, text.utf16(),
+                        static_cast<int>(text.size() * qsizetype{sizeof(QChar)}), SQLITE_STATIC);
+}
+
+Cell::Kind Statement::Kind(int column) const {
+    switch (sqlite3_column_type(statement_.get(), column)) {
+        case SQLITE_NULL:
+            return Cell::Kind::Null;
+        case SQLITE_INTEGER:
+        case SQLITE_FLOAT:
+            return Cell::Kind::Number;
+        default:
+            return Cell::Kind::Text;
+    }
+}
+
+QString Statement::Text(int column) const {
+    const void* bytes = sqlite3_column_blob(statement_.get(), column);
+    return QString::fromUtf8(static_cast<const char*>(bytes),
+                             sqlite3_column_bytes(statement_.get(), column));
+}
+
+void Statement::Read(int column, Cell& cell) const {
+    cell.kind = Kind(column);
+    if (cell.kind == Cell::Kind::Number) {
+        cell.number = Number(column);
+    } else if (cell.kind == Cell::Kind::Text) {
+        cell.text = Text(column);
+    }
+}
+
+QString Statement::ColumnName(int column) const {
+    return QString::fromUtf8(sqlite3_column_name(statement_.get(), column));
+}
+
+QByteArray Statement::DeclaredType(int column) const {
+    return QByteArray(sqlite3_column_decltype(statement_.get(), column));
+}
+
+void Run(sqlite3* handle, const char* sql) {
+    if (sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+        RaiseLastError(handle);
+    }
+}
+
+QString Ask(sqlite3* handle, const char* sql) {
+    Statement question(handle, sql);
+    return question.Step() ? question.Text(0) : QString();
+}
+
+}  // namespace rillbook::ado

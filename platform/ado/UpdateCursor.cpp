@@ -1,0 +1,336 @@
+#include "platform/ado/UpdateCursor.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "platform/ado/SqlTokens.h"
+
+namespace rillbook::ado {
+
+namespace {
+
+[[noreturn]] void RaiseNoKey(const QString& what) {
+    throw AdoError(adErrNotUpdatable,
+                   QStringLiteral("Rows can't be changed through: %1").arg(what));
+}
+
+}  // namespace
+
+SelectParts PartsOfSelect(const QByteArray& select) {
+    const QString statement = QString::fromUtf8(select);
+    const std::vector<SqlToken> tokens = TokensOf(statement);
+    for (std::size_t i = 0; i + 1 < tokens.size(); ++i) {
+        if (!tokens[i].IsWord(u"FROM")) {
+            continue;
+        }
+        const SqlToken& table = tokens[i + 1];
+        const bool isName =
+            table.kind == SqlToken::Kind::Word || table.kind == SqlToken::Kind::Name;
+        const bool isOnly = i + 2 == tokens.size() || tokens[i + 2].IsWord(u"WHERE") ||
+                            tokens[i + 2].IsWord(u"ORDER");
+        if (!isName || !isOnly) {
+            break;
+        }
+        const qsizetype behind =
+            table.text.data() + table.text.size() - QStringView(statement).data();
+        return {table.Identifier(), statement.mid(behind).toUtf8()};
+    }
+    RaiseNoKey(statement);
+}
+
+UpdateCursor::UpdateCursor(Database& database, const QByteArray& select) : Cursor(database) {
+    const Statement columns(database.handle(), select);
+    TakeColumns(columns);
+    row_.resize(Columns().size());
+    changed_.resize(Columns().size());
+    const SelectParts parts = PartsOfSelect(select);
+    table_ = QuotedName(parts.table).toUtf8();
+    condition_ = parts.condition;
+    FindKey(parts);
+    load_ = Statement(database.handle(), "SELECT " + ColumnList() + " FROM " + table_ + " WHERE " +
+                                             keyColumn_ + " = ?1");
+}
+
+void UpdateCursor::FindKey(const SelectParts& parts) {
+    Statement keys(database().handle(), "SELECT name FROM pragma_table_info(?1) WHERE pk > 0");
+    keys.Bind(1, parts.table);
+    try {
+        keyColumn_ = "_rowid_";
+        const Statement test(database().handle(), "SELECT _rowid_ FROM " + table_);
+        return;
+    } catch (const AdoError&) {
+        keyIsRowNumber_ = false;  // the rows lie in the order of the table's own key
+    }
+    if (!keys.Step()) {
+        RaiseNoKey(parts.table);
+    }
+    const QString name = keys.Text(0);
+    if (keys.Step()) {
+        RaiseNoKey(parts.table);
+    }
+    keyColumn_ = QuotedName(name).toUtf8();
+    for (std::size_t i = 0; i < Columns().size(); ++i) {
+        if (Columns()[i].name.compare(name, Qt::CaseInsensitive) == 0) {
+            keyOrdinal_ = static_cast<int>(i);
+        }
+    }
+}
+
+QByteArray UpdateCursor::ColumnList() const {
+    QByteArray list;
+    for (const Column& column : Columns()) {
+        list += (list.isEmpty() ? "" : ", ") + QuotedName(column.name).toUtf8();
+    }
+    return list;
+}
+
+void UpdateCursor::DropStatements() noexcept {
+    load_ = {};
+    insert_ = {};
+    update_ = {};
+}
+
+UpdateCursor::Key UpdateCursor::KeyOf(double value) {
+    return std::bit_cast<Key>(value);
+}
+
+UpdateCursor::Key UpdateCursor::ReadKey(const Statement& statement) const {
+    return keyIsRowNumber_ ? statement.Integer(0) : KeyOf(statement.Number(0));
+}
+
+void UpdateCursor::BindKey(Statement& statement, int parameter, Key key) const {
+    if (keyIsRowNumber_) {
+        statement.Bind(parameter, key);
+    } else {
+        statement.Bind(parameter, std::bit_cast<double>(key));
+    }
+}
+
+// A row that was appended before the keys were read stays the last one.
+void UpdateCursor::ReadKeys() {
+    if (keysRead_) {
+        return;
+    }
+    Statement keys(database().handle(), "SELECT " + keyColumn_ + " FROM " + table_ + condition_);
+    keys_.clear();
+    while (keys.Step()) {
+        keys_.push_back(ReadKey(keys));
+    }
+    keysRead_ = true;
+    position_ = 0;
+    if (standing_ == Standing::Row) {
+        std::erase(keys_, key_);
+        keys_.push_back(key_);
+        position_ = keys_.size() - 1;
+    }
+}
+
+bool UpdateCursor::Load(Key key) {
+    BindKey(load_, 1, key);
+    if (!load_.Step()) {
+        load_.Reset();
+        return false;
+    }
+    for (std::size_t i = 0; i < row_.size(); ++i) {
+        load_.Read(static_cast<int>(i), row_[i]);
+    }
+    load_.Reset();
+    key_ = key;
+    standing_ = Standing::Row;
+    rowLoaded_ = true;
+    return true;
+}
+
+void UpdateCursor::SettleForward() {
+    standing_ = Standing::End;
+    rowLoaded_ = false;
+    while (position_ < keys_.size() && !Load(keys_[position_])) {
+        ++position_;
+    }
+}
+
+bool UpdateCursor::HasRow() {
+    if (pending_ == Pending::NewRow || (standing_ == Standing::Row && rowLoaded_)) {
+        return true;
+    }
+    if (standing_ == Standing::End || (standing_ == Standing::Row && Load(key_))) {
+        return standing_ == Standing::Row;
+    }
+    ReadKeys();
+    SettleForward();
+    return standing_ == Standing::Row;
+}
+
+Cell& UpdateCursor::RequireRow(int column) {
+    if (!HasRow()) {
+        RaiseNoCurrentRecord();
+    }
+    return row_[Index(column)];
+}
+
+void UpdateCursor::MoveFirst() {
+    WritePending();
+    ReadKeys();
+    position_ = 0;
+    SettleForward();
+    if (standing_ == Standing::End) {
+        RaiseNoCurrentRecord();
+    }
+}
+
+void UpdateCursor::MoveLast() {
+    WritePending();
+    ReadKeys();
+    for (position_ = keys_.size(); position_ > 0; --position_) {
+        if (Load(keys_[position_ - 1])) {
+            --position_;
+            return;
+        }
+    }
+    standing_ = Standing::End;
+    RaiseNoCurrentRecord();
+}
+
+void UpdateCursor::MoveNext() {
+    WritePending();
+    if (!HasRow()) {
+        RaiseNoCurrentRecord();
+    }
+    ReadKeys();
+    ++position_;
+    SettleForward();
+}
+
+std::int64_t UpdateCursor::RecordCount() {
+    ReadKeys();
+    return static_cast<std::int64_t>(keys_.size());
+}
+
+template <typename Value>
+void UpdateCursor::SetCell(int column, const Value& value) {
+    Cell& cell = RequireRow(column);
+    if (!Assign(cell, Columns()[Index(column)].type, value)) {
+        return;
+    }
+    if (pending_ == Pending::None) {
+        changed_.assign(changed_.size(), false);
+        pending_ = Pending::Change;
+    }
+    changed_[Index(column)] = true;
+}
+
+void UpdateCursor::AddNew() {
+    WritePending();
+    for (Cell& cell : row_) {
+        cell.kind = Cell::Kind::Null;
+    }
+    rowLoaded_ = false;
+    pending_ = Pending::NewRow;
+}
+
+void UpdateCursor::WritePending() {
+    if (pending_ != Pending::None) {
+        Update();
+    }
+}
+
+void UpdateCursor::Update() {
+    if (pending_ == Pending::None) {
+        return;
+    }
+    database().RequireLiveTransaction();
+    if (pending_ == Pending::NewRow) {
+        Insert();
+    } else {
+        WriteChanges();
+    }
+    pending_ = Pending::None;
+}
+
+void UpdateCursor::Insert() {
+    if (!insert_) {
+        QByteArray marks = "?";
+        for (std::size_t i = 1; i < row_.size(); ++i) {
+            marks += ", ?";
+        }
+        insert_ = Statement(database().handle(), "INSERT INTO " + table_ + " (" + ColumnList() +
+                                                     ") VALUES (" + marks + ")");
+    }
+    for (std::size_t i = 0; i < row_.size(); ++i) {
+        insert_.Bind(static_cast<int>(i) + 1, row_[i]);
+    }
+    insert_.Step();
+    insert_.Reset();
+    if (keyIsRowNumber_) {
+        key_ = sqlite3_last_insert_rowid(database().handle());
+    } else if (keyOrdinal_ >= 0) {
+        key_ = KeyOf(row_[Index(keyOrdinal_)].number);
+    }
+    standing_ = Standing::Row;
+    rowLoaded_ = true;
+    if (keysRead_) {
+        keys_.push_back(key_);
+        position_ = keys_.size() - 1;
+    }
+}
+
+void UpdateCursor::WriteChanges() {
+    if (!update_ || updateWrites_ != changed_) {
+        QByteArray list;
+        for (std::size_t i = 0; i < row_.size(); ++i) {
+            if (changed_[i]) {
+                list +=
+                    (list.isEmpty() ? "" : ", ") + QuotedName(Columns()[i].name).toUtf8() + " = ?";
+            }
+        }
+        update_ = Statement(database().handle(),
+                            "UPDATE " + table_ + " SET " + list + " WHERE " + keyColumn_ + " = ?");
+        updateWrites_ = changed_;
+    }
+    int parameter = 0;
+    for (std::size_t i = 0; i < row_.size(); ++i) {
+        if (changed_[i]) {
+            update_.Bind(++parameter, row_[i]);
+        }
+    }
+    BindKey(update_, parameter + 1, key_);
+    update_.Step();
+    update_.Reset();
+    if (sqlite3_changes(database().handle()) == 0) {
+        throw AdoError(adErrGeneral, QStringLiteral("The row isn't in the table any more."));
+    }
+    if (keyOrdinal_ >= 0 && changed_[Index(keyOrdinal_)]) {
+        key_ = KeyOf(row_[Index(keyOrdinal_)].number);
+        if (keysRead_) {
+            keys_[position_] = key_;
+        }
+    }
+}
+
+void UpdateCursor::CancelUpdate() {
+    if (pending_ != Pending::None) {
+        pending_ = Pending::None;
+        rowLoaded_ = false;
+    }
+}
+
+void UpdateCursor::Delete() {
+    if (pending_ == Pending::NewRow) {
+        CancelUpdate();
+        return;
+    }
+    if (!HasRow()) {
+        RaiseNoCurrentRecord();
+    }
+    ReadKeys();
+    database().RequireLiveTransaction();
+    Statement deletion(database().handle(),
+                       "DELETE FROM " + table_ + " WHERE " + keyColumn_ + " = ?1");
+    BindKey(deletion, 1, key_);
+    deletion.Step();
+    pending_ = Pending::None;
+    keys_.erase(keys_.begin() + static_cast<std::ptrdiff_t>(position_));
+    SettleForward();
+}
+
+}  // namespace rillbook::ado

@@ -1,0 +1,218 @@
+// The program's main road through its real windows, from an empty start to the yearly sheet. Leaves a
+// picture of each window and the text of the sheet in a folder (the argument, or "tour" here), and
+// fails where the sheet isn't the one that was worked out.
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTreeWidget>
+#include <QtTest>
+#include <cstdio>
+
+#include "app/Application.h"
+#include "app/InitialFile.h"
+#include "app/SharedState.h"
+#include "forms/main/frmMain.h"
+#include "platform/ado/Recordset.h"
+#include "platform/qt/DTPicker.h"
+#include "platform/qt/MSFlexGrid.h"
+#include "platform/qt/QtDoors.h"
+#include "store/StationDatabase.h"
+#include "tests/support/StationFixture.h"
+#include "tests/support/UiDriver.h"
+
+using namespace rillbook;
+
+namespace {
+
+QString folderOfTour;
+
+QString InFolder(const QString& name) { return QDir(folderOfTour).filePath(name); }
+
+QString ReadText(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll())
+                                          : path + QStringLiteral(" can't be read");
+}
+
+// What the hydrographer read on the sheet: titles, peak, and every cell.
+QString SheetText(QWidget& form) {
+    QString text = Child<QLabel>(form, QStringLiteral("lblTitle1")).text() + u'\n' +
+                   Child<QLabel>(form, QStringLiteral("lblTitle2")).text() + u'\n' +
+                   Child<QLineEdit>(form, QStringLiteral("tbPMax")).text() + u'\n';
+    const auto& grid = Child<MSFlexGrid>(form, QStringLiteral("MSFlexGrid1"));
+    for (int row = 1; row < grid.Rows(); ++row) {
+        QStringList cells;
+        for (int col = 1; col < grid.Cols(); ++col) {
+            cells << grid.TextMatrix(row, col);
+        }
+        text += cells.join(u'\t') + u'\n';
+    }
+    return text;
+}
+
+}  // namespace
+
+class Tour : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        QDir().mkpath(folderOfTour);
+        for (const char* name : {"creek.mdb", "upper-basin.prj"}) {
+            QFile::remove(InFolder(QString::fromLatin1(name)));
+        }
+        ResetSharedState();
+        LoadAppSettings();
+        FillMonthNames();
+        InitDir = folderOfTour + u'/';
+        window_ = std::make_unique<frmMain>();
+        window_->show();
+        Picture(*window_, "start");
+    }
+    void init() { FailOnAnyWarning(); }
+
+    void makesAProject() {
+        const NextWindow dialog([this](QWidget& form) { ChooseFile(form, "upper-basin"); });
+        Trigger(*window_, QStringLiteral("mnuFileProjectNew"));
+        TypeText(*window_, QStringLiteral("tbProjectName"), QStringLiteral("Upper basin"));
+        QVERIFY(IsUsable(Child<QTreeWidget>(*window_, QStringLiteral("TreeView1"))));
+    }
+
+    void addsAStation() {
+        const NextWindow dialog([this](QWidget& form) { ChooseFile(form, "creek"); });
+        Trigger(*window_, QStringLiteral("mnuFileStationNew"));
+        QCOMPARE(StationPath, InFolder(QStringLiteral("creek.mdb")));
+        TypeText(*window_, QStringLiteral("tbName"), QStringLiteral("Willow Creek at the old mill"));
+        TypeText(*window_, QStringLiteral("tbNotes"),
+                 QStringLiteral("Staff gauge on the left bank.\nRead at each visit."));
+    }
+
+    void importsALoggerFile() {
+        QString counts;
+        const NextWindow dialog([this](QWidget& form) {
+            ChooseFile(form, RILLBOOK_SOURCE_DIR "/samples/type1_stage_hourly.csv");
+        });
+        const NextWindow message([&](QWidget& form) {
+            Picture(form, "import-counts");
+            auto& box = dynamic_cast<QMessageBox&>(form);
+            counts = box.text();
+            box.button(QMessageBox::Ok)->click();
+        });
+        Trigger(*window_, QStringLiteral("mnuFileImport"));
+        QCOMPARE(counts, QStringLiteral(SAMPLE_COUNTS));
+        Picture(*window_, "imported");
+    }
+
+    // Both have no editor yet.
+    void writesJournalAndRating() {
+        AddRow("Calibration", {{"DateTime", At("2002-01-15 10:00")},
+                               {"chan", 1},
+                               {"read1", 1.20},
+                               {"actual1", 1.25},
+                               {"read2", 1}});
+        AddRow("Calibration", {{"DateTime", At("2002-07-15 10:00")},
+                               {"chan", 1},
+                               {"read1", 2.10},
+                               {"actual1", 2.00},
+                               {"read2", 1}});
+        AddRow("ConversionEq", {{"DateTime", At("2002-01-01")},
+                                {"chan", 1},
+                                {"A", 0.3},
+                                {"r", 1.6},
+                                {"c", 25},
+                                {"RatingTable", 0}});
+    }
+
+    void readsTheYearlySheet() {
+        const NextWindow settings([this](QWidget& form) {
+            Child<DTPicker>(form, QStringLiteral("DTPicker1")).SetValue(At("2002-01-01"));
+            Click(form, QStringLiteral("cbxRating"));
+            Click(form, QStringLiteral("cbxCal"));
+            Picture(form, "output-settings");
+            Click(form, QStringLiteral("cmdOK"));
+        });
+        QString sheet;
+        const NextWindow report([&](QWidget& form) {
+            sheet = SheetText(form);
+            Picture(form, "yearly-sheet");
+            Trigger(form, QStringLiteral("mnuTotal"));
+            sheet += SheetText(form);
+            Picture(form, "yearly-sheet-totals");
+            Trigger(form, QStringLiteral("mnuFileExit"));
+        });
+        Trigger(*window_, QStringLiteral("mnuOutAnnual"));
+        QFile dump(InFolder(QStringLiteral("yearly-sheet.txt")));
+        QVERIFY(dump.open(QIODevice::WriteOnly));
+        dump.write(sheet.toUtf8());
+        QCOMPARE(sheet, ReadText(QStringLiteral(RILLBOOK_SOURCE_DIR "/tests/data/tour-sheet.txt")));
+    }
+
+    void showsTheAboutBox() {
+        const NextWindow about([this](QWidget& form) {
+            Picture(form, "about");
+            Click(form, QStringLiteral("cmdOK"));
+        });
+        Trigger(*window_, QStringLiteral("mnuHelpAbout"));
+    }
+
+    void leavesProjectAndStationBehind() {
+        Trigger(*window_, QStringLiteral("mnuFileExit"));
+        QVERIFY(!window_->isVisible());
+        QCOMPARE(ReadText(InFolder(QStringLiteral("upper-basin.prj"))).section(u'\n', 1, 1),
+                 QStringLiteral("1\r"));
+        QCOMPARE(DumpTable(InFolder(QStringLiteral("creek.mdb")),
+                           QStringLiteral("SELECT Name, noofrec, Conversion, calibration "
+                                          "FROM Information")),
+                 QStringLiteral("Willow Creek at the old mill | " SAMPLE_RECORDS " | 1 | 1\n"));
+    }
+
+private:
+    using Values = std::vector<std::pair<const char*, double>>;
+
+    void Picture(QWidget& form, const char* name) {
+        const QString file = QString::asprintf("%02d-%s.png", ++pictures_, name);
+        QVERIFY(form.grab().save(InFolder(file)));
+    }
+
+    void ChooseFile(QWidget& dialog, const char* name) {
+        Picture(dialog, qPrintable(QStringLiteral("choose-") +
+                                   QFileInfo(QString::fromLocal8Bit(name)).baseName()));
+        TypeText(dialog, QStringLiteral("fileNameEdit"), QString::fromLocal8Bit(name));
+        dynamic_cast<QDialog&>(dialog).accept();
+    }
+
+    static void AddRow(const char* table, const Values& values) {
+        Recordset rows;
+        rows.LockType = adLockOptimistic;
+        rows.Open(QString::fromLatin1(table), *StationConnection, adOpenDynamic);
+        rows.AddNew();
+        for (const auto& [column, value] : values) {
+            rows.Fields(QString::fromLatin1(column)).SetValue(value);
+        }
+        rows.Update();
+        rows.Close();
+    }
+
+    std::unique_ptr<frmMain> window_;
+    int pictures_ = 0;
+};
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(Application::Title());
+    folderOfTour = QDir(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("tour"))
+                       .absolutePath();
+    const QtDoors doors(Application::Title());
+    Tour tour;
+    const int failures = QTest::qExec(&tour, QStringList{application.arguments().first()});
+    std::printf("Pictures and the sheet's text: %s\n", qPrintable(folderOfTour));
+    return failures;
+}
+
+#include "Tour.moc"
