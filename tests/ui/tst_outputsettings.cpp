@@ -1,3 +1,4 @@
+#include <QCheckBox>
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QtTest/QtTest>
@@ -21,7 +22,9 @@ namespace {
 constexpr double kMinute = 1.0 / 1440;
 constexpr int kChan = 2;
 
-QString Name(const char* text) { return QString::fromLatin1(text); }
+QString Name(const char* text) {
+    return QString::fromLatin1(text);
+}
 
 // Shows the dialog and does this in it.
 void InSettings(ReportMode mode, const std::function<void(QWidget&)>& steps) {
@@ -41,8 +44,7 @@ QString PeriodShown(QWidget& form) {
     for (const QRadioButton* option : form.findChildren<QRadioButton*>()) {
         unit += option->isChecked() ? option->objectName() : QString();
     }
-    return QStringLiteral("%1 %2 to %3")
-        .arg(TextOf(form, "tbN"), unit, TextOf(form, "tbEndDate"));
+    return QStringLiteral("%1 %2 to %3").arg(TextOf(form, "tbN"), unit, TextOf(form, "tbEndDate"));
 }
 
 QString Period() {
@@ -53,8 +55,9 @@ QString Period() {
 // What the dialog settles apart from the period, as the station's file has it.
 QString Stored(const StationFixture& station) {
     return station
-        .Dump("SELECT digitsout, outputfactor, outputfactorstring, graphmin, graphmax, "
-              "outputseries, calibration, conversion FROM Information")
+        .Dump(
+            "SELECT digitsout, outputfactor, outputfactorstring, graphmin, graphmax, "
+            "outputseries, calibration, conversion FROM Information")
         .section(u'\n', kChan - 1, kChan - 1);
 }
 
@@ -140,41 +143,68 @@ void TestOutputSettings::Period_data() {
 
     const ReportMode table = ReportMode::InstantaneousTable;
     const ReportMode daily = ReportMode::DailyTable;
-    QTest::newRow("a month from January 1")
-        << table << "2002-01-01" << "931" << "" << "1 optMonths to Jan 31, 2002";
-    QTest::newRow("a month from January 31 runs on into March")
-        << table << "2002-01-31" << "931" << "" << "1 optMonths to Mar 02, 2002";
-    QTest::newRow("months into the next year")
-        << table << "2002-11-15" << "933" << "" << "3 optMonths to Feb 14, 2003";
-    QTest::newRow("a year from March 1 ends on the leap day")
-        << table << "2003-03-01" << "941" << "" << "1 optYears to Feb 29, 2004";
+    QTest::newRow("a month from January 1") << table << "2002-01-01"
+                                            << "931"
+                                            << ""
+                                            << "1 optMonths to Jan 31, 2002";
+    QTest::newRow("a month from January 31 runs on into March") << table << "2002-01-31"
+                                                                << "931"
+                                                                << ""
+                                                                << "1 optMonths to Mar 02, 2002";
+    QTest::newRow("months into the next year") << table << "2002-11-15"
+                                               << "933"
+                                               << ""
+                                               << "3 optMonths to Feb 14, 2003";
+    QTest::newRow("a year from March 1 ends on the leap day") << table << "2003-03-01"
+                                                              << "941"
+                                                              << ""
+                                                              << "1 optYears to Feb 29, 2004";
     QTest::newRow("a shorter unit's number isn't put back")
-        << table << "2002-01-01" << "9180" << "optWeeks optDays"
+        << table << "2002-01-01"
+        << "9180"
+        << "optWeeks optDays"
         << "80 optDays to Mar 21, 2002|52 optWeeks to Dec 30, 2002|52 optDays to Feb 21, 2002";
     QTest::newRow("months and years of a table of readings")
-        << table << "2002-01-01" << "9180" << "optMonths optYears"
+        << table << "2002-01-01"
+        << "9180"
+        << "optMonths optYears"
         << "80 optDays to Mar 21, 2002|12 optMonths to Dec 31, 2002|1 optYears to Dec 31, 2002";
     QTest::newRow("months and years of a table of days")
-        << daily << "2002-01-01" << "9180" << "optMonths optYears"
+        << daily << "2002-01-01"
+        << "9180"
+        << "optMonths optYears"
         << "80 optDays to Mar 21, 2002|24 optMonths to Dec 31, 2003|10 optYears to Dec 31, 2011";
     QTest::newRow("years of a graph of days")
-        << ReportMode::DailyGraph << "2002-01-01" << "9325" << "optYears"
+        << ReportMode::DailyGraph << "2002-01-01"
+        << "9325"
+        << "optYears"
         << "24 optMonths to Dec 31, 2003|3 optYears to Dec 31, 2004";
     QTest::newRow("spinning stops at both ends")
-        << table << "2002-01-01" << "9312" << "up optYears down optDays up"
+        << table << "2002-01-01"
+        << "9312"
+        << "up optYears down optDays up"
         << "12 optMonths to Dec 31, 2002|12 optMonths to Dec 31, 2002|1 optYears to Dec 31, 2002|"
            "1 optYears to Dec 31, 2002|1 optDays to Jan 01, 2002|2 optDays to Jan 02, 2002";
-    QTest::newRow("another begin date")
-        << table << "2002-01-01" << "921" << "2002-02-26"
-        << "1 optWeeks to Jan 07, 2002|1 optWeeks to Mar 04, 2002";
-    QTest::newRow("a code of another make")
-        << table << "2002-03-15" << "7118" << "" << "12 optMonths to Mar 14, 2003";
-    QTest::newRow("a code of an unknown unit")
-        << table << "2002-03-15" << "9518" << "" << "12 optMonths to Mar 14, 2003";
-    QTest::newRow("no code") << table << "2002-03-15" << "" << ""
+    QTest::newRow("another begin date") << table << "2002-01-01"
+                                        << "921"
+                                        << "2002-02-26"
+                                        << "1 optWeeks to Jan 07, 2002|1 optWeeks to Mar 04, 2002";
+    QTest::newRow("a code of another make") << table << "2002-03-15"
+                                            << "7118"
+                                            << ""
+                                            << "12 optMonths to Mar 14, 2003";
+    QTest::newRow("a code of an unknown unit") << table << "2002-03-15"
+                                               << "9518"
+                                               << ""
+                                               << "12 optMonths to Mar 14, 2003";
+    QTest::newRow("no code") << table << "2002-03-15"
+                             << ""
+                             << ""
                              << "12 optMonths to Mar 14, 2003";
     QTest::newRow("the annual table's own year")
-        << ReportMode::AnnualTable << "2002-03-17" << "9180" << "2003-03-01"
+        << ReportMode::AnnualTable << "2002-03-17"
+        << "9180"
+        << "2003-03-01"
         << "1 optYears to Feb 28, 2003|1 optYears to Feb 29, 2004";
 }
 
@@ -293,7 +323,7 @@ void TestOutputSettings::Series() {
     QString boxes;
     InSettings(ReportMode::DailyGraph, [&](QWidget& form) {
         for (const char* box : {"chkMean", "chkMin", "chkMax", "chkTotal"}) {
-            boxes += Child<QAbstractButton>(form, Name(box)).isChecked() ? u'1' : u'0';
+            boxes += Child<QCheckBox>(form, Name(box)).isChecked() ? u'1' : u'0';
         }
         Click(form, Name("cmdOK"));
     });
@@ -306,15 +336,24 @@ void TestOutputSettings::Increment_data() {
     QTest::addColumn<QString>("shown");
     QTest::addColumn<QString>("typed");  // "-": left alone
     QTest::addColumn<double>("saved");
-    QTest::newRow("more exact than its text") << 5.0 << "0.08" << "-" << 5.0;
-    QTest::newRow("below the text's last place") << 0.1 << "0.00" << "-" << 0.1;
-    QTest::newRow("typed") << 5.0 << "0.08" << "0.25" << 15.0;
-    QTest::newRow("read from the left") << 5.0 << "0.08" << "0.5 h" << 30.0;
-    QTest::newRow("empty") << 15.0 << "0.25" << "" << 60.0;
-    QTest::newRow("zero") << 15.0 << "0.25" << "0" << 60.0;
-    QTest::newRow("no number") << 15.0 << "0.25" << "often" << 60.0;
-    QTest::newRow("below zero") << 15.0 << "0.25" << "-2" << 60.0;
-    QTest::newRow("never set") << 0.0 << "0.00" << "-" << 60.0;
+    QTest::newRow("more exact than its text") << 5.0 << "0.08"
+                                              << "-" << 5.0;
+    QTest::newRow("below the text's last place") << 0.1 << "0.00"
+                                                 << "-" << 0.1;
+    QTest::newRow("typed") << 5.0 << "0.08"
+                           << "0.25" << 15.0;
+    QTest::newRow("read from the left") << 5.0 << "0.08"
+                                        << "0.5 h" << 30.0;
+    QTest::newRow("empty") << 15.0 << "0.25"
+                           << "" << 60.0;
+    QTest::newRow("zero") << 15.0 << "0.25"
+                          << "0" << 60.0;
+    QTest::newRow("no number") << 15.0 << "0.25"
+                               << "often" << 60.0;
+    QTest::newRow("below zero") << 15.0 << "0.25"
+                                << "-2" << 60.0;
+    QTest::newRow("never set") << 0.0 << "0.00"
+                               << "-" << 60.0;
 }
 
 void TestOutputSettings::Increment() {
@@ -348,7 +387,8 @@ void TestOutputSettings::DecimalComma() {
         TypeText(form, Name("tbMin"), QStringLiteral("-0,25"));
         Click(form, Name("cmdOK"));
     });
-    QCOMPARE(Stored(*station_), QStringLiteral("2 | 1.98 | ac-ft | -0.25 | 12345.5 | 11000 | 0 | 0"));
+    QCOMPARE(Stored(*station_),
+             QStringLiteral("2 | 1.98 | ac-ft | -0.25 | 12345.5 | 11000 | 0 | 0"));
     QCOMPARE(StationInfo.TimeIncrement, 30 * kMinute);
 }
 
