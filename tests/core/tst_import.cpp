@@ -1,3 +1,6 @@
+#include <sqlite3.h>
+
+#include <QElapsedTimer>
 #include <QFile>
 #include <QtTest>
 
@@ -96,8 +99,9 @@ private Q_SLOTS:
         doors.ExpectMessage(Counts(2, 1, 1));
         ImportFile(file);
         const QString records = station.Dump("Records");
-        QCOMPARE(records, u"2002-01-01 00:15:00 | 8.5\n2002-01-01 00:30:00 | 1.5\n"
-                          "2002-01-01 00:45:00 | NULL"_qs);
+        QCOMPARE(records,
+                 u"2002-01-01 00:15:00 | 8.5\n2002-01-01 00:30:00 | 1.5\n"
+                 "2002-01-01 00:45:00 | NULL"_qs);
         doors.ExpectMessage(Counts(0, 1, 3));
         ImportFile(file);
         QCOMPARE(station.Dump("Records"), records);
@@ -173,6 +177,36 @@ private Q_SLOTS:
         QCOMPARE(messages.texts.value(0), Counts(0, 0, 0));
         QVERIFY2(messages.texts.value(1).startsWith(u"! The file could not be read to its end!\n"),
                  qPrintable(messages.texts.value(1)));
+    }
+
+    // Each attempt waits for the lock: thousands of lines must not wait in turn.
+    void lockedByAnotherProgram() {
+        MessageLog messages;
+        StationFixture station;
+        QByteArray lines;
+        for (int minute = 0; minute < 600; ++minute) {
+            lines += "1/1/02 " + QByteArray::number(minute / 60) + ':' +
+                     QByteArray::number(100 + minute % 60).mid(1) + ",1.25\n";
+        }
+        const QString file = LoggerFile(station, lines);
+        sqlite3* other = nullptr;
+        QCOMPARE(sqlite3_open(qPrintable(station.Path()), &other), SQLITE_OK);
+        QCOMPARE(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+        QElapsedTimer timer;
+        timer.start();
+        ImportFile(file);
+        QVERIFY(timer.elapsed() < 20'000);
+        sqlite3_close(other);
+        QCOMPARE(messages.texts.value(0), Counts(600, 0, 0));
+        QVERIFY2(messages.texts.value(1).startsWith(
+                     u"! 600 of the readable records could not be stored!\n"_qs),
+                 qPrintable(messages.texts.value(1)));
+        station.Close();
+        QCOMPARE(station.Dump("Records"), QString());
+        station.Open();
+        messages.texts.clear();
+        ImportFile(file);
+        QCOMPARE(messages.texts, QStringList(Counts(600, 0, 0)));
     }
 
     void noTable() {

@@ -64,11 +64,13 @@ QByteArray Readings(int count) {
     return lines;
 }
 
-// How many of these readings the station holds, provided they are the first ones, with their values.
+// How many of these readings the station holds, provided they are the first ones, with their
+// values.
 int StoredReadings(const StationFixture& station) {
     const QString count = station.Dump("SELECT count(*) FROM Records");
     const QString good = station.Dump(
-        "SELECT count(*) FROM (SELECT DateTime AS t, row_number() OVER (ORDER BY DateTime) - 1 AS i,"
+        "SELECT count(*) FROM (SELECT DateTime AS t, row_number() OVER (ORDER BY DateTime) - 1 AS "
+        "i,"
         " chan1 FROM Records) WHERE abs(t - 37257 - i / 1440.0) < 1e-6"
         " AND abs(chan1 - 1 - (i % 900) / 100.0) < 1e-5");
     return good == count ? count.toInt() : -1;

@@ -27,7 +27,8 @@ QList<int> Numbers(const QString& text) {
     return numbers;
 }
 
-// `widths` is the date field's width and a channel's width each, as the table of the samples has it.
+// `widths` is the date field's width and a channel's width each, as the table of the samples has
+// it.
 void SetLayout(int type, const QString& widths) {
     const QList<int> numbers = Numbers(widths);
     StationInfo.ImportType = static_cast<std::int16_t>(type);
@@ -52,8 +53,8 @@ QString ImportInto(StationFixture& station, const QString& file) {
     }
     QStringList empty;
     for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
-        empty += station.Dump(qPrintable(
-            u"SELECT count(*) - count(chan%1) FROM Records"_qs.arg(chan)));
+        empty +=
+            station.Dump(qPrintable(u"SELECT count(*) - count(chan%1) FROM Records"_qs.arg(chan)));
     }
     const QString stored = station.Dump("SELECT count(*) FROM Records");
     return u"%1, %2, %3; %4"_qs.arg(match.captured(1), match.captured(2), match.captured(3),
@@ -151,8 +152,8 @@ private Q_SLOTS:
         QTest::newRow("UTF-16 little-endian") << little << u"0, 5, 0; 0"_qs;
         QTest::newRow("UTF-16 big-endian") << big << u"0, 4, 0; 0"_qs;
         QTest::newRow("UTF-8 with its mark") << "\xEF\xBB\xBF" + text << u"2, 0, 0; 0"_qs;
-        QTest::newRow("old Macintosh") << QByteArray(text).replace("\r\n", "\r")
-                                       << u"2, 0, 0; 0"_qs;
+        QTest::newRow("old Macintosh")
+            << QByteArray(text).replace("\r\n", "\r") << u"2, 0, 0; 0"_qs;
     }
     void otherEncodings() {
         QFETCH(QByteArray, bytes);
