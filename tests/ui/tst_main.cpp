@@ -120,12 +120,11 @@ public:
         return names.join(u' ');
     }
 
-private:
-    QTemporaryDir folder_;
-
-public:
     ScriptedDoors doors;
     std::unique_ptr<frmMain> window;
+
+private:
+    QTemporaryDir folder_;
 };
 
 const QString kEmptyProject = u"\"Rillbook\",\"100\"\n0\n#2002-01-01#,\"921\"\n\"\"\n"_qs;
