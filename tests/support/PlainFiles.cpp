@@ -11,6 +11,8 @@ namespace rillbook {
 void RunPlainSql(const QString& path, const QByteArray& sql, bool leaveCompanion) {
     sqlite3* database = nullptr;
     if (sqlite3_open(QFile::encodeName(path).constData(), &database) != SQLITE_OK ||
+        sqlite3_exec(database, "PRAGMA synchronous = OFF", nullptr, nullptr, nullptr) !=
+            SQLITE_OK ||
         sqlite3_exec(database, sql.constData(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         qFatal("%s: %s", sql.constData(), sqlite3_errmsg(database));
     }
