@@ -11,6 +11,7 @@
 #include "platform/ado/Connection.h"
 #include "platform/ado/JetEngine.h"
 #include "platform/ado/Recordset.h"
+#include "tests/support/AdoErrors.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/StationFixture.h"
 
@@ -20,17 +21,6 @@ namespace {
 
 QString Source(const QString& path) {
     return u"Provider = Microsoft.Jet.OLEDB.4.0; Data Source = "_qs + path;
-}
-
-// 0 for success.
-template <typename Step>
-int ErrorOf(const Step& step) {
-    try {
-        step();
-        return 0;
-    } catch (const AdoError& error) {
-        return error.Number();
-    }
 }
 
 int OpenError(const QString& path) {

@@ -6,22 +6,13 @@
 #include "platform/ado/Database.h"
 #include "platform/ado/Recordset.h"
 #include "platform/text/Regional.h"
+#include "tests/support/AdoErrors.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/StationFixture.h"
 
 using namespace rillbook;
 
 namespace {
-
-template <typename Step>
-int ErrorOf(const Step& step) {
-    try {
-        step();
-        return 0;
-    } catch (const AdoError& error) {
-        return error.Number();
-    }
-}
 
 QString FieldText(const Field& field) {
     return field.IsNull() ? u"NULL"_qs : field.Text();

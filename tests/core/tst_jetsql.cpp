@@ -1,9 +1,9 @@
 #include <QtTest>
 
-#include "platform/ado/AdoError.h"
 #include "platform/ado/Connection.h"
 #include "platform/ado/JetSql.h"
 #include "platform/ado/Recordset.h"
+#include "tests/support/AdoErrors.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/StationFixture.h"
 
@@ -57,17 +57,15 @@ private Q_SLOTS:
     void translates() {
         QFETCH(QString, statement);
         QFETCH(QString, sqlite);
-        QString translated;
-        try {
+        QString translated = u"error"_qs;
+        const int error = ErrorOf([&] {
             const JetStatement result = TranslateJetSql(statement);
             translated = result.kind == JetStatement::Kind::Plain
                              ? QString::fromUtf8(result.sql)
                              : QStringList{result.table, result.column, result.type}.join(u"; ");
-        } catch (const AdoError& error) {
-            QCOMPARE(error.Number(), int(adErrSyntax));
-            translated = u"error"_qs;
-        }
+        });
         QCOMPARE(translated, sqlite);
+        QCOMPARE(error, sqlite == u"error" ? int(adErrSyntax) : 0);
     }
 
     // A bound that lost its last bit on the way through the text would lose the reading on it.
@@ -147,12 +145,7 @@ private Q_SLOTS:
 
 private:
     int ExecuteError(const QString& statement) {
-        try {
-            connection_.Execute(statement);
-            return 0;
-        } catch (const AdoError& error) {
-            return error.Number();
-        }
+        return ErrorOf([&] { connection_.Execute(statement); });
     }
 
     // The statements that make the table, then its rows.
@@ -164,9 +157,7 @@ private:
                  .arg(table),
              table}) {
             Recordset rows;
-            try {
-                rows.Open(source, connection_);
-            } catch (const AdoError&) {
+            if (ErrorOf([&] { rows.Open(source, connection_); }) != 0) {
                 break;
             }
             for (; !rows.Eof(); rows.MoveNext()) {
