@@ -1,5 +1,8 @@
 #include "platform/ado/ReadCursor.h"
 
+#include "platform/ado/SelectParts.h"
+#include "platform/ado/SqlTokens.h"
+
 namespace rillbook::ado {
 
 ReadCursor::ReadCursor(Database& database, const QByteArray& select)
@@ -54,7 +57,11 @@ void ReadCursor::MoveNext() {
 
 std::int64_t ReadCursor::RecordCount() {
     if (!count_) {
-        Statement counting(database().handle(), "SELECT count(*) FROM (" + select_ + ")");
+        // Without the columns and the order, the rows needn't be taken apart to be counted.
+        const std::optional<SelectParts> parts = PartsOfSelect(select_);
+        const QByteArray rows =
+            parts ? QuotedName(parts->table).toUtf8() + ' ' + parts->where : '(' + select_ + ')';
+        Statement counting(database().handle(), "SELECT count(*) FROM " + rows);
         counting.Step();
         count_ = counting.Integer(0);
     }

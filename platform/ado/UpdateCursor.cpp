@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "platform/ado/SelectParts.h"
 #include "platform/ado/SqlTokens.h"
 
 namespace rillbook::ado {
@@ -16,37 +17,18 @@ namespace {
 
 }  // namespace
 
-SelectParts PartsOfSelect(const QByteArray& select) {
-    const QString statement = QString::fromUtf8(select);
-    const std::vector<SqlToken> tokens = TokensOf(statement);
-    for (std::size_t i = 0; i + 1 < tokens.size(); ++i) {
-        if (!tokens[i].IsWord(u"FROM")) {
-            continue;
-        }
-        const SqlToken& table = tokens[i + 1];
-        const bool isName =
-            table.kind == SqlToken::Kind::Word || table.kind == SqlToken::Kind::Name;
-        const bool isOnly = i + 2 == tokens.size() || tokens[i + 2].IsWord(u"WHERE") ||
-                            tokens[i + 2].IsWord(u"ORDER");
-        if (!isName || !isOnly) {
-            break;
-        }
-        const qsizetype behind =
-            table.text.data() + table.text.size() - QStringView(statement).data();
-        return {table.Identifier(), statement.mid(behind).toUtf8()};
-    }
-    RaiseNoKey(statement);
-}
-
 UpdateCursor::UpdateCursor(Database& database, const QByteArray& select) : Cursor(database) {
     const Statement columns(database.handle(), select);
     TakeColumns(columns);
     row_.resize(Columns().size());
     changed_.resize(Columns().size());
-    const SelectParts parts = PartsOfSelect(select);
-    table_ = QuotedName(parts.table).toUtf8();
-    condition_ = parts.condition;
-    FindKey(parts.table);
+    const std::optional<SelectParts> parts = PartsOfSelect(select);
+    if (!parts) {
+        RaiseNoKey(QString::fromUtf8(select));
+    }
+    table_ = QuotedName(parts->table).toUtf8();
+    condition_ = ' ' + parts->where + ' ' + parts->order;
+    FindKey(parts->table);
     load_ = Statement(database.handle(), "SELECT " + ColumnList() + " FROM " + table_ + " WHERE " +
                                              keyColumn_ + " = ?1");
 }

@@ -6,15 +6,6 @@
 
 namespace rillbook::ado {
 
-// A SELECT on one table, in pieces.
-struct SelectParts {
-    QString table;         // its name
-    QByteArray condition;  // what follows the table: WHERE, ORDER BY
-};
-
-// Raises adErrNotUpdatable for anything but a SELECT on one table.
-SelectParts PartsOfSelect(const QByteArray& select);
-
 // Holds the keys of its rows, read when the first row is asked for, and the values of one row.
 // A row that has left the table since is passed over.
 class UpdateCursor : public Cursor {

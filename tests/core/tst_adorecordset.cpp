@@ -92,6 +92,29 @@ private Q_SLOTS:
         }
     }
 
+    // Each is counted as it is walked, though not by the rows of one table.
+    void countsOtherForms_data() {
+        QTest::addColumn<QString>("select");
+        QTest::addColumn<int>("count");
+        QTest::newRow("total") << u"SELECT max(chan1) FROM Records"_qs << 1;
+        QTest::newRow("different ones")
+            << u"SELECT DISTINCT chan1 > 2 AS high FROM Records ORDER BY high"_qs << 2;
+        QTest::newRow("groups") << u"SELECT chan1 FROM Records GROUP BY chan1 > 1"_qs << 2;
+        QTest::newRow("some") << u"SELECT * FROM Records LIMIT 3"_qs << 3;
+        QTest::newRow("two tables") << u"SELECT * FROM Records, Information"_qs << 12;
+        QTest::newRow("no table") << u"SELECT 1"_qs << 1;
+    }
+    void countsOtherForms() {
+        QFETCH(QString, select);
+        QFETCH(int, count);
+        Recordset rows;
+        QCOMPARE(ErrorOf([&] { rows.Open(select, *connection_, adOpenStatic, adLockOptimistic); }),
+                 int(adErrNotUpdatable));
+        rows.Open(select, *connection_, adOpenStatic, adLockReadOnly);
+        QCOMPARE(rows.RecordCount(), count);
+        QCOMPARE(Rest(rows).count(u';'), count - 1);
+    }
+
     void refusals() {
         Recordset rows;
         const auto open = [&](const char* source) {
