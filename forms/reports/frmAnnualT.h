@@ -31,7 +31,7 @@ private:
     DailyStatistic CheckedStatistic() const;
     void FillGrid();
     void FillCaption();
-    void PlaceHeads();
+    void MakeRoomForTitle();
     void CopySelection();
     void ShowSettings();
 
