@@ -13,6 +13,7 @@ function(rillbook_add_test NAME)
   set_target_properties(${NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
   set(home "${PROJECT_BINARY_DIR}/test-home/${NAME}")
   file(MAKE_DIRECTORY "${home}")
+  file(CHMOD "${home}" DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
   add_test(NAME ${NAME} COMMAND ${NAME} WORKING_DIRECTORY "${home}")
   set_tests_properties(${NAME} PROPERTIES
     TIMEOUT ${T_TIMEOUT}

@@ -27,11 +27,6 @@ void Tell(const QString& text) {
     MsgBox(text, MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
 }
 
-void SizeSeries(std::size_t readings) {
-    InstTimes.assign(readings + 2, 0);
-    InstValues.assign(readings + 2, 0);
-}
-
 // False, the user having been told, where the channel lacks what it asks for.
 bool LoadReferences(int chan, const Corrections& wanted) {
     if (wanted.rating) {
@@ -77,23 +72,25 @@ void ReadSeries(DateTime from, DateTime to, int chan, const Corrections& wanted)
         Tell(QStringLiteral("No data within dates!"));
         return;
     }
-    const std::int64_t rows = records.RecordCount();
-    SizeSeries(static_cast<std::size_t>(rows));
     RatingCursor = 1;
     TableCursor = 1;
     OffsetCursor = 1;
     const Field time = records.Fields(u"DateTime");
     const Field reading = records.Fields(chan);
-    std::size_t kept = 0;
-    for (std::int64_t row = 0; row < rows && !records.Eof(); ++row, records.MoveNext()) {
+    InstTimes.resize(1);
+    InstValues.resize(1);
+    std::size_t rows = 0;  // counted on the way: to ask for their number would walk them twice
+    for (; !records.Eof(); records.MoveNext()) {
+        ++rows;
         if (reading.IsNumeric()) {
-            ++kept;
             const DateTime t = time.Number();
-            InstTimes[kept] = t;
-            InstValues[kept] = Corrected(t, reading.Number(), wanted);
+            InstTimes.push_back(t);
+            InstValues.push_back(Corrected(t, reading.Number(), wanted));
         }
     }
-    InstCount = static_cast<std::int32_t>(kept);
+    InstCount = static_cast<std::int32_t>(InstTimes.size()) - 1;
+    InstTimes.resize(rows + 2);
+    InstValues.resize(rows + 2);
 }
 
 }  // namespace
@@ -117,7 +114,8 @@ void ResetCompute() {
     RatingRows.clear();
     RatingTables.clear();
     OffsetCursor = RatingCursor = TableCursor = 1;
-    SizeSeries(0);
+    InstTimes.assign(2, 0);
+    InstValues.assign(2, 0);
     InstCount = 0;
 }
 

@@ -8,7 +8,8 @@
 namespace rillbook {
 
 // The instantaneous series of one channel, entries 1 to InstCount, in ascending time. Entry 0 is
-// not used. A value that a journal row without readings made impossible is NaN.
+// not used, and there is always a spare one behind the last, which holds no reading. A value that a
+// journal row without readings made impossible is NaN.
 extern std::vector<DateTime> InstTimes;
 extern std::vector<double> InstValues;
 extern std::int32_t InstCount;

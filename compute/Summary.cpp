@@ -16,12 +16,19 @@ std::int32_t DailyCount = 0;
 
 namespace {
 
-constexpr DateTime kHalfMillisecond = 0.0005 / 86400;
+constexpr double kMillisecondsInDay = 86400000;
+constexpr DateTime kHalfMillisecond = 0.5 / kMillisecondsInDay;
+
+// Weights count in whole milliseconds. Spans in days are off by a fraction of a microsecond, by
+// which a mean of evenly spaced readings would miss their plain average and round to another digit.
+double Weight(DateTime span) {
+    return std::round(span * kMillisecondsInDay);
+}
 
 // The readings of the day that is being gathered.
 class DayInProgress {
 public:
-    void Count(double value, DateTime weight) {
+    void Count(double value, double weight) {
         weightedSum_ += value * weight;
         weights_ += weight;
         sum_ += value;
@@ -48,7 +55,7 @@ public:
 
 private:
     double weightedSum_ = 0;
-    DateTime weights_ = 0;
+    double weights_ = 0;
     double sum_ = 0;
     double lowest_ = 1E+99;
     double highest_ = -1E+99;
@@ -75,7 +82,7 @@ void LoadDailySeries(DateTime from, DateTime to, int chan) {
             continue;
         }
         const DateTime step = InstTimes[next] - InstTimes[current];
-        readings.Count(InstValues[current], IsGap(step, increment) ? increment : step);
+        readings.Count(InstValues[current], Weight(IsGap(step, increment) ? increment : step));
         const DateTime nextDay = std::floor(InstTimes[next]);
         if (nextDay > day) {
             readings.Complete(day);
@@ -83,7 +90,7 @@ void LoadDailySeries(DateTime from, DateTime to, int chan) {
         current = next;
         day = nextDay;
     }
-    readings.Count(InstValues[current], increment);
+    readings.Count(InstValues[current], Weight(increment));
     readings.Complete(day);
 }
 

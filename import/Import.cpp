@@ -1,7 +1,9 @@
 #include "import/Import.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <optional>
 #include <vector>
@@ -47,6 +49,9 @@ LoggerLayout StationLayout() {
 
 // Appends readings to the table Records. What the store refuses is counted, and no value of it
 // reaches the next record.
+//
+// While another program holds the file, each attempt waits for it. After some in a row the rest is
+// counted without an attempt: an hour before a dead window helps nobody.
 class RecordAppender {
 public:
     explicit RecordAppender(ImportCounts& counts) : counts_(counts) {
@@ -54,18 +59,19 @@ public:
         try {
             records_.Open(QStringLiteral("Records"), *StationConnection);
             // Channel i belongs to the column at position i; without a column it has no place.
-            const int last = std::min<int>(StationInfo.Channels, records_.FieldCount() - 1);
+            const int last = std::clamp<int>(StationInfo.Channels, 0, records_.FieldCount() - 1);
             for (int position = 0; position <= last; ++position) {
                 fields_.push_back(records_.Fields(position));
             }
         } catch (const AdoError& error) {
-            openFault_ = error;
+            isGivenUp_ = true;
+            counts_.unstoredReason = error.Description();
         }
     }
 
     void Append(const LoggerReading& reading) {
-        if (openFault_) {
-            CountRefused(*openFault_);
+        if (isGivenUp_) {
+            CountUp(counts_.unstored);
             return;
         }
         try {
@@ -81,6 +87,7 @@ public:
                 SetChannel(fields_[chan], reading.channels[chan - 1]);
             }
             records_.Update();
+            failuresInRow_ = 0;
         } catch (const AdoError& error) {
             CountRefused(error);
             Attempt([this] { records_.CancelUpdate(); });
@@ -106,18 +113,34 @@ private:
     void CountRefused(const AdoError& error) {
         if (error.Number() == adErrDuplicate) {
             CountUp(counts_.duplicates);
+            failuresInRow_ = 0;
             return;
         }
         if (counts_.unstored == 0) {
             counts_.unstoredReason = error.Description();
         }
         CountUp(counts_.unstored);
+        CountFailure();
+    }
+
+    // A locked file fails after a wait, a full disk at once.
+    void CountFailure() {
+        constexpr int mostWaits = 6;
+        constexpr qint64 wait = 100;  // milliseconds
+        if (failuresInRow_ == 0) {
+            sinceFirstFailure_.start();
+        }
+        ++failuresInRow_;
+        isGivenUp_ =
+            failuresInRow_ > mostWaits && sinceFirstFailure_.elapsed() > wait * failuresInRow_;
     }
 
     ImportCounts& counts_;
     Recordset records_;
     std::vector<Field> fields_;  // DateTime, then the channels
-    std::optional<AdoError> openFault_;
+    QElapsedTimer sinceFirstFailure_;
+    std::int64_t failuresInRow_ = 0;
+    bool isGivenUp_ = false;
 };
 
 // Holds the station's file for the length of an import.

@@ -1,9 +1,9 @@
 #include "forms/main/DesktopApplication.h"
 
-#include <QFont>
 #include <QScopedValueRollback>
 
 #include "platform/desktop/MsgBox.h"
+#include "platform/qt/FormFont.h"
 
 namespace rillbook {
 
@@ -17,10 +17,7 @@ void TellFailure(const std::exception& failure) {
 }
 
 DesktopApplication::DesktopApplication(int& argc, char** argv) : QApplication(argc, argv) {
-    // Eight points at the 96 dots to the inch that a pixel of 15 twips stands for.
-    QFont font(QStringLiteral("Arial"));
-    font.setPixelSize(11);
-    setFont(font);
+    setFont(FormFont());
 }
 
 bool DesktopApplication::notify(QObject* receiver, QEvent* event) {

@@ -16,8 +16,9 @@ NotesEdit::NotesEdit(QWidget* parent) : QPlainTextEdit(parent) {
 
 void NotesEdit::keyPressEvent(QKeyEvent* event) {
     const QString text = event->text();
-    const bool inserts = !text.isEmpty() && (text.at(0).isPrint() || text.at(0).isHighSurrogate() ||
-                                             text.at(0) == u'\r');
+    const bool isCommand = (event->modifiers() & ~Qt::ShiftModifier) == Qt::ControlModifier;
+    const bool inserts = !isCommand && !text.isEmpty() &&
+                         (text.at(0).isPrint() || text.at(0).isSurrogate() || text.at(0) == u'\r');
     if (inserts && ThatFits(text) != text) {
         return;
     }

@@ -1,6 +1,7 @@
 #include "platform/qt/GridModel.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "platform/text/Numbers.h"
 
@@ -15,7 +16,7 @@ std::size_t CellCount(int rows, int cols) {
 }  // namespace
 
 std::size_t GridModel::At(int row, int col) const {
-    Q_ASSERT(Holds(row, col));
+    assert(Holds(row, col));
     return CellCount(row, cols_) + static_cast<std::size_t>(col);
 }
 

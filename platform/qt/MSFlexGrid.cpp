@@ -2,11 +2,15 @@
 
 #include <QAbstractButton>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <QTextDocument>
+#include <QToolTip>
 #include <algorithm>
 
+#include "platform/qt/FormFont.h"
 #include "platform/qt/GridModel.h"
 #include "platform/qt/Twips.h"
 
@@ -20,6 +24,7 @@ constexpr int kDefaultRowTwips = 240;
 }  // namespace
 
 MSFlexGrid::MSFlexGrid(QWidget* parent) : QTableView(parent), model_(new GridModel(this)) {
+    setFont(FormFont());
     setModel(model_);
     setEditTriggers(NoEditTriggers);
     setSelectionMode(ContiguousSelection);
@@ -61,13 +66,18 @@ void MSFlexGrid::FollowFixedCells() {
 void MSFlexGrid::UseDefaultSizes() {
     const QFontMetrics metrics(font());
     const int height = std::max(ToPixels(kDefaultRowTwips), metrics.height() + 2);
-    const int margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
-    const int date = metrics.horizontalAdvance(QStringLiteral("00/00/0000")) + margins + 1;
+    const int date = WidthOf(QStringLiteral("00/00/0000"));
     const int width = std::max(ToPixels(kDefaultColumnTwips), date);
     verticalHeader()->setDefaultSectionSize(height);
     verticalHeader()->setFixedWidth(width);
     horizontalHeader()->setDefaultSectionSize(width);
     horizontalHeader()->setFixedHeight(height);
+}
+
+// Of a column that shows this text whole, in pixels.
+int MSFlexGrid::WidthOf(const QString& text) const {
+    const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
+    return fontMetrics().horizontalAdvance(text) + 2 * margin + 1;
 }
 
 void MSFlexGrid::changeEvent(QEvent* event) {
@@ -295,10 +305,11 @@ void MSFlexGrid::SetTopRow(int row) {
     verticalScrollBar()->setValue(row - 1);
 }
 
-bool MSFlexGrid::RowIsVisible(int row) const {
+bool MSFlexGrid::RowIsVisible(int row) {
     if (row == 0) {
         return true;
     }
+    Refresh();
     const int top = rowViewportPosition(row - 1);
     return row < Rows() && top >= 0 && top + rowHeight(row - 1) <= viewport()->height();
 }
@@ -341,6 +352,20 @@ bool MSFlexGrid::eventFilter(QObject* watched, QEvent* event) {
             break;
     }
     return QTableView::eventFilter(watched, event);
+}
+
+// A text that its cell cuts off shows whole under the resting pointer.
+bool MSFlexGrid::viewportEvent(QEvent* event) {
+    if (event->type() != QEvent::ToolTip) {
+        return QTableView::viewportEvent(event);
+    }
+    const auto* help = static_cast<QHelpEvent*>(event);
+    const QModelIndex cell = indexAt(help->pos());
+    const QString text = TextMatrix(cell.row() + 1, cell.column() + 1);
+    const bool cutOff = cell.isValid() && WidthOf(text) > columnWidth(cell.column());
+    QToolTip::showText(help->globalPos(), cutOff ? Qt::convertFromPlainText(text) : QString(),
+                       viewport(), visualRect(cell));
+    return true;
 }
 
 void MSFlexGrid::mousePressEvent(QMouseEvent* event) {
@@ -418,62 +443,61 @@ void MSFlexGrid::keyPressEvent(QKeyEvent* event) {
     }
 }
 
+// The nearest column in a direction that has any width; `col` where there is none.
+int MSFlexGrid::ColumnBeside(int col, int step) const {
+    int next = col + step;
+    while (next > 0 && next < Cols() && columnWidth(next - 1) == 0) {
+        next += step;
+    }
+    return next > 0 && next < Cols() ? next : col;
+}
+
+// Where a key leads from a cell (x is the column); nothing for a key that doesn't move.
+std::optional<QPoint> MSFlexGrid::Target(const QPoint& from, int key, bool toEdge) const {
+    const int last = Rows() - 1;
+    const int page = viewport()->height() / std::max(1, verticalHeader()->defaultSectionSize()) - 1;
+    const auto down = [&](int rows) {
+        return QPoint(from.x(), std::clamp(from.y() + rows, 1, last));
+    };
+    switch (key) {
+        case Qt::Key_Up:
+            return down(-1);
+        case Qt::Key_Down:
+            return down(1);
+        case Qt::Key_PageUp:
+            return down(-std::max(1, page));
+        case Qt::Key_PageDown:
+            return down(std::max(1, page));
+        case Qt::Key_Left:
+            return QPoint(ColumnBeside(from.x(), -1), from.y());
+        case Qt::Key_Right:
+            return QPoint(ColumnBeside(from.x(), 1), from.y());
+        case Qt::Key_Home:
+            return QPoint(ColumnBeside(0, 1), toEdge ? 1 : from.y());
+        case Qt::Key_End:
+            return QPoint(ColumnBeside(Cols(), -1), toEdge ? last : from.y());
+        default:
+            return std::nullopt;
+    }
+}
+
 // A key that moves the current cell, or with Shift the far corner of the selection.
 bool MSFlexGrid::Navigate(const QKeyEvent& event) {
     const bool extends = event.modifiers().testFlag(Qt::ShiftModifier);
-    const bool whole = event.modifiers().testFlag(Qt::ControlModifier);
-    int row = extends ? RowSel() : Row();
-    int col = extends ? ColSel() : Col();
-    const int page = std::max(1, viewport()->height() / verticalHeader()->defaultSectionSize() - 1);
-    // A column of no width is out of sight and left out.
-    const auto sideways = [&](int step) {
-        int next = col + step;
-        while (next > 0 && next < Cols() && columnWidth(next - 1) == 0) {
-            next += step;
-        }
-        if (next > 0 && next < Cols()) {
-            col = next;
-        }
-    };
-    switch (event.key()) {
-        case Qt::Key_Up:
-            row -= 1;
-            break;
-        case Qt::Key_Down:
-            row += 1;
-            break;
-        case Qt::Key_PageUp:
-            row -= page;
-            break;
-        case Qt::Key_PageDown:
-            row += page;
-            break;
-        case Qt::Key_Left:
-            sideways(-1);
-            break;
-        case Qt::Key_Right:
-            sideways(1);
-            break;
-        case Qt::Key_Home:
-            col = 0;
-            sideways(1);
-            row = whole ? 1 : row;
-            break;
-        case Qt::Key_End:
-            col = Cols();
-            sideways(-1);
-            row = whole ? Rows() - 1 : row;
-            break;
-        default:
-            return false;
+    const QPoint from = extends ? QPoint(ColSel(), RowSel()) : QPoint(Col(), Row());
+    if (!currentIndex().isValid()) {
+        return false;
     }
-    row = std::clamp(row, 1, std::max(1, Rows() - 1));
+    const auto to = Target(from, event.key(), event.modifiers().testFlag(Qt::ControlModifier));
+    if (!to) {
+        return false;
+    }
     if (extends) {
-        SetSelection(Row(), Col(), row, col);
+        SetSelection(Row(), Col(), to->y(), to->x());
     } else {
-        SetSelection(row, col, row, col);
+        SetSelection(to->y(), to->x(), to->y(), to->x());
     }
-    scrollTo(model_->index(row - 1, col - 1));
+    scrollTo(model_->index(to->y() - 1, to->x() - 1));
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QTableView>
+#include <optional>
 
 namespace rillbook {
 
@@ -73,14 +74,14 @@ public:
     int TopRow() const;
     void SetTopRow(int row);
     // Wholly in view.
-    bool RowIsVisible(int row) const;
+    bool RowIsVisible(int row);
 
     // The cell under the mouse pointer at the last press, release or double click, 0 over fixed
     // cells; -1 before the first and where there is no cell.
     int MouseRow() const;
     int MouseCol() const;
 
-    // Brings positions up to date with texts and sizes, and repaints.
+    // Brings positions up to date with rows, columns and sizes, and repaints.
     void Refresh();
 
     void selectAll() override;
@@ -96,6 +97,7 @@ protected:
     void changeEvent(QEvent* event) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void keyPressEvent(QKeyEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
@@ -103,10 +105,13 @@ protected:
 private:
     void FollowFixedCells();
     void UseDefaultSizes();
+    int WidthOf(const QString& text) const;
     void NoteMouse(const QPoint& screenPosition);
     void NoteCurrent();
     void MoveCurrent(const QModelIndex& cell);
     void CurrentToTopLeft();
+    int ColumnBeside(int col, int step) const;
+    std::optional<QPoint> Target(const QPoint& from, int key, bool toEdge) const;
     bool Navigate(const QKeyEvent& event);
     QRect SelectedCells() const;
 

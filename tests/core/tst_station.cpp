@@ -86,10 +86,10 @@ private Q_SLOTS:
         QCOMPARE(station.panel.Text(Item::BeginDate), u"1/31/2002"_qs);
         QCOMPARE(station.panel.Text(Item::EndDate), u"2/2/2002"_qs);
         const char* header = "SELECT noofrec, begdate, EndDate, Name, notes FROM Information";
-        QCOMPARE(station.Dump(header), u"Empty | NULL | NULL | NULL | NULL\n"_qs);
+        QCOMPARE(station.Dump(header), u"Empty | NULL | NULL | NULL | NULL"_qs);
         station.panel.SetText(Item::Notes, u"Gauge moved"_qs);
         WriteStationInfo();
-        QCOMPARE(station.Dump(header), u"3 | 1/31/2002 | 2/2/2002 | NULL | Gauge moved\n"_qs);
+        QCOMPARE(station.Dump(header), u"3 | 1/31/2002 | 2/2/2002 | NULL | Gauge moved"_qs);
     }
 
     void carriesEverySettingThroughTheFile() {
@@ -124,7 +124,7 @@ private Q_SLOTS:
         station.panel.SetText(Item::Name, u"Upper \"creek\""_qs);
         const QString row =
             u"%1 | %2 | %3 | /logger/ | 3 | 17 | 2 | 0.25 | 1 | 0 | 1 | 1 | 12 | 1.1 | -0.3 | "
-            u"10101 | 1.98 | hm³ | ft1 | NULL | Weir1 | cfs | Flow\n"_qs;
+            u"10101 | 1.98 | hm³ | ft1 | NULL | Weir1 | cfs | Flow"_qs;
         const char* columns =
             "SELECT Name, channels, noofrec, importdir, importtype, importdtwidth, outputchannel, "
             "CAST(timeincrement AS TEXT), Conversion, calibration, secondary, digitsout, "
@@ -176,7 +176,7 @@ private Q_SLOTS:
         QCOMPARE(ChannelInfo[1].RecDesc, QString());
         ChannelInfo[1].RecDesc = u"Stage"_qs;
         CloseDB();
-        QCOMPARE(station.Dump("SELECT recdesc, recsta FROM Information"), u"Stage | NULL\n"_qs);
+        QCOMPARE(station.Dump("SELECT recdesc, recsta FROM Information"), u"Stage | NULL"_qs);
     }
 
     void opensADatabaseWithoutAHeader() {

@@ -9,7 +9,7 @@
 namespace rillbook {
 
 QString ValueText(double value) {
-    return QString::number(value, 'g', 12);
+    return QString::number(value, 'g', 9);
 }
 
 QString SeriesText() {

@@ -10,7 +10,7 @@ class StationFixture;
 // How a data row of a test fills its station.
 using Story = std::function<void(StationFixture&)>;
 
-// Twelve digits: what arithmetic in doubles leaves behind them isn't hydrography.
+// Nine digits: what spans of time in doubles leave behind them isn't hydrography.
 QString ValueText(double value);
 
 // The instantaneous series, "2002-01-01 00:15:00 1.2" a line.

@@ -102,7 +102,9 @@ void CreateStationFile(const QString& path, int channels) {
     }
     QFile::remove(path);
     const Database database = OpenFile(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    Run(database.get(), "PRAGMA synchronous = OFF");  // it needn't survive the machine
     Run(database.get(), script.readAll());
+    Run(database.get(), "BEGIN");
     for (int chan = 2; chan <= channels; ++chan) {
         const QByteArray number = QByteArray::number(chan);
         Run(database.get(), "ALTER TABLE Records ADD COLUMN chan" + number + " SINGLE");
@@ -111,6 +113,7 @@ void CreateStationFile(const QString& path, int channels) {
             "UPDATE Information SET recsta = 'Channel " + number + "' WHERE rowid = " + number);
     }
     Run(database.get(), "UPDATE Information SET channels = " + QByteArray::number(channels));
+    Run(database.get(), "COMMIT");
 }
 
 QString DumpTable(const QString& path, const QString& tableOrQuery) {

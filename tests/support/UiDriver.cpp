@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QPointer>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QtTest/QTest>
 #include <deque>
@@ -59,7 +60,10 @@ void Trigger(QWidget& form, const QString& actionName) {
 void Click(QWidget& form, const QString& buttonName) {
     auto* button = FindChild<QAbstractButton>(form, buttonName);
     if (button != nullptr && IsUsable(*button)) {
-        QTest::mouseClick(button, Qt::LeftButton);
+        // On the button's face: boxes with a mark have it at their left.
+        const bool hasMark = button->isCheckable() && qobject_cast<QPushButton*>(button) == nullptr;
+        const QPoint at(hasMark ? 8 : button->width() / 2, button->height() / 2);
+        QTest::mouseClick(button, Qt::LeftButton, {}, at);
     } else {
         FailTest(QStringLiteral("Button %1 can't be used").arg(buttonName));
     }

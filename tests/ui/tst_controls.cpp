@@ -1,11 +1,10 @@
 #include <QAbstractItemModelTester>
 #include <QCalendarWidget>
 #include <QElapsedTimer>
-#include <QHeaderView>
+#include <QHelpEvent>
 #include <QLineEdit>
-#include <QScrollBar>
 #include <QSignalSpy>
-#include <QToolButton>
+#include <QToolTip>
 #include <QtTest/QTest>
 
 #include "platform/qt/DTPicker.h"
@@ -258,6 +257,23 @@ private Q_SLOTS:
         QVERIFY(grid.RowPos(1) < 0);
     }
 
+    // Forms place their grids before they show them.
+    void scrollsBeforeItIsShown() {
+        MSFlexGrid grid;
+        grid.resize(300, 200);
+        grid.SetRows(90);
+        grid.SetRow(60);
+        QVERIFY(grid.RowIsVisible(10));
+        QVERIFY(!grid.RowIsVisible(60));
+        grid.SetTopRow(55);
+        QVERIFY(grid.RowIsVisible(60));
+        grid.show();
+        QCOMPARE(grid.TopRow(), 55);
+        grid.SetTopRow(1);
+        grid.SetTopRow(90);
+        QVERIFY(grid.RowIsVisible(89));
+    }
+
     void heightsHoldForRowsToCome() {
         MSFlexGrid grid;
         const int head = grid.RowHeight(0);
@@ -297,6 +313,19 @@ private Q_SLOTS:
         const qint64 elapsed = clock.elapsed();
         QCOMPARE(clip.size(), (kRows - 1) * qsizetype{27} - 1);
         QVERIFY2(elapsed < 3000, qPrintable(u"%1 ms"_qs.arg(elapsed)));
+    }
+
+    void cutOffTextsShowUnderThePointer() {
+        NumberedGrid grid(4, 3);
+        grid.SetTextMatrix(1, 2, u"gauge <b>moved</b> to the left bank"_qs);
+        const auto tip = [&](int col) {
+            const QPoint spot = grid.Spot(1, col).second;
+            QHelpEvent rest(QEvent::ToolTip, spot, grid.viewport()->mapToGlobal(spot));
+            QCoreApplication::sendEvent(grid.viewport(), &rest);
+            return QToolTip::text();
+        };
+        QCOMPARE(tip(1), QString());
+        QVERIFY(tip(2).contains(u"&lt;b&gt;moved"_qs));
     }
 
     void keysOfTheFormPassThrough() {

@@ -1,17 +1,14 @@
-#pragma once
-
+// Linked into a program, ends it at once when its first window has been exposed and painted.
 #include <QCoreApplication>
 #include <QEvent>
-#include <QExposeEvent>
 #include <QTimer>
 #include <cstdlib>
 
-namespace rillbook {
+namespace {
 
-// Ends the process at once when the first window has been exposed and painted.
 class QuitOnExpose : public QObject {
 public:
-    explicit QuitOnExpose(QCoreApplication& application) { application.installEventFilter(this); }
+    using QObject::QObject;
 
 private:
     bool eventFilter(QObject*, QEvent* event) override {
@@ -22,4 +19,11 @@ private:
     }
 };
 
-}  // namespace rillbook
+void Watch() {
+    QCoreApplication::instance()->installEventFilter(
+        new QuitOnExpose(QCoreApplication::instance()));
+}
+
+}  // namespace
+
+Q_COREAPP_STARTUP_FUNCTION(Watch)
