@@ -68,6 +68,7 @@ void DrawStation(QPainter& painter) {
 
 // A hydrograph: a quick rise and a slow fall.
 void DrawChannel(QPainter& painter) {
+    painter.fillRect(QRectF(2, 1.5, 13, 12.5), kPaper);
     painter.drawPolyline(QPolygonF({{2, 1.5}, {2, 14}, {15, 14}}));
     painter.setPen(QPen(kWater, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     QPainterPath path(QPointF(3.5, 11.5));

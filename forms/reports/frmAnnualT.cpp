@@ -1,5 +1,6 @@
 #include "forms/reports/frmAnnualT.h"
 
+#include <QFontDatabase>
 #include <QResizeEvent>
 #include <algorithm>
 #include <cstddef>
@@ -27,6 +28,13 @@ const RememberedWindow kPlace{AnnualH, AnnualW, AnnualT, AnnualL, AnnualM};
 // To 23:45:36 of the last day: a reading at the midnight after it belongs to the next period.
 constexpr DateTime kMostOfADay = 0.99;
 
+// A family that the desktop hasn't would give way to a wider one than the form has room for.
+QFont FontOfForm(const QString& family) {
+    QFont font(QFontDatabase::hasFamily(family) ? family : QStringLiteral("Arial"));
+    font.setPointSizeF(8.25);
+    return font;
+}
+
 QString StatisticWord(DailyStatistic statistic) {
     switch (statistic) {
         case DailyStatistic::Minimum:
@@ -47,14 +55,11 @@ frmAnnualT::frmAnnualT(const QString& projectName, QWidget* parent)
     : QDialog(parent), ui_(std::make_unique<Ui::frmAnnualT>()) {
     setWindowFlags(windowFlags() | Qt::WindowMinMaxButtonsHint);
     ui_->setupUi(this);
-    // The rows of the sheet are cut to these sizes, whatever the desktop's font.
-    QFont formFont(QStringList{QStringLiteral("MS Sans Serif"), QStringLiteral("Arial")});
-    formFont.setPointSizeF(8.25);
-    ui_->client->setFont(formFont);
-    QFont titleFont = formFont;
+    QFont titleFont = FontOfForm(QStringLiteral("MS Sans Serif"));
     titleFont.setBold(true);
     ui_->lblTitle1->setFont(titleFont);
     ui_->lblTitle2->setFont(titleFont);
+    ui_->MSFlexGrid1->setFont(FontOfForm(QStringLiteral("Arial")));
 
     kPlace.Restore(*this);
     setWindowTitle(QStringLiteral("Summary Table - ") + projectName);
@@ -80,14 +85,10 @@ void frmAnnualT::resizeEvent(QResizeEvent* event) {
         grid.setHeight(height() - ToPixels(1600));
     }
     ui_->MSFlexGrid1->resize(grid);
-    PlaceHeads();
 }
 
 void frmAnnualT::SetUpGrid() {
     MSFlexGrid& grid = *ui_->MSFlexGrid1;
-    QFont font(QStringLiteral("Arial"));
-    font.setPointSizeF(8.25);
-    grid.setFont(font);
     grid.SetRows(AnnualSheet::kRows);
     grid.SetCols(AnnualSheet::kCols);
     grid.SetColWidth(0, 200);
@@ -142,27 +143,19 @@ void frmAnnualT::FillCaption() {
     ui_->lblTitle1->setText(ChannelInfo[chan].RecSta + QStringLiteral(" - Daily ") +
                             StatisticWord(CheckedStatistic()) + u' ' + ReportDescription(chan) +
                             QStringLiteral(" (") + ReportLabel(chan) + u')');
-    ui_->lblTitle1->setToolTip(ui_->lblTitle1->text());
     ui_->lblTitle2->setText(MonthYearText(ReportBeginDate) + QStringLiteral(" to ") +
                             MonthYearText(ReportEndDate));
-    PlaceHeads();
+    MakeRoomForTitle();
 }
 
-// A title longer than its label pushes the peak to the right, as far as the window has room for it.
-void frmAnnualT::PlaceHeads() {
-    const int usualPeakLeft = ToPixels(4560);
-    const int lastPeakLeft = width() - ui_->tbPMax->width() - ToPixels(360);
-    const int gap = ToPixels(240);
-    const int titleLeft = ui_->lblTitle1->x();
-    const int titleWidth = std::max(
-        {ToPixels(3495), ui_->lblTitle1->sizeHint().width(), ui_->lblTitle2->sizeHint().width()});
-    const int peakLeft =
-        std::max(usualPeakLeft, std::min(titleLeft + titleWidth + gap, lastPeakLeft));
-    ui_->Label7->move(peakLeft, ui_->Label7->y());
-    ui_->tbPMax->move(peakLeft, ui_->tbPMax->y());
-    const int room = std::min(titleWidth, peakLeft - gap - titleLeft);
-    ui_->lblTitle1->resize(room, ui_->lblTitle1->height());
-    ui_->lblTitle2->resize(room, ui_->lblTitle2->height());
+// A title that reaches the caption of the peak sends it down, beside the box.
+void frmAnnualT::MakeRoomForTitle() {
+    const int titleWidth = std::max(ToPixels(3495), ui_->lblTitle1->sizeHint().width());
+    ui_->lblTitle1->resize(titleWidth, ui_->lblTitle1->height());
+    const QPoint usual(ToPixels(4560), ToPixels(240));
+    const QPoint besideBox(usual.x() - ui_->Label7->width(), ToPixels(495));
+    const bool meets = ui_->lblTitle1->geometry().right() >= usual.x();
+    ui_->Label7->move(meets ? besideBox : usual);
 }
 
 void frmAnnualT::CopySelection() {

@@ -82,6 +82,16 @@ std::vector<QString> SchemaOf(sqlite3* handle, const QString& table) {
     return texts;
 }
 
+// A walk over open rows keeps the table from being replaced, and undoing the attempt would end it.
+void RequireNoOpenWalk(sqlite3* handle) {
+    sqlite3_stmt* statement = nullptr;
+    while ((statement = sqlite3_next_stmt(handle, statement)) != nullptr) {
+        if (sqlite3_stmt_busy(statement) != 0) {
+            throw AdoError(adErrGeneral, QStringLiteral("The table is being read."));
+        }
+    }
+}
+
 void Replace(sqlite3* handle, const QString& table, const std::vector<QString>& schema,
              const QString& columnsText) {
     const QString name = QuotedName(table);
@@ -107,6 +117,7 @@ void AlterColumn(sqlite3* handle, const JetStatement& statement) {
     if (WithoutBlanks(present).compare(WithoutBlanks(statement.type), Qt::CaseInsensitive) == 0) {
         return;
     }
+    RequireNoOpenWalk(handle);
     qsizetype columns = 0;
     for (const SqlToken& token : tokens) {
         if (token.IsSymbol(u'(')) {

@@ -29,11 +29,21 @@ void Cursor::LetGo() noexcept {
     database_ = nullptr;
 }
 
+void Cursor::SkipUntil(int column, const std::function<bool(double)>& accepts) {
+    while (!Eof() && !(Kind(column) == Cell::Kind::Number && accepts(Number(column)))) {
+        MoveNext();
+    }
+}
+
 void Cursor::TakeColumns(const Statement& statement) {
     const int count = statement.ColumnCount();
     for (int i = 0; i < count; ++i) {
         columns_.push_back({statement.ColumnName(i), ParseColumnType(statement.DeclaredType(i))});
     }
+}
+
+void Cursor::SetAbsolutePosition(std::int64_t) {
+    RaiseNotUpdatable();
 }
 
 void Cursor::Set(int, Null) {

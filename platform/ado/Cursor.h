@@ -2,6 +2,7 @@
 
 #include <QStringView>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "platform/ado/Cell.h"
@@ -33,6 +34,11 @@ public:
     virtual void MoveLast() = 0;
     virtual void MoveNext() = 0;
     virtual std::int64_t RecordCount() = 0;
+    virtual std::int64_t AbsolutePosition() = 0;
+
+    // Moves forward from the current row, itself included, to the first whose number in the column
+    // is accepted; NULL and texts never are.
+    virtual void SkipUntil(int column, const std::function<bool(double)>& accepts);
 
     // These raise adErrNoCurrentRecord where there is no row.
     virtual Cell::Kind Kind(int column) = 0;
@@ -40,7 +46,8 @@ public:
     virtual double Number(int column) = 0;
     virtual QString Text(int column) = 0;
 
-    // A cursor that can't change its rows raises adErrNotUpdatable, as these do.
+    // A cursor that holds no keys raises adErrNotUpdatable, as these do.
+    virtual void SetAbsolutePosition(std::int64_t position);
     virtual void Set(int column, Null);
     virtual void Set(int column, double value);
     virtual void Set(int column, const QString& text);

@@ -21,15 +21,11 @@ constexpr int kPatience = 500;
     throw AdoError(adErrGeneral, why);
 }
 
-struct FileHeader {
-    bool writeAhead = false;
-};
-
 // Bytes 18 and 19 tell the journal mode, 16 the page size, 28 the count of pages; the count holds
 // only if 24 (changes of the file) and 92 (changes when it was counted) are equal.
-FileHeader ReadHeader(const QString& path, bool hasCompanion) {
+bool IsWriteAhead(const QString& path, qint64 companionSize) {
     QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         RaiseGeneral(QStringLiteral("The file can't be opened: %1").arg(path));
     }
     const QByteArray header = file.read(100);
@@ -42,11 +38,11 @@ FileHeader ReadHeader(const QString& path, bool hasCompanion) {
     const quint16 storedSize = qFromBigEndian<quint16>(header.constData() + 16);
     const qint64 pageSize = storedSize == 1 ? 65536 : storedSize;
     // With a companion the count may be that of pages which haven't been folded back yet.
-    const bool isCounted = word(24) == word(92) && !hasCompanion;
+    const bool isCounted = word(24) == word(92) && companionSize == 0;
     if (isCounted && file.size() < pageSize * word(28)) {
         RaiseGeneral(QStringLiteral("The file is cut short: %1").arg(path));
     }
-    return {.writeAhead = header[18] == 2 || header[19] == 2};
+    return header[18] == 2 || header[19] == 2;
 }
 
 Handle OpenHandle(const QByteArray& name, int flags, const char* fileSystem = nullptr) {
@@ -103,6 +99,15 @@ bool IsWritable(const QFileInfo& file) {
     return file.isWritable() && QFileInfo(file.absolutePath()).isWritable();
 }
 
+// The companion stands beside the file itself, not beside a link to it.
+QString RealPath(const QString& path) {
+    const QFileInfo file(path);
+    if (!file.isFile()) {
+        RaiseGeneral(QStringLiteral("There is no such file: %1").arg(path));
+    }
+    return file.canonicalFilePath();
+}
+
 QHash<QString, int>& Writers() {
     static QHash<QString, int> writers;
     return writers;
@@ -121,18 +126,18 @@ QString PathInConnection(const QString& connectionString) {
 }
 
 Handle OpenUntouched(const QString& path) {
-    const QFileInfo file(path);
-    const QByteArray name = QFile::encodeName(file.absoluteFilePath());
-    const bool hasCompanion = QFileInfo::exists(path + QStringLiteral("-wal"));
-    const FileHeader header = ReadHeader(path, hasCompanion);
-    if (hasCompanion) {
+    const QFileInfo file(RealPath(path));
+    const QByteArray name = QFile::encodeName(file.filePath());
+    const QFileInfo companion(file.filePath() + QStringLiteral("-wal"));
+    const bool isWriteAhead = IsWriteAhead(file.filePath(), companion.size());
+    if (companion.exists()) {
         return OpenWithCompanion(name, IsWritable(file));
     }
-    if (header.writeAhead) {
+    if (isWriteAhead) {
         // Nobody has it open, or the companion would be there; reading it in the ordinary way would
         // make one.
         const QByteArray uri =
-            "file:" + QUrl::toPercentEncoding(file.absoluteFilePath(), "/") + "?immutable=1";
+            "file:" + QUrl::toPercentEncoding(file.filePath(), "/") + "?immutable=1";
         return RequireReadable(OpenHandle(uri, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI));
     }
     // Opened for writing where possible: a half-done change that a killed program left in the
@@ -142,11 +147,11 @@ Handle OpenUntouched(const QString& path) {
 }
 
 Handle OpenForWriting(const QString& path) {
-    const QFileInfo file(path);
+    const QFileInfo file(RealPath(path));
     if (!IsWritable(file)) {
         return nullptr;
     }
-    const QByteArray name = QFile::encodeName(file.absoluteFilePath());
+    const QByteArray name = QFile::encodeName(file.filePath());
     Handle handle = OpenHandle(name, SQLITE_OPEN_READWRITE);
     sqlite3_db_config(handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
     try {

@@ -17,6 +17,7 @@ public:
     void MoveLast() override;
     void MoveNext() override;
     std::int64_t RecordCount() override;
+    std::int64_t AbsolutePosition() override { return atEnd_ ? 0 : row_; }
     Cell::Kind Kind(int column) override;
     double Number(int column) override { return statement_.Number(column); }
     QString Text(int column) override { return statement_.Text(column); }

@@ -1,7 +1,6 @@
 #include "platform/ado/Recordset.h"
 
-#include <array>
-#include <limits>
+#include <QRegularExpression>
 #include <optional>
 
 #include "platform/ado/Connection.h"
@@ -40,27 +39,44 @@ QByteArray SelectOf(const QString& source) {
     return "SELECT * FROM " + ado::QuotedName(source).toUtf8();
 }
 
+bool Compare(double value, QStringView comparison, double bound) {
+    if (comparison == u"=") {
+        return value == bound;
+    }
+    if (comparison == u"<>") {
+        return value != bound;
+    }
+    if (comparison == u"<") {
+        return value < bound;
+    }
+    if (comparison == u"<=") {
+        return value <= bound;
+    }
+    return comparison == u">" ? value > bound : value >= bound;
+}
+
 struct Criterion {
-    int column = 0;
+    QString column;
     QString comparison;
     double bound = 0;
-
-    bool Accepts(double value) const {
-        if (comparison == u"=") {
-            return value == bound;
-        }
-        if (comparison == u"<>") {
-            return value != bound;
-        }
-        if (comparison == u"<") {
-            return value < bound;
-        }
-        if (comparison == u"<=") {
-            return value <= bound;
-        }
-        return comparison == u">" ? value > bound : value >= bound;
-    }
 };
+
+Criterion ReadCriterion(const QString& text) {
+    static const QRegularExpression form(
+        QStringLiteral("^\\s*(\\w+|\\[[^\\]]+\\])\\s*(<>|<=|>=|=|<|>)\\s*(?:#([^#]*)#|(.+))$"));
+    const QRegularExpressionMatch match = form.match(text);
+    const QString moment = match.captured(3);
+    const std::optional<double> bound =
+        match.hasCaptured(3) ? ReadLoggerDateTime(moment) : ado::WholeNumber(match.captured(4));
+    if (!match.hasMatch() || !bound) {
+        throw AdoError(adErrSyntax, QStringLiteral("No criterion: %1").arg(text));
+    }
+    QString column = match.captured(1);
+    if (column.startsWith(u'[')) {
+        column = column.mid(1, column.size() - 2);
+    }
+    return {column, match.captured(2), *bound};
+}
 
 }  // namespace
 
@@ -116,6 +132,13 @@ std::int64_t Recordset::RecordCount() {
     return impl_->RequireOpen().RecordCount();
 }
 
+std::int64_t Recordset::AbsolutePosition() {
+    return impl_->RequireOpen().AbsolutePosition();
+}
+void Recordset::SetAbsolutePosition(std::int64_t position) {
+    impl_->RequireOpen().SetAbsolutePosition(position);
+}
+
 Field Recordset::Fields(int ordinal) {
     if (ordinal < 0 || ordinal >= FieldCount()) {
         throw AdoError(adErrItemNotFound, QStringLiteral("There is no field %1.").arg(ordinal));
@@ -151,44 +174,11 @@ void Recordset::Delete() {
 }
 
 void Recordset::Find(const QString& criterion) {
-    const std::vector<ado::SqlToken> tokens = ado::TokensOf(criterion);
-    const auto raise = [&criterion] {
-        throw AdoError(adErrSyntax, QStringLiteral("No criterion: %1").arg(criterion));
-    };
-    std::size_t value = 1;
-    Criterion wanted;
-    while (value < tokens.size() && value < 3 &&
-           tokens[value].kind == ado::SqlToken::Kind::Symbol &&
-           QStringLiteral("<=>").contains(tokens[value].text)) {
-        wanted.comparison += tokens[value++].text;
-    }
-    static const std::array kComparisons{u"=", u"<>", u"<", u"<=", u">", u">="};
-    if (value == 1 || value >= tokens.size() ||
-        std::find(kComparisons.begin(), kComparisons.end(), wanted.comparison) ==
-            kComparisons.end()) {
-        raise();
-    }
-    wanted.column = Fields(tokens.front().Identifier()).ordinal_;
-    if (tokens[value].kind == ado::SqlToken::Kind::Moment) {
-        const QStringView text = tokens[value].text;
-        const std::optional<DateTime> moment = ReadLoggerDateTime(text.mid(1, text.size() - 2));
-        if (!moment) {
-            raise();
-        }
-        wanted.bound = *moment;
-    } else {
-        const qsizetype begin = tokens[value].text.data() - QStringView(criterion).data();
-        const std::optional<double> number = ado::WholeNumber(criterion.mid(begin));
-        if (!number) {
-            raise();
-        }
-        wanted.bound = *number;
-    }
-    ado::Cursor& cursor = impl_->RequireOpen();
-    while (!cursor.Eof() && !(cursor.Kind(wanted.column) == ado::Cell::Kind::Number &&
-                              wanted.Accepts(cursor.Number(wanted.column)))) {
-        cursor.MoveNext();
-    }
+    const Criterion wanted = ReadCriterion(criterion);
+    const int column = Fields(wanted.column).ordinal_;
+    impl_->RequireOpen().SkipUntil(column, [&wanted](double value) {
+        return Compare(value, wanted.comparison, wanted.bound);
+    });
 }
 
 QString Field::Name() const {

@@ -45,8 +45,9 @@ public:
     bool IsNumeric() const;
     // Raises adErrTypeMismatch for NULL and for a text that isn't a number.
     double Number() const;
-    // A number as plain text, a date-time column as general date text. Raises adErrTypeMismatch for
-    // NULL.
+    // A number as plain text, a date-time column as general date text, a SINGLE with the fewest
+    // digits that tell it from its neighbours (1.2, not 1.20000004768372). Raises adErrTypeMismatch
+    // for NULL.
     QString Text() const;
 
     // The column's declared type converts: SINGLE rounds to 32 bits; SMALLINT rounds to a whole
@@ -71,8 +72,8 @@ private:
 //
 // Read-only recordsets (lock type unspecified or read-only) stream their rows and hold one at a
 // time. Updatable ones (adLockOptimistic) hold the keys of their rows, read when the first row is
-// asked for: a recordset opened only to append never reads the table. Their source is a table's
-// name, or a SELECT on one table.
+// asked for: a recordset opened only to append never reads the table. A row that has left the table
+// since is passed over. Their source is a table's name, or a SELECT on one table.
 //
 // A changed row is written at Update, and also when the cursor moves off it or AddNew begins
 // another; Close drops a change that hasn't been written. If a write fails, the change stays
@@ -105,6 +106,13 @@ public:
 
     // Exact for every cursor type.
     std::int64_t RecordCount();
+
+    // The current row's number, from 1; 0 at EOF.
+    std::int64_t AbsolutePosition();
+    // Goes to a row by its number, after writing a pending change; to the next one that is still
+    // there, or to EOF, where that row has left the table. Raises adErrNoCurrentRecord outside 1 to
+    // RecordCount, and adErrNotUpdatable on a read-only recordset.
+    void SetAbsolutePosition(std::int64_t position);
 
     // Raises adErrItemNotFound. Names in any case.
     Field Fields(int ordinal);

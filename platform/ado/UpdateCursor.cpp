@@ -46,27 +46,29 @@ UpdateCursor::UpdateCursor(Database& database, const QByteArray& select) : Curso
     const SelectParts parts = PartsOfSelect(select);
     table_ = QuotedName(parts.table).toUtf8();
     condition_ = parts.condition;
-    FindKey(parts);
+    FindKey(parts.table);
     load_ = Statement(database.handle(), "SELECT " + ColumnList() + " FROM " + table_ + " WHERE " +
                                              keyColumn_ + " = ?1");
 }
 
-void UpdateCursor::FindKey(const SelectParts& parts) {
-    Statement keys(database().handle(), "SELECT name FROM pragma_table_info(?1) WHERE pk > 0");
-    keys.Bind(1, parts.table);
-    try {
+void UpdateCursor::FindKey(const QString& table) {
+    Statement kind(database().handle(),
+                   "SELECT wr FROM pragma_table_list WHERE schema = 'main' AND type = 'table' "
+                   "AND name = ?1 COLLATE NOCASE");
+    kind.Bind(1, table);
+    if (!kind.Step()) {
+        RaiseNoKey(table);
+    }
+    keyIsRowNumber_ = kind.Integer(0) == 0;
+    if (keyIsRowNumber_) {
         keyColumn_ = "_rowid_";
-        const Statement test(database().handle(), "SELECT _rowid_ FROM " + table_);
         return;
-    } catch (const AdoError&) {
-        keyIsRowNumber_ = false;  // the rows lie in the order of the table's own key
     }
-    if (!keys.Step()) {
-        RaiseNoKey(parts.table);
-    }
-    const QString name = keys.Text(0);
-    if (keys.Step()) {
-        RaiseNoKey(parts.table);
+    Statement keys(database().handle(), "SELECT name FROM pragma_table_info(?1) WHERE pk > 0");
+    keys.Bind(1, table);
+    const QString name = keys.Step() ? keys.Text(0) : QString();
+    if (name.isEmpty() || keys.Step()) {
+        RaiseNoKey(table);
     }
     keyColumn_ = QuotedName(name).toUtf8();
     for (std::size_t i = 0; i < Columns().size(); ++i) {
@@ -94,6 +96,10 @@ UpdateCursor::Key UpdateCursor::KeyOf(double value) {
     return std::bit_cast<Key>(value);
 }
 
+double UpdateCursor::ValueOf(Key key) {
+    return std::bit_cast<double>(key);
+}
+
 UpdateCursor::Key UpdateCursor::ReadKey(const Statement& statement) const {
     return keyIsRowNumber_ ? statement.Integer(0) : KeyOf(statement.Number(0));
 }
@@ -102,7 +108,7 @@ void UpdateCursor::BindKey(Statement& statement, int parameter, Key key) const {
     if (keyIsRowNumber_) {
         statement.Bind(parameter, key);
     } else {
-        statement.Bind(parameter, std::bit_cast<double>(key));
+        statement.Bind(parameter, ValueOf(key));
     }
 }
 
@@ -204,6 +210,38 @@ void UpdateCursor::MoveNext() {
 std::int64_t UpdateCursor::RecordCount() {
     ReadKeys();
     return static_cast<std::int64_t>(keys_.size());
+}
+
+std::int64_t UpdateCursor::AbsolutePosition() {
+    if (!HasRow()) {
+        return 0;
+    }
+    ReadKeys();
+    return static_cast<std::int64_t>(position_) + 1;
+}
+
+void UpdateCursor::SetAbsolutePosition(std::int64_t position) {
+    WritePending();
+    if (position < 1 || position > RecordCount()) {
+        RaiseNoCurrentRecord();
+    }
+    position_ = static_cast<std::size_t>(position - 1);
+    SettleForward();
+}
+
+void UpdateCursor::SkipUntil(int column, const std::function<bool(double)>& accepts) {
+    if (column == keyOrdinal_ && pending_ == Pending::None && HasRow()) {
+        // The keys are at hand: no row needs to be read to be passed over.
+        ReadKeys();
+        const std::size_t begin = position_;
+        while (position_ < keys_.size() && !accepts(ValueOf(keys_[position_]))) {
+            ++position_;
+        }
+        if (position_ != begin) {
+            SettleForward();
+        }
+    }
+    Cursor::SkipUntil(column, accepts);
 }
 
 template <typename Value>

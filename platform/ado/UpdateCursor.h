@@ -26,6 +26,9 @@ public:
     void MoveLast() override;
     void MoveNext() override;
     std::int64_t RecordCount() override;
+    std::int64_t AbsolutePosition() override;
+    void SetAbsolutePosition(std::int64_t position) override;
+    void SkipUntil(int column, const std::function<bool(double)>& accepts) override;
     Cell::Kind Kind(int column) override { return RequireRow(column).kind; }
     double Number(int column) override { return row_[Index(column)].number; }
     QString Text(int column) override { return row_[Index(column)].text; }
@@ -50,9 +53,10 @@ private:
 
     static std::size_t Index(int column) { return static_cast<std::size_t>(column); }
     static Key KeyOf(double value);
+    static double ValueOf(Key key);
 
     void DropStatements() noexcept override;
-    void FindKey(const SelectParts& parts);
+    void FindKey(const QString& table);
     QByteArray ColumnList() const;
 
     template <typename Value>

@@ -120,12 +120,11 @@ public:
         return names.join(u' ');
     }
 
-private:
-    QTemporaryDir folder_;
-
-public:
     ScriptedDoors doors;
     std::unique_ptr<frmMain> window;
+
+private:
+    QTemporaryDir folder_;
 };
 
 const QString kEmptyProject = u"\"Rillbook\",\"100\"\n0\n#2002-01-01#,\"921\"\n\"\"\n"_qs;
@@ -367,6 +366,11 @@ private Q_SLOTS:
         }
         program.Choose("mnuFileStationNew", name);
         QTEST(program.Story(), "story");
+        if (StationConnection->State() == 0) {
+            // The pop-ups' items are there all the same, and do nothing.
+            Trigger(*program.window, u"mnuFileImport2"_qs);
+            Trigger(*program.window, u"mnuOutAnnual2"_qs);
+        }
     }
 
     void keepsAnUnreadableProjectBesideTheNewOne() {
