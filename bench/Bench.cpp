@@ -148,7 +148,7 @@ public:
         for (int visit = 0; visit < 24; ++visit) {
             const QByteArray time = QByteArray("200") + QByteArray::number(2 + visit / 12) + "-" +
                                     QByteArray::number(101 + visit % 12).mid(1) + "-15 12:00";
-            station_.WithJournalRow(time, 1, 2.0, 2.0 + 0.01 * visit);
+            station_.WithJournalRow(time.constData(), 1, 2.0, 2.0 + 0.01 * visit);
         }
         station_.WithEquation("2002-01-01", 1, 0.3, 1.6, 2.5);
         ChannelInfo[1].Calibration = 1;

@@ -17,8 +17,8 @@
 #include "import/Import.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/desktop/Screen.h"
+#include "platform/qt/RememberedWindow.h"
 #include "platform/qt/Twips.h"
-#include "platform/text/Numbers.h"
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
 #include "store/StationDatabase.h"
@@ -39,7 +39,8 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui_(std::make_unique<Ui
     ui_->Frame1->hide();
     TheStationPanel = this;
 
-    move(ToPixels(MainLeft), ToPixels(MainTop));
+    const QPoint remembered(ToPixels(MainLeft), ToPixels(MainTop));
+    move(PlaceInView(QRect(remembered, sizeHint())));
     SetWindowCaption(Application::Title());
     EnableStationMenus(false);
     EnableProjectMenus(false);
@@ -94,9 +95,14 @@ void frmMain::ConnectCommands() {
 void frmMain::ConnectTree() {
     const auto click = [this] { Run(&frmMain::TreeClick); };
     // The first one to come opens another station, which brings its own OutputChannel; the second
-    // one sets the channel that the user clicked.
+    // one sets the channel that the user clicked. It doesn't try, and tell, again where the first
+    // one couldn't open the station.
     connect(ui_->TreeView1, &StationTree::NodeClick, this, click);
-    connect(ui_->TreeView1, &StationTree::Click, this, click);
+    connect(ui_->TreeView1, &StationTree::Click, this, [this, click] {
+        if (StationConnection->State() != 0) {
+            click();
+        }
+    });
     connect(ui_->TreeView1, &StationTree::DblClick, this, click);
     connect(ui_->TreeView1, &StationTree::MenuAsked, this, &frmMain::ShowTreeMenu);
 }
@@ -236,8 +242,8 @@ void frmMain::closeEvent(QCloseEvent*) {
     SaveProjectAtExit();
     CloseOpenStation();
     cdbprinter.Orientation = PrinterOrientation;
-    MainTop = ToInt16(ToTwips(pos().y()));
-    MainLeft = ToInt16(ToTwips(pos().x()));
+    StoreTwips(MainTop, pos().y());
+    StoreTwips(MainLeft, pos().x());
     SaveAppSettings();
     // Also where another window is up. Not from within the closing, which quitting would start
     // anew.

@@ -20,6 +20,9 @@ public:
     explicit frmAnnualT(const QString& projectName, QWidget* parent = nullptr);
     ~frmAnnualT() override;
 
+    // Reads the readings anew, whatever the sheet showed before.
+    void FillGrid();
+
     void done(int result) override;
 
 protected:
@@ -29,7 +32,6 @@ private:
     void SetUpGrid();
     void ConnectCommands();
     DailyStatistic CheckedStatistic() const;
-    void FillGrid();
     void FillCaption();
     void MakeRoomForTitle();
     void CopySelection();

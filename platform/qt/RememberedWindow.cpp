@@ -18,7 +18,9 @@ enum WindowState : std::int16_t { vbNormal = 0, vbMinimized = 1, vbMaximized = 2
 // As much of a window's head as the user needs to take hold of it.
 constexpr QSize kGrip(60, 20);
 
-QPoint InView(const QRect& window) {
+}  // namespace
+
+QPoint PlaceInView(const QRect& window) {
     const QRect head(window.topLeft(), QSize(window.width(), kGrip.height()));
     const QList<QScreen*> screens = QGuiApplication::screens();
     const bool seen = std::any_of(screens.begin(), screens.end(), [&head](const QScreen* screen) {
@@ -36,18 +38,15 @@ QPoint InView(const QRect& window) {
                        std::max(room.top(), room.bottom() + 1 - window.height()))};
 }
 
-// A pixel is several twips: a number that stands for the same pixels stays as it is.
-void Store(std::int16_t& twips, int pixels) {
+void StoreTwips(std::int16_t& twips, int pixels) {
     if (ToPixels(twips) != pixels) {
         twips = ToInt16(ToTwips(pixels));
     }
 }
 
-}  // namespace
-
 void RememberedWindow::Restore(QWidget& window) const {
     window.resize(ToPixels(width), ToPixels(height));
-    window.move(InView(QRect(QPoint(ToPixels(left), ToPixels(top)), window.size())));
+    window.move(PlaceInView(QRect(QPoint(ToPixels(left), ToPixels(top)), window.size())));
     if (state == vbMaximized) {
         window.setWindowState(Qt::WindowMaximized);
     } else if (state == vbMinimized) {
@@ -62,10 +61,10 @@ void RememberedWindow::Remember(const QWidget& window) const {
         state = vbMaximized;
     } else {
         state = vbNormal;
-        Store(height, window.height());
-        Store(width, window.width());
-        Store(top, window.y());
-        Store(left, window.x());
+        StoreTwips(height, window.height());
+        StoreTwips(width, window.width());
+        StoreTwips(top, window.y());
+        StoreTwips(left, window.x());
     }
 }
 

@@ -13,25 +13,6 @@
 
 using namespace rillbook;
 
-namespace {
-
-QString Counts(int readable, int unreadable, int repeated) {
-    return u" %1 Readable Records,  %2 Unreadable Records(s), and  %3 Dupulicate(s)."_qs
-        .arg(readable)
-        .arg(unreadable)
-        .arg(repeated);
-}
-
-QString LoggerFile(const StationFixture& station, const QByteArray& bytes) {
-    QFile file(station.Folder() + u"/logger.csv"_qs);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
-        qFatal("No logger file: %s", qPrintable(file.errorString()));
-    }
-    return file.fileName();
-}
-
-}  // namespace
-
 class TestImport : public QObject {
     Q_OBJECT
 
@@ -46,31 +27,36 @@ private Q_SLOTS:
                             const char* records, const QString& counts) {
             QTest::newRow(name) << type << lines << QString::fromLatin1(records) << counts;
         };
-        row("empty file", 0, "", "", Counts(0, 0, 0));
-        row("nothing of use", 0, "Date,Stage\n\n-------\n", "", Counts(0, 3, 0));
+        row("empty file", 0, "", "", ImportMessage(0, 0, 0));
+        row("nothing of use", 0, "Date,Stage\n\n-------\n", "", ImportMessage(0, 3, 0));
         row("two records", 0, "1/1/02 00:15,1.25,7\n1/1/02 00:30,1.5,8",
-            "2002-01-01 00:15:00 | 1.25 | 7\n2002-01-01 00:30:00 | 1.5 | 8", Counts(2, 0, 0));
+            "2002-01-01 00:15:00 | 1.25 | 7\n2002-01-01 00:30:00 | 1.5 | 8",
+            ImportMessage(2, 0, 0));
         row("backwards", 0, "1/1/02 00:30,1.5,8\n1/1/02 00:15,1.25,7\n",
-            "2002-01-01 00:15:00 | 1.25 | 7\n2002-01-01 00:30:00 | 1.5 | 8", Counts(2, 0, 0));
+            "2002-01-01 00:15:00 | 1.25 | 7\n2002-01-01 00:30:00 | 1.5 | 8",
+            ImportMessage(2, 0, 0));
         row("first of a time wins", 0, "1/1/02 00:15,1.25,7\n01/01/2002 0:15:00,2,\n",
-            "2002-01-01 00:15:00 | 1.25 | 7", Counts(1, 0, 1));
+            "2002-01-01 00:15:00 | 1.25 | 7", ImportMessage(1, 0, 1));
         row("a repeated line leaves nothing behind", 0,
             "1/1/02 00:15,1.25,7\n1/1/02 00:15,3,9\n1/1/02 00:30,,\n",
-            "2002-01-01 00:15:00 | 1.25 | 7\n2002-01-01 00:30:00 | NULL | NULL", Counts(2, 0, 1));
+            "2002-01-01 00:15:00 | 1.25 | 7\n2002-01-01 00:30:00 | NULL | NULL",
+            ImportMessage(2, 0, 1));
         row("empty and odd values", 0, "1/1/02 00:15,,7\n1/1/02 00:30,abc,8\n1/1/02 00:45,1,2,3\n",
             "2002-01-01 00:15:00 | NULL | 7\n2002-01-01 00:30:00 | NULL | 8\n"
             "2002-01-01 00:45:00 | 1 | NULL",
-            Counts(3, 0, 0));
+            ImportMessage(3, 0, 0));
         row("beyond 32 bits", 0, "1/1/02 00:15,1e39,7\n1/1/02 00:30,-3e38,1e-50\n",
-            "2002-01-01 00:15:00 | NULL | 7\n2002-01-01 00:30:00 | -3e+38 | 0", Counts(2, 0, 0));
+            "2002-01-01 00:15:00 | NULL | 7\n2002-01-01 00:30:00 | -3e+38 | 0",
+            ImportMessage(2, 0, 0));
         row("dates alone and times alone", 1, "1/1/02,,1.25,7\n,06:00,1.5,8\n",
-            "1899-12-30 06:00:00 | 1.5 | 8\n2002-01-01 00:00:00 | 1.25 | 7", Counts(2, 0, 0));
+            "1899-12-30 06:00:00 | 1.5 | 8\n2002-01-01 00:00:00 | 1.25 | 7",
+            ImportMessage(2, 0, 0));
         row("columns", 2, "1/1/02 00:15     1.25    7\n1/1/02 00:30     1.25   7\n",
-            "2002-01-01 00:15:00 | 1.25 | 7", Counts(1, 1, 0));
+            "2002-01-01 00:15:00 | 1.25 | 7", ImportMessage(1, 1, 0));
         row("Campbell", 3, " 2002 13 1  015  1.25    7\n 2002 1231 2415  1.50    8\n",
-            "2003-01-01 00:15:00 | 1.25 | 7", Counts(1, 0, 1));
-        row("no such layout", 4, "1/1/02 00:15,1.25,7\n", "", Counts(0, 0, 0));
-        row("no such layout either", -1, "1/1/02 00:15,1.25,7\n", "", Counts(0, 0, 0));
+            "2003-01-01 00:15:00 | 1.25 | 7", ImportMessage(1, 0, 1));
+        row("no such layout", 4, "1/1/02 00:15,1.25,7\n", "", ImportMessage(0, 0, 0));
+        row("no such layout either", -1, "1/1/02 00:15,1.25,7\n", "", ImportMessage(0, 0, 0));
     }
     void stories() {
         QFETCH(int, type);
@@ -84,7 +70,7 @@ private Q_SLOTS:
         ChannelInfo[1].ImportWidth = 6;
         ChannelInfo[2].ImportWidth = 5;
         doors.ExpectMessage(counts);
-        ImportFile(LoggerFile(station, lines));
+        ImportFile(station.LoggerFile(lines));
         QCOMPARE(station.Dump("SELECT * FROM Records ORDER BY DateTime"), records);
         QCOMPARE(doors.shownMessages[0].icon, MsgBoxIcon::None);
         QCOMPARE(doors.shownMessages[0].title, u"Rillbook"_qs);
@@ -95,14 +81,14 @@ private Q_SLOTS:
         StationFixture station;
         station.WithRecord("2002-01-01 00:15", {8.5});
         const QString file =
-            LoggerFile(station, "Stage\n1/1/02 00:15,1.25\n1/1/02 00:30,1.5\n1/1/02 00:45,\n");
-        doors.ExpectMessage(Counts(2, 1, 1));
+            station.LoggerFile("Stage\n1/1/02 00:15,1.25\n1/1/02 00:30,1.5\n1/1/02 00:45,\n");
+        doors.ExpectMessage(ImportMessage(2, 1, 1));
         ImportFile(file);
         const QString records = station.Dump("Records");
         QCOMPARE(records,
                  u"2002-01-01 00:15:00 | 8.5\n2002-01-01 00:30:00 | 1.5\n"
                  "2002-01-01 00:45:00 | NULL"_qs);
-        doors.ExpectMessage(Counts(0, 1, 3));
+        doors.ExpectMessage(ImportMessage(0, 1, 3));
         ImportFile(file);
         QCOMPARE(station.Dump("Records"), records);
     }
@@ -129,8 +115,8 @@ private Q_SLOTS:
         QCOMPARE(doors.shownMessages[0].icon, MsgBoxIcon::Exclamation);
         QCOMPARE(doors.shownMessages[0].buttons, MsgBoxButtons::Ok);
         // The station is none the worse for it.
-        doors.ExpectMessage(Counts(1, 0, 0));
-        ImportFile(LoggerFile(station, "1/1/02 00:15,1.25"));
+        doors.ExpectMessage(ImportMessage(1, 0, 0));
+        ImportFile(station.LoggerFile("1/1/02 00:15,1.25"));
     }
 
     // Negative widths count as none, and so does what lies beyond the table's columns.
@@ -143,16 +129,16 @@ private Q_SLOTS:
         ChannelInfo[1].ImportWidth = -5;
         ChannelInfo[2].ImportWidth = 5;
         ChannelInfo[3].ImportWidth = 5;
-        doors.ExpectMessage(Counts(1, 0, 0));
-        ImportFile(LoggerFile(station, "10/21/02 08:15 1.25 7.75"));
+        doors.ExpectMessage(ImportMessage(1, 0, 0));
+        ImportFile(station.LoggerFile("10/21/02 08:15 1.25 7.75"));
         QCOMPARE(station.Dump("Records"), u"2002-10-21 08:15:00 | NULL | 1.25"_qs);
         StationInfo.ImportDtWidth = -32768;
-        doors.ExpectMessage(Counts(0, 1, 0));
-        ImportFile(LoggerFile(station, "10/21/02 08:15 1.25 7.75"));
+        doors.ExpectMessage(ImportMessage(0, 1, 0));
+        ImportFile(station.LoggerFile("10/21/02 08:15 1.25 7.75"));
         StationInfo.Channels = -1;
         StationInfo.ImportType = 0;
-        doors.ExpectMessage(Counts(1, 0, 0));
-        ImportFile(LoggerFile(station, "10/21/02 08:30"));
+        doors.ExpectMessage(ImportMessage(1, 0, 0));
+        ImportFile(station.LoggerFile("10/21/02 08:30"));
     }
 
     // More channels than a Type 2 line has letters for.
@@ -164,8 +150,8 @@ private Q_SLOTS:
         for (int chan = 1; chan <= 120; ++chan) {
             line += ',' + QByteArray::number(chan);
         }
-        doors.ExpectMessage(Counts(1, 0, 0));
-        ImportFile(LoggerFile(station, line));
+        doors.ExpectMessage(ImportMessage(1, 0, 0));
+        ImportFile(station.LoggerFile(line));
         QCOMPARE(station.Dump("SELECT chan1, chan99, chan100, chan120 FROM Records"),
                  u"1 | 99 | 100 | 120"_qs);
     }
@@ -174,7 +160,7 @@ private Q_SLOTS:
         MessageLog messages;
         StationFixture station;
         ImportFile(u"/proc/self/mem"_qs);  // opens, and its first page can't be read
-        QCOMPARE(messages.texts.value(0), Counts(0, 0, 0));
+        QCOMPARE(messages.texts.value(0), ImportMessage(0, 0, 0));
         QVERIFY2(messages.texts.value(1).startsWith(u"! The file could not be read to its end!\n"),
                  qPrintable(messages.texts.value(1)));
     }
@@ -188,7 +174,7 @@ private Q_SLOTS:
             lines += "1/1/02 " + QByteArray::number(minute / 60) + ':' +
                      QByteArray::number(100 + minute % 60).mid(1) + ",1.25\n";
         }
-        const QString file = LoggerFile(station, lines);
+        const QString file = station.LoggerFile(lines);
         sqlite3* other = nullptr;
         QCOMPARE(sqlite3_open(qPrintable(station.Path()), &other), SQLITE_OK);
         QCOMPARE(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
@@ -197,7 +183,7 @@ private Q_SLOTS:
         ImportFile(file);
         QVERIFY(timer.elapsed() < 20'000);
         sqlite3_close(other);
-        QCOMPARE(messages.texts.value(0), Counts(600, 0, 0));
+        QCOMPARE(messages.texts.value(0), ImportMessage(600, 0, 0));
         QVERIFY2(messages.texts.value(1).startsWith(
                      u"! 600 of the readable records could not be stored!\n"_qs),
                  qPrintable(messages.texts.value(1)));
@@ -206,15 +192,15 @@ private Q_SLOTS:
         station.Open();
         messages.texts.clear();
         ImportFile(file);
-        QCOMPARE(messages.texts, QStringList(Counts(600, 0, 0)));
+        QCOMPARE(messages.texts, QStringList(ImportMessage(600, 0, 0)));
     }
 
     void noTable() {
         MessageLog messages;
         StationFixture station;
         StationConnection->Execute(u"ALTER TABLE Records RENAME TO Elsewhere"_qs);
-        ImportFile(LoggerFile(station, "Stage\n1/1/02 00:15,1.25\n1/1/02 00:30,1.5\n"));
-        QCOMPARE(messages.texts.value(0), Counts(2, 1, 0));
+        ImportFile(station.LoggerFile("Stage\n1/1/02 00:15,1.25\n1/1/02 00:30,1.5\n"));
+        QCOMPARE(messages.texts.value(0), ImportMessage(2, 1, 0));
         QVERIFY2(messages.texts.value(1).startsWith(
                      u"! 2 of the readable records could not be stored!\n"),
                  qPrintable(messages.texts.value(1)));

@@ -76,21 +76,6 @@ int StoredReadings(const StationFixture& station) {
     return good == count ? count.toInt() : -1;
 }
 
-QString Counts(int readable, int unreadable, int repeated) {
-    return u" %1 Readable Records,  %2 Unreadable Records(s), and  %3 Dupulicate(s)."_qs
-        .arg(readable)
-        .arg(unreadable)
-        .arg(repeated);
-}
-
-QString LoggerFile(const StationFixture& station, const QByteArray& bytes) {
-    QFile file(station.Folder() + u"/logger.csv"_qs);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
-        qFatal("No logger file: %s", qPrintable(file.errorString()));
-    }
-    return file.fileName();
-}
-
 bool WriteAll(int descriptor, const QByteArray& bytes) {
     for (qsizetype at = 0; at < bytes.size();) {
         const ssize_t written =
@@ -148,8 +133,8 @@ private Q_SLOTS:
         const int least = bytes - (settled ? 1 : 2) * 256 * 1024 - (settled ? 0 : 64 * 1024);
         QVERIFY2(stored * lineSize > least - lineSize && stored <= bytes / lineSize,
                  qPrintable(QString::number(stored)));
-        ImportFile(LoggerFile(station, readings));
-        QCOMPARE(messages.texts, QStringList(Counts(lines - stored, 0, stored)));
+        ImportFile(station.LoggerFile(readings));
+        QCOMPARE(messages.texts, QStringList(ImportMessage(lines - stored, 0, stored)));
         QCOMPARE(StoredReadings(station), lines);
         station.Close();
         QVERIFY(!QFile::exists(station.Path() + u"-wal"_qs));
@@ -160,14 +145,14 @@ private Q_SLOTS:
         MessageLog messages;
         StationFixture station;
         station.Close();
-        const QString file = LoggerFile(station, Readings(lines));
+        const QString file = station.LoggerFile(Readings(lines));
         QProcess child;
         StartChild(child, "full", station.Path(), file);
         QVERIFY(child.waitForFinished());
         QCOMPARE(child.exitCode(), 0);
         const QStringList told =
             QString::fromUtf8(child.readAllStandardOutput()).split(QLatin1Char('\n'));
-        QCOMPARE(told.value(0), Counts(lines, 0, 0));
+        QCOMPARE(told.value(0), ImportMessage(lines, 0, 0));
         const int unstored = told.value(1).section(QLatin1Char(' '), 1, 1).toInt();
         QVERIFY2(unstored > 0, qPrintable(told.value(1)));
 
@@ -175,7 +160,7 @@ private Q_SLOTS:
         QCOMPARE(station.Dump("PRAGMA integrity_check"), u"ok"_qs);
         QCOMPARE(station.Dump("SELECT count(*) FROM Records").toInt(), lines - unstored);
         ImportFile(file);
-        QCOMPARE(messages.texts, QStringList(Counts(unstored, 0, lines - unstored)));
+        QCOMPARE(messages.texts, QStringList(ImportMessage(unstored, 0, lines - unstored)));
         QCOMPARE(StoredReadings(station), lines);
     }
 
@@ -183,7 +168,7 @@ private Q_SLOTS:
         StationFixture station;
         station.WithRecord("2002-01-01 00:01", {8.5});
         station.Close();
-        const QString file = LoggerFile(station, Readings(3));
+        const QString file = station.LoggerFile(Readings(3));
         QFile stored(station.Path());
         QVERIFY(stored.open(QIODevice::ReadOnly));
         const QByteArray before = stored.readAll();
@@ -197,7 +182,7 @@ private Q_SLOTS:
         QCOMPARE(child.exitCode(), 0);
         const QStringList told =
             QString::fromUtf8(child.readAllStandardOutput()).split(QLatin1Char('\n'));
-        QCOMPARE(told.value(0), Counts(3, 0, 0));
+        QCOMPARE(told.value(0), ImportMessage(3, 0, 0));
         QCOMPARE(told.value(1), u"! 3 of the readable records could not be stored!"_qs);
         stored.seek(0);
         QVERIFY(stored.readAll() == before);

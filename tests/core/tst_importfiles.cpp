@@ -6,6 +6,7 @@
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QtTest>
+#include <numeric>
 
 #include "import/Import.h"
 #include "store/FormStuff.h"
@@ -60,12 +61,6 @@ QString ImportInto(StationFixture& station, const QString& file) {
     return u"%1, %2, %3; %4"_qs.arg(match.captured(1), match.captured(2), match.captured(3),
                                     empty.join(u", "_qs)) +
            (stored == match.captured(1) ? QString() : u"; stored "_qs + stored);
-}
-
-void WriteFile(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
 }
 
 long PeakMemoryKiB() {
@@ -159,9 +154,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, bytes);
         QFETCH(QString, result);
         StationFixture station;
-        const QString file = station.Folder() + u"/logger.csv"_qs;
-        WriteFile(file, bytes);
-        QCOMPARE(ImportInto(station, file), result);
+        QCOMPARE(ImportInto(station, station.LoggerFile(bytes)), result);
     }
 
     // Whatever the bytes: each line is counted once, and what counts as readable is stored.
@@ -187,9 +180,7 @@ private Q_SLOTS:
         }
         StationFixture station(3);
         SetLayout(type, u"6, 2, 0, 1"_qs);
-        const QString file = station.Folder() + u"/noise"_qs;
-        WriteFile(file, bytes);
-        const QString result = ImportInto(station, file);
+        const QString result = ImportInto(station, station.LoggerFile(bytes));
         QVERIFY2(!result.contains(u"stored"_qs), qPrintable(result));
         const QList<int> counts = Numbers(result.section(QLatin1Char(';'), 0, 0));
         bytes.replace("\r\n", "\n").replace('\r', '\n');
@@ -209,9 +200,7 @@ private Q_SLOTS:
         QFETCH(char, filling);
         QFETCH(QString, records);
         StationFixture station;
-        const QString path = station.Folder() + u"/endless.csv"_qs;
-        WriteFile(path, "1/1/02 00:15,1.25");
-        QFile file(path);
+        QFile file(station.LoggerFile("1/1/02 00:15,1.25"));
         QVERIFY(file.open(QIODevice::Append));
         const QByteArray piece(1024 * 1024, filling);
         for (int i = 0; i < 50; ++i) {
@@ -220,7 +209,7 @@ private Q_SLOTS:
         QVERIFY(file.write("\n1/1/02 00:30,1.5\n") > 0);
         file.close();
         const long before = PeakMemoryKiB();
-        QCOMPARE(ImportInto(station, path).left(7), u"2, 0, 0"_qs);
+        QCOMPARE(ImportInto(station, file.fileName()).left(7), u"2, 0, 0"_qs);
         QVERIFY2(PeakMemoryKiB() - before < 12 * 1024, "Memory grows with the line");
         QCOMPARE(station.Dump("Records"), records + u"\n2002-01-01 00:30:00 | 1.5"_qs);
     }

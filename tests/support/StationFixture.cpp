@@ -139,6 +139,13 @@ QString DumpTable(const QString& path, const QString& tableOrQuery) {
     return rows.join(QLatin1Char('\n'));
 }
 
+QString ImportMessage(int readable, int unreadable, int repeated) {
+    return QStringLiteral(" %1 Readable Records,  %2 Unreadable Records(s), and  %3 Dupulicate(s).")
+        .arg(readable)
+        .arg(unreadable)
+        .arg(repeated);
+}
+
 StationFixture::StationFixture(int channels) {
     ResetSharedState();
     CreateStationFile(Path(), channels);
@@ -147,6 +154,14 @@ StationFixture::StationFixture(int channels) {
 
 StationFixture::~StationFixture() {
     ResetSharedState();
+}
+
+QString StationFixture::LoggerFile(const QByteArray& bytes) const {
+    QFile file(folder_.filePath(QStringLiteral("logger.csv")));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
+        qFatal("No logger file: %s", qPrintable(file.errorString()));
+    }
+    return file.fileName();
 }
 
 void StationFixture::Open() {

@@ -44,6 +44,9 @@ void CreateStationFile(const QString& path, int channels = 1);
 // database layer, and sees what another process would see; a failure is the text.
 QString DumpTable(const QString& path, const QString& tableOrQuery);
 
+// The message that ends an import.
+QString ImportMessage(int readable, int unreadable, int repeated);
+
 // A temporary station, open from birth on, in a program that has just started otherwise. Install
 // scripted doors before it. At the end of its life all shared state is back to its start values.
 class StationFixture {
@@ -61,6 +64,9 @@ public:
 
     QString Folder() const { return folder_.path(); }
     QString Path() const { return folder_.filePath(QStringLiteral("station.mdb")); }
+
+    // Puts a logger file beside the station, in the place of the last one, and gives its path.
+    QString LoggerFile(const QByteArray& bytes) const;
 
     // As the main window does it: the names follow a successful OpenDB; Close writes the header.
     void Open();

@@ -366,6 +366,11 @@ private Q_SLOTS:
         }
         program.Choose("mnuFileStationNew", name);
         QTEST(program.Story(), "story");
+        if (StationConnection->State() == 0) {
+            // The pop-ups' items are there all the same, and do nothing.
+            Trigger(*program.window, u"mnuFileImport2"_qs);
+            Trigger(*program.window, u"mnuOutAnnual2"_qs);
+        }
     }
 
     void keepsAnUnreadableProjectBesideTheNewOne() {

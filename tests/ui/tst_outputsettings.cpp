@@ -47,7 +47,7 @@ QString PeriodShown(QWidget& form) {
     return QStringLiteral("%1 %2 to %3").arg(TextOf(form, "tbN"), unit, TextOf(form, "tbEndDate"));
 }
 
-QString Period() {
+QString PeriodText() {
     return QStringLiteral("%1 to %2, %3")
         .arg(ShortDateText(ReportBeginDate), ShortDateText(ReportEndDate), ReportPeriodCode);
 }
@@ -136,92 +136,58 @@ void TestOutputSettings::cleanup() {
 
 void TestOutputSettings::Period_data() {
     QTest::addColumn<ReportMode>("mode");
-    QTest::addColumn<QString>("begin");
-    QTest::addColumn<QString>("code");
-    QTest::addColumn<QString>("steps");  // buttons, or days picked
-    QTest::addColumn<QString>("shown");  // at load and after each step
+    QTest::addColumn<QString>("steps");
+    QTest::addColumn<QString>("shown");
 
     const ReportMode table = ReportMode::InstantaneousTable;
-    const ReportMode daily = ReportMode::DailyTable;
-    QTest::newRow("a month from January 1") << table << "2002-01-01"
-                                            << "931"
-                                            << ""
-                                            << "1 optMonths to Jan 31, 2002";
-    QTest::newRow("a month from January 31 runs on into March") << table << "2002-01-31"
-                                                                << "931"
-                                                                << ""
-                                                                << "1 optMonths to Mar 02, 2002";
-    QTest::newRow("months into the next year") << table << "2002-11-15"
-                                               << "933"
-                                               << ""
-                                               << "3 optMonths to Feb 14, 2003";
-    QTest::newRow("a year from March 1 ends on the leap day") << table << "2003-03-01"
-                                                              << "941"
-                                                              << ""
-                                                              << "1 optYears to Feb 29, 2004";
-    QTest::newRow("a shorter unit's number isn't put back")
-        << table << "2002-01-01"
-        << "9180"
-        << "optWeeks optDays"
-        << "80 optDays to Mar 21, 2002|52 optWeeks to Dec 30, 2002|52 optDays to Feb 21, 2002";
-    QTest::newRow("months and years of a table of readings")
-        << table << "2002-01-01"
-        << "9180"
-        << "optMonths optYears"
-        << "80 optDays to Mar 21, 2002|12 optMonths to Dec 31, 2002|1 optYears to Dec 31, 2002";
-    QTest::newRow("months and years of a table of days")
-        << daily << "2002-01-01"
-        << "9180"
-        << "optMonths optYears"
-        << "80 optDays to Mar 21, 2002|24 optMonths to Dec 31, 2003|10 optYears to Dec 31, 2011";
-    QTest::newRow("years of a graph of days")
-        << ReportMode::DailyGraph << "2002-01-01"
-        << "9325"
-        << "optYears"
-        << "24 optMonths to Dec 31, 2003|3 optYears to Dec 31, 2004";
-    QTest::newRow("spinning stops at both ends")
-        << table << "2002-01-01"
-        << "9312"
-        << "up optYears down optDays up"
-        << "12 optMonths to Dec 31, 2002|12 optMonths to Dec 31, 2002|1 optYears to Dec 31, 2002|"
-           "1 optYears to Dec 31, 2002|1 optDays to Jan 01, 2002|2 optDays to Jan 02, 2002";
-    QTest::newRow("another begin date") << table << "2002-01-01"
-                                        << "921"
-                                        << "2002-02-26"
-                                        << "1 optWeeks to Jan 07, 2002|1 optWeeks to Mar 04, 2002";
-    QTest::newRow("a code of another make") << table << "2002-03-15"
-                                            << "7118"
-                                            << ""
-                                            << "12 optMonths to Mar 14, 2003";
-    QTest::newRow("a code of an unknown unit") << table << "2002-03-15"
-                                               << "9518"
-                                               << ""
-                                               << "12 optMonths to Mar 14, 2003";
-    QTest::newRow("no code") << table << "2002-03-15"
-                             << ""
-                             << ""
-                             << "12 optMonths to Mar 14, 2003";
-    QTest::newRow("the annual table's own year")
-        << ReportMode::AnnualTable << "2002-03-17"
-        << "9180"
-        << "2003-03-01"
-        << "1 optYears to Feb 28, 2003|1 optYears to Feb 29, 2004";
+    const struct {
+        const char* name;
+        ReportMode mode;
+        const char* steps;  // begin date, period code, then buttons or days picked
+        const char* shown;  // at load and after each step
+    } rows[] = {
+        {"a month from January 1", table, "2002-01-01 931", "1 optMonths to Jan 31, 2002"},
+        {"a month from January 31 runs on into March", table, "2002-01-31 931",
+         "1 optMonths to Mar 02, 2002"},
+        {"months into the next year", table, "2002-11-15 933", "3 optMonths to Feb 14, 2003"},
+        {"a year from March 1 ends on the leap day", table, "2003-03-01 941",
+         "1 optYears to Feb 29, 2004"},
+        {"a shorter unit's number isn't put back", table, "2002-01-01 9180 optWeeks optDays",
+         "80 optDays to Mar 21, 2002|52 optWeeks to Dec 30, 2002|52 optDays to Feb 21, 2002"},
+        {"months and years of a table of readings", table, "2002-01-01 9180 optMonths optYears",
+         "80 optDays to Mar 21, 2002|12 optMonths to Dec 31, 2002|1 optYears to Dec 31, 2002"},
+        {"months and years of a table of days", ReportMode::DailyTable,
+         "2002-01-01 9180 optMonths optYears",
+         "80 optDays to Mar 21, 2002|24 optMonths to Dec 31, 2003|10 optYears to Dec 31, 2011"},
+        {"years of a graph of days", ReportMode::DailyGraph, "2002-01-01 9325 optYears",
+         "24 optMonths to Dec 31, 2003|3 optYears to Dec 31, 2004"},
+        {"two years at load", table, "2002-01-01 9324", "12 optMonths to Dec 31, 2002"},
+        {"spinning stops at both ends", table, "2002-01-01 9312 up optYears down optDays up",
+         "12 optMonths to Dec 31, 2002|12 optMonths to Dec 31, 2002|1 optYears to Dec 31, 2002|"
+         "1 optYears to Dec 31, 2002|1 optDays to Jan 01, 2002|2 optDays to Jan 02, 2002"},
+        {"another begin date", table, "2002-01-01 921 2002-02-26",
+         "1 optWeeks to Jan 07, 2002|1 optWeeks to Mar 04, 2002"},
+        {"a code of another make", table, "2002-03-15 7118", "12 optMonths to Mar 14, 2003"},
+        {"a code of an unknown unit", table, "2002-03-15 9518", "12 optMonths to Mar 14, 2003"},
+        {"the annual table's own year", ReportMode::AnnualTable, "2002-03-17 9180 2003-03-01",
+         "1 optYears to Feb 28, 2003|1 optYears to Feb 29, 2004"}};
+    for (const auto& row : rows) {
+        QTest::newRow(row.name) << row.mode << row.steps << row.shown;
+    }
 }
 
 void TestOutputSettings::Period() {
     QFETCH(ReportMode, mode);
-    QFETCH(QString, begin);
-    QFETCH(QString, code);
     QFETCH(QString, steps);
-    QFETCH(QString, shown);
 
-    ReportBeginDate = At(qPrintable(begin));
-    ReportPeriodCode = code;
+    QStringList todo = steps.split(u' ');
+    ReportBeginDate = At(qPrintable(todo.takeFirst()));
+    ReportPeriodCode = todo.takeFirst();
     QStringList seen;
     QString end;
     InSettings(mode, [&](QWidget& form) {
         seen << PeriodShown(form);
-        for (const QString& step : steps.split(u' ', Qt::SkipEmptyParts)) {
+        for (const QString& step : todo) {
             if (step.startsWith(u'2')) {
                 Child<DTPicker>(form, Name("DTPicker1")).SetValue(At(qPrintable(step)));
             } else if (step.startsWith(u"opt")) {
@@ -234,7 +200,7 @@ void TestOutputSettings::Period() {
         end = TextOf(form, "tbEndDate");
         Click(form, Name("cmdOK"));
     });
-    QCOMPARE(seen.join(u'|'), shown);
+    QTEST(seen.join(u'|'), "shown");
     // The period that the reports get, and the next dialog shows, is the one that stood there last.
     QCOMPARE(MonthDayYearText(ReportEndDate), end);
     QCOMPARE(ReportEndFromPeriod(ReportBeginDate, ReportPeriodCode), end);
@@ -242,22 +208,25 @@ void TestOutputSettings::Period() {
 
 void TestOutputSettings::SavesWhatItsReportShows_data() {
     QTest::addColumn<ReportMode>("mode");
-    QTest::addColumn<QString>("period");
-    QTest::addColumn<QString>("stored");
-    QTest::addColumn<bool>("measured");
-
-    QTest::newRow("annual table") << ReportMode::AnnualTable << "1/1/2002 to 12/31/2002, 941"
-                                  << "3 | 0.5 | ML | 0 | 10 | 11000 | 1 | 1" << false;
-    QTest::newRow("graph of readings")
-        << ReportMode::InstantaneousGraph << "1/1/2002 to 1/28/2002, 924"
-        << "2 | 1.98 | ac-ft | -1 | 12.5 | 11000 | 1 | 1" << true;
-    QTest::newRow("graph of days") << ReportMode::DailyGraph << "1/1/2002 to 1/28/2002, 924"
-                                   << "2 | 1.98 | ac-ft | -1 | 12.5 | 11101 | 1 | 1" << true;
-    QTest::newRow("table of readings")
-        << ReportMode::InstantaneousTable << "1/1/2002 to 1/28/2002, 924"
-        << "3 | 1.98 | ac-ft | 0 | 10 | 11000 | 1 | 1" << false;
-    QTest::newRow("table of days") << ReportMode::DailyTable << "1/1/2002 to 1/28/2002, 924"
-                                   << "3 | 1.98 | ac-ft | 0 | 10 | 11000 | 1 | 1" << false;
+    QTest::addColumn<QString>("saved");
+    const struct {
+        const char* name;
+        ReportMode mode;
+        const char* saved;
+    } rows[] = {
+        {"annual table", ReportMode::AnnualTable,
+         "1/1/2002 to 12/31/2002, 941; 3 | 0.5 | ML | 0 | 10 | 11000 | 1 | 1"},
+        {"graph of readings", ReportMode::InstantaneousGraph,
+         "1/1/2002 to 1/28/2002, 924; 2 | 1.98 | ac-ft | -1 | 12.5 | 11000 | 1 | 1; measured"},
+        {"graph of days", ReportMode::DailyGraph,
+         "1/1/2002 to 1/28/2002, 924; 2 | 1.98 | ac-ft | -1 | 12.5 | 11101 | 1 | 1; measured"},
+        {"table of readings", ReportMode::InstantaneousTable,
+         "1/1/2002 to 1/28/2002, 924; 3 | 1.98 | ac-ft | 0 | 10 | 11000 | 1 | 1"},
+        {"table of days", ReportMode::DailyTable,
+         "1/1/2002 to 1/28/2002, 924; 3 | 1.98 | ac-ft | 0 | 10 | 11000 | 1 | 1"}};
+    for (const auto& row : rows) {
+        QTest::newRow(row.name) << row.mode << row.saved;
+    }
 }
 
 void TestOutputSettings::SavesWhatItsReportShows() {
@@ -267,9 +236,9 @@ void TestOutputSettings::SavesWhatItsReportShows() {
         ChangeEverything(form);
         Click(form, Name("cmdOK"));
     });
-    QTEST(rillbook::Period(), "period");
-    QTEST(Stored(*station_), "stored");
-    QTEST(ShowMeasured, "measured");
+    QTEST(PeriodText() + QStringLiteral("; ") + Stored(*station_) +
+              (ShowMeasured ? QStringLiteral("; measured") : QString()),
+          "saved");
 }
 
 void TestOutputSettings::AnnualKeepsItsYearOnCancel() {
@@ -280,7 +249,7 @@ void TestOutputSettings::AnnualKeepsItsYearOnCancel() {
         Child<DTPicker>(form, Name("DTPicker1")).SetValue(At("2005-01-01"));
         Click(form, Name("cmdCancel"));
     });
-    QCOMPARE(rillbook::Period(), QStringLiteral("3/1/2002 to 2/28/2003, 941"));
+    QCOMPARE(PeriodText(), QStringLiteral("3/1/2002 to 2/28/2003, 941"));
     QCOMPARE(Stored(*station_), before);
     QCOMPARE(ChannelInfo[kChan].OutputFactor, 1.98);
 }
@@ -297,7 +266,7 @@ void TestOutputSettings::MaxBelowMin() {
         QVERIFY(DialogCancelled);
         QCOMPARE(doors_->shownMessages.back().icon, MsgBoxIcon::Exclamation);
         // The period is taken before the check, the rest only after it.
-        QCOMPARE(rillbook::Period(), QStringLiteral("1/1/2002 to 1/7/2002, 921"));
+        QCOMPARE(PeriodText(), QStringLiteral("1/1/2002 to 1/7/2002, 921"));
         const ChannelInfoData& channel = ChannelInfo[kChan];
         QCOMPARE(channel.GraphMin, 0.0);
         QCOMPARE(channel.GraphMax, 10.0);
@@ -310,11 +279,11 @@ void TestOutputSettings::MaxBelowMin() {
 void TestOutputSettings::Series_data() {
     QTest::addColumn<int>("series");
     QTest::addColumn<QString>("boxes");  // mean, minimum, maximum, total
-    QTest::newRow("mean") << 11000 << "1000";
-    QTest::newRow("minimum and total") << 10101 << "0101";
-    QTest::newRow("all") << 11111 << "1111";
-    QTest::newRow("never set") << 0 << "0000";
-    QTest::newRow("too few digits") << 111 << "1100";
+    const std::pair<int, const char*> rows[] = {
+        {11000, "1000"}, {10101, "0101"}, {11111, "1111"}, {0, "0000"}, {111, "1100"}};
+    for (const auto& [series, boxes] : rows) {
+        QTest::addRow("%d", series) << series << boxes;
+    }
 }
 
 void TestOutputSettings::Series() {
@@ -334,26 +303,26 @@ void TestOutputSettings::Series() {
 void TestOutputSettings::Increment_data() {
     QTest::addColumn<double>("minutes");
     QTest::addColumn<QString>("shown");
-    QTest::addColumn<QString>("typed");  // "-": left alone
+    QTest::addColumn<QString>("typed");
     QTest::addColumn<double>("saved");
-    QTest::newRow("more exact than its text") << 5.0 << "0.08"
-                                              << "-" << 5.0;
-    QTest::newRow("below the text's last place") << 0.1 << "0.00"
-                                                 << "-" << 0.1;
-    QTest::newRow("typed") << 5.0 << "0.08"
-                           << "0.25" << 15.0;
-    QTest::newRow("read from the left") << 5.0 << "0.08"
-                                        << "0.5 h" << 30.0;
-    QTest::newRow("empty") << 15.0 << "0.25"
-                           << "" << 60.0;
-    QTest::newRow("zero") << 15.0 << "0.25"
-                          << "0" << 60.0;
-    QTest::newRow("no number") << 15.0 << "0.25"
-                               << "often" << 60.0;
-    QTest::newRow("below zero") << 15.0 << "0.25"
-                                << "-2" << 60.0;
-    QTest::newRow("never set") << 0.0 << "0.00"
-                               << "-" << 60.0;
+    const struct {
+        const char* name;
+        double minutes;
+        const char* shown;
+        const char* typed;  // "-": left alone
+        double saved;
+    } rows[] = {{"more exact than its text", 5, "0.08", "-", 5},
+                {"below the text's last place", 0.1, "0.00", "-", 0.1},
+                {"typed", 5, "0.08", "0.25", 15},
+                {"read from the left", 5, "0.08", "0.5 h", 30},
+                {"empty", 15, "0.25", "", 60},
+                {"zero", 15, "0.25", "0", 60},
+                {"no number", 15, "0.25", "often", 60},
+                {"below zero", 15, "0.25", "-2", 60},
+                {"never set", 0, "0.00", "-", 60}};
+    for (const auto& row : rows) {
+        QTest::newRow(row.name) << row.minutes << row.shown << row.typed << row.saved;
+    }
 }
 
 void TestOutputSettings::Increment() {
@@ -396,12 +365,15 @@ void TestOutputSettings::Closing_data() {
     QTest::addColumn<QString>("way");
     QTest::addColumn<bool>("before");
     QTest::addColumn<bool>("after");
-    QTest::newRow("confirmed") << "cmdOK" << true << false;
-    QTest::newRow("cancelled") << "cmdCancel" << false << true;
-    QTest::newRow("escape") << "Esc" << false << true;
-    QTest::newRow("enter in a text") << "Return" << true << false;
-    QTest::newRow("title bar, clear") << "close" << false << false;
-    QTest::newRow("title bar, set") << "close" << true << true;
+    const struct {
+        const char* way;
+        bool before;
+        bool after;
+    } rows[] = {{"cmdOK", true, false}, {"Return", true, false}, {"cmdCancel", false, true},
+                {"Esc", false, true},   {"close", false, false}, {"close", true, true}};
+    for (const auto& row : rows) {
+        QTest::addRow("%s, %d before", row.way, row.before) << row.way << row.before << row.after;
+    }
 }
 
 void TestOutputSettings::Closing() {
