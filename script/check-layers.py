@@ -21,7 +21,9 @@ LAYERS = {
     "store": ["app", "platform/ado", "platform/desktop", "platform/text", "store"],
     "import": ["import", "platform/ado", "platform/desktop", "platform/text", "store"],
     "compute": ["compute", "platform/ado", "platform/desktop", "platform/text", "store"],
-    "forms": ["app", "compute", "forms", "import", "platform", "store"],
+    "graphs/Chart": ["compute", "graphs", "platform/ado", "platform/desktop", "platform/text", "store"],
+    "graphs": ["app", "compute", "forms", "graphs", "platform", "store"],
+    "forms": ["app", "compute", "forms", "graphs", "import", "platform", "store"],
 }
 
 
@@ -31,7 +33,7 @@ def main() -> int:
                            capture_output=True).stdout.split()
     faults = []
     for name in files:
-        layer = max((key for key in LAYERS if name == key or name.startswith(key + "/")),
+        layer = max((key for key in LAYERS if name == key or name.startswith((key + "/", key + "."))),
                     key=len, default=None)
         if layer is None:
             continue

@@ -3,6 +3,7 @@
 #include <QFileInfo>
 
 #include "platform/desktop/Desktop.h"
+#include "platform/desktop/Printer.h"
 
 namespace rillbook {
 
@@ -12,6 +13,12 @@ void CommonDialog::ShowOpen() {
 
 void CommonDialog::ShowSave() {
     Show(true);
+}
+
+void CommonDialog::ShowPrinter() {
+    if (!Printers().Choose(DialogTitle, Orientation)) {
+        throw DialogCancelledError();
+    }
 }
 
 void CommonDialog::Show(bool save) {

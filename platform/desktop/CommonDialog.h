@@ -49,6 +49,8 @@ public:
     // was typed, a save takes that of the filter's first pattern.
     void ShowOpen();
     void ShowSave();
+    // The printer dialog, set to Orientation. Raises DialogCancelledError.
+    void ShowPrinter();
 
 private:
     void Show(bool save);

@@ -37,4 +37,8 @@ Screen& TheScreen() {
     return Installed(TheDesktop().screen, "screen");
 }
 
+PrinterDoor& Printers() {
+    return Installed(TheDesktop().printers, "printer");
+}
+
 }  // namespace rillbook

@@ -7,6 +7,7 @@ namespace rillbook {
 class Clipboard;
 class FileDialogDoor;
 class MsgBoxDoor;
+class PrinterDoor;
 class Screen;
 class SettingsStore;
 
@@ -20,6 +21,7 @@ struct Desktop {
     SettingsStore* settings = nullptr;
     Clipboard* clipboard = nullptr;
     Screen* screen = nullptr;
+    PrinterDoor* printers = nullptr;
 };
 
 Desktop& TheDesktop();
@@ -29,5 +31,6 @@ FileDialogDoor& FileDialogs();
 SettingsStore& Settings();
 Clipboard& TheClipboard();
 Screen& TheScreen();
+PrinterDoor& Printers();
 
 }  // namespace rillbook
