@@ -85,7 +85,7 @@ void PainterSurface::Circle(double x, double y, double radius, Colour colour) {
     const double reach = Dots(radius);
     const QRectF page(0, 0, Dots(ScaleWidth()), Dots(ScaleHeight()));
     const double rim = reach + PenDots();
-    if (!page.adjusted(-rim, -rim, rim, rim).contains(centre)) {
+    if (!std::isfinite(x + y) || !page.adjusted(-rim, -rim, rim, rim).contains(centre)) {
         return;
     }
     Paint([centre, reach, ink = Pen(colour), fill = Brush()](QPainter& painter) {
