@@ -305,6 +305,7 @@ private Q_SLOTS:
                  "2400 1200 l\n"
                  "8 w\n"
                  "600 600 600 1200 re\n"
+                 "1 w\n"
                  "133 Tf"_qs);
         // Texts are texts, in a face that the file brings along.
         QVERIFY(pdf.contains("LiberationSans-Italic") && pdf.contains("/FontFile2") &&
