@@ -27,15 +27,6 @@
 
 namespace rillbook {
 
-namespace {
-
-template <typename Form>
-std::unique_ptr<QDialog> Make(const QString& projectName, QWidget* parent) {
-    return std::make_unique<Form>(projectName, parent);
-}
-
-}  // namespace
-
 frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui_(std::make_unique<Ui::frmMain>()) {
     ui_->setupUi(this);
     layout()->setSizeConstraint(QLayout::SetFixedSize);
@@ -103,15 +94,19 @@ void frmMain::ConnectCommands() {
 }
 
 void frmMain::ConnectReports() {
+    const auto project = [this] { return ui_->tbProjectName->text(); };
     const struct {
         QAction* item;
         QAction* ofPopup;
         ReportMode mode;
         ReportMaker make;
     } reports[] = {
-        {ui_->mnuOutInstT, ui_->mnuOutInstT2, ReportMode::InstantaneousTable, Make<frmInstT>},
-        {ui_->mnuOutDailyT, ui_->mnuOutDailyT2, ReportMode::DailyTable, Make<frmDailyT>},
-        {ui_->mnuOutAnnual, ui_->mnuOutAnnual2, ReportMode::AnnualTable, Make<frmAnnualT>},
+        {ui_->mnuOutInstT, ui_->mnuOutInstT2, ReportMode::InstantaneousTable,
+         [=, this] { return std::make_unique<frmInstT>(project(), this); }},
+        {ui_->mnuOutDailyT, ui_->mnuOutDailyT2, ReportMode::DailyTable,
+         [=, this] { return std::make_unique<frmDailyT>(project(), this); }},
+        {ui_->mnuOutAnnual, ui_->mnuOutAnnual2, ReportMode::AnnualTable,
+         [=, this] { return std::make_unique<frmAnnualT>(project(), this); }},
     };
     for (const auto& report : reports) {
         const auto show = [this, mode = report.mode, make = report.make] {
@@ -250,14 +245,14 @@ void frmMain::ImportLoggerFile() {
     WriteStationInfo();
 }
 
-void frmMain::ShowReport(ReportMode mode, ReportMaker make) {
+void frmMain::ShowReport(ReportMode mode, const ReportMaker& make) {
     if (StationConnection->State() == 0) {
         return;
     }
     SettingsMode = mode;
     frmOutputSettings(this).exec();
     if (!DialogCancelled) {
-        make(ui_->tbProjectName->text(), this)->exec();
+        make()->exec();
     }
 }
 

@@ -55,8 +55,7 @@ protected:
 
 private:
     using Command = void (frmMain::*)();
-    // Makes a report's form for the project of this name.
-    using ReportMaker = std::unique_ptr<QDialog> (*)(const QString& projectName, QWidget* parent);
+    using ReportMaker = std::function<std::unique_ptr<QDialog>()>;
 
     void SetUpPictures();
     void SetUpSeparators();
@@ -80,7 +79,7 @@ private:
     void SaveStationData();
     void ImportLoggerFile();
     // The output settings of a report, then its form unless the user cancelled.
-    void ShowReport(ReportMode mode, ReportMaker make);
+    void ShowReport(ReportMode mode, const ReportMaker& make);
     void ShowAboutBox();
 
     // "Save Current Project?" False if the command that asks must end.
