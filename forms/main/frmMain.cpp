@@ -7,12 +7,13 @@
 
 #include "app/Application.h"
 #include "app/InitialFile.h"
-#include "app/SharedState.h"
 #include "forms/main/DesktopApplication.h"
 #include "forms/main/Icons.h"
 #include "forms/main/StationNodes.h"
 #include "forms/main/frmAbout.h"
 #include "forms/reports/frmAnnualT.h"
+#include "forms/reports/frmDailyT.h"
+#include "forms/reports/frmInstT.h"
 #include "forms/reports/frmOutputSettings.h"
 #include "import/Import.h"
 #include "platform/desktop/Desktop.h"
@@ -32,6 +33,7 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui_(std::make_unique<Ui
     SetUpPictures();
     SetUpSeparators();
     ConnectCommands();
+    ConnectReports();
     ConnectTree();
     // A double quote would end the name's item in the project file.
     static const QRegularExpression noDoubleQuote(QStringLiteral("[^\"]*"));
@@ -82,18 +84,41 @@ void frmMain::ConnectCommands() {
         {ui_->mnuFileStationSave, &frmMain::SaveStationData},
         {ui_->mnuFileImport, &frmMain::ImportLoggerFile},
         {ui_->mnuFileImport2, &frmMain::ImportLoggerFile},
-        {ui_->mnuOutAnnual, &frmMain::ShowAnnualTable},
-        {ui_->mnuOutAnnual2, &frmMain::ShowAnnualTable},
         {ui_->mnuHelpAbout, &frmMain::ShowAboutBox},
     };
     for (const auto& [item, command] : commands) {
-        connect(item, &QAction::triggered, this, [this, command = command] { Run(command); });
+        connect(item, &QAction::triggered, this,
+                [this, command = command] { Run([&] { (this->*command)(); }); });
     }
     connect(ui_->mnuFileExit, &QAction::triggered, this, &QWidget::close);
 }
 
+void frmMain::ConnectReports() {
+    const auto project = [this] { return ui_->tbProjectName->text(); };
+    const struct {
+        QAction* item;
+        QAction* ofPopup;
+        ReportMode mode;
+        ReportMaker make;
+    } reports[] = {
+        {ui_->mnuOutInstT, ui_->mnuOutInstT2, ReportMode::InstantaneousTable,
+         [=, this] { return std::make_unique<frmInstT>(project(), this); }},
+        {ui_->mnuOutDailyT, ui_->mnuOutDailyT2, ReportMode::DailyTable,
+         [=, this] { return std::make_unique<frmDailyT>(project(), this); }},
+        {ui_->mnuOutAnnual, ui_->mnuOutAnnual2, ReportMode::AnnualTable,
+         [=, this] { return std::make_unique<frmAnnualT>(project(), this); }},
+    };
+    for (const auto& report : reports) {
+        const auto show = [this, mode = report.mode, make = report.make] {
+            Run([&] { ShowReport(mode, make); });
+        };
+        connect(report.item, &QAction::triggered, this, show);
+        connect(report.ofPopup, &QAction::triggered, this, show);
+    }
+}
+
 void frmMain::ConnectTree() {
-    const auto click = [this] { Run(&frmMain::TreeClick); };
+    const auto click = [this] { Run([this] { TreeClick(); }); };
     // The first one to come opens another station, which brings its own OutputChannel; the second
     // one sets the channel that the user clicked. It doesn't try, and tell, again where the first
     // one couldn't open the station.
@@ -107,9 +132,9 @@ void frmMain::ConnectTree() {
     connect(ui_->TreeView1, &StationTree::MenuAsked, this, &frmMain::ShowTreeMenu);
 }
 
-void frmMain::Run(Command command) {
+void frmMain::Run(const std::function<void()>& command) {
     try {
-        (this->*command)();
+        command();
     } catch (const std::exception& failure) {
         TellFailure(failure);
     }
@@ -220,14 +245,14 @@ void frmMain::ImportLoggerFile() {
     WriteStationInfo();
 }
 
-void frmMain::ShowAnnualTable() {
+void frmMain::ShowReport(ReportMode mode, const ReportMaker& make) {
     if (StationConnection->State() == 0) {
         return;
     }
-    SettingsMode = ReportMode::AnnualTable;
+    SettingsMode = mode;
     frmOutputSettings(this).exec();
     if (!DialogCancelled) {
-        frmAnnualT(ui_->tbProjectName->text(), this).exec();
+        make()->exec();
     }
 }
 

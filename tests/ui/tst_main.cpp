@@ -148,11 +148,12 @@ private Q_SLOTS:
                  "mnuFileProjectOpen mnuFileProjectSave mnuFileStationNew mnuFileStationOpen "
                  "mnuHelpAbout New Open Save tbProjectName Toolbar1 TreeView1"_qs);
         program.AddStation(u"a.mdb"_qs);
-        QCOMPARE(program.Enabled(),
-                 u"Frame1 lblProjName mnuFileExit mnuFileImport mnuFileProjectClose "
-                 "mnuFileProjectNew mnuFileProjectOpen mnuFileProjectSave mnuFileStationClose "
-                 "mnuFileStationNew mnuFileStationOpen mnuFileStationSave mnuHelpAbout "
-                 "mnuOutAnnual New Open Save tbProjectName Toolbar1 TreeView1"_qs);
+        QCOMPARE(
+            program.Enabled(),
+            u"Frame1 lblProjName mnuFileExit mnuFileImport mnuFileProjectClose "
+            "mnuFileProjectNew mnuFileProjectOpen mnuFileProjectSave mnuFileStationClose "
+            "mnuFileStationNew mnuFileStationOpen mnuFileStationSave mnuHelpAbout "
+            "mnuOutAnnual mnuOutDailyT mnuOutInstT New Open Save tbProjectName Toolbar1 TreeView1"_qs);
         program.doors.ExpectMessage(u"Save Current Project?"_qs, MsgBoxAnswer::No);
         Trigger(*program.window, u"mnuFileProjectClose"_qs);
         QCOMPARE(program.Enabled(), nothing);
@@ -443,13 +444,24 @@ private Q_SLOTS:
         QCOMPARE(program.window->Text(StationPanel::Item::Notes), u"none"_qs);
     }
 
+    void showsTheReportUnlessCancelled_data() {
+        QTest::addColumn<QString>("item");
+        QTest::addColumn<QString>("report");
+        for (const auto& [item, form] : {std::pair{"mnuOutInstT", "frmInstT"},
+                                         {"mnuOutDailyT", "frmDailyT"},
+                                         {"mnuOutAnnual", "frmAnnualT"}}) {
+            QTest::newRow(item) << QString::fromLatin1(item) << QString::fromLatin1(form);
+        }
+    }
+
     void showsTheReportUnlessCancelled() {
+        QFETCH(QString, item);
         Program program;
         program.NewProject();
         program.AddStation(u"a.mdb"_qs);
         {
             const NextWindow settings([](QWidget& form) { Click(form, u"cmdCancel"_qs); });
-            Trigger(*program.window, u"mnuOutAnnual"_qs);
+            Trigger(*program.window, item);
         }
         QString shown;
         program.doors.ExpectMessage(u"No data within dates!"_qs);
@@ -458,8 +470,8 @@ private Q_SLOTS:
             shown = form.objectName();
             form.close();
         });
-        Trigger(*program.window, u"mnuOutAnnual2"_qs);
-        QCOMPARE(shown, u"frmAnnualT"_qs);
+        Trigger(*program.window, item + u'2');
+        QTEST(shown, "report");
     }
 
     void tellsItsVersion() {
