@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QDir>
 #include <QFileDialog>
+#include <QImage>
 #include <QMessageBox>
 #include <QSettings>
 
@@ -181,6 +182,10 @@ void QtDoors::SetText(const QString& text) {
 
 QString QtDoors::GetText() {
     return QGuiApplication::clipboard()->text();
+}
+
+void QtDoors::SetBitmap(const QByteArray& bmp) {
+    QGuiApplication::clipboard()->setImage(QImage::fromData(bmp, "BMP"));
 }
 
 void QtDoors::SetMousePointer(int pointer) {
