@@ -1,9 +1,8 @@
 #pragma once
 
-#include <QDialog>
 #include <memory>
 
-#include "app/SharedState.h"
+#include "forms/reports/ReportForm.h"
 #include "graphs/Chart.h"
 
 namespace rillbook {
@@ -18,7 +17,7 @@ class GraphForm;
 // What the two graph windows share: a picture that fills them, the menus, the page on paper, and
 // one remembered place on the screen. The graph is of the open station's output channel over the
 // report period, and is read and drawn anew with every change of the window's size.
-class GraphForm : public QDialog {
+class GraphForm : public ReportForm {
     Q_OBJECT
 public:
     ~GraphForm() override;
@@ -43,6 +42,8 @@ protected:
     GraphForm(const Kind& kind, const QString& projectName, CommonDialog& printerDialog,
               QWidget* parent);
 
+    // On the picture. A failure is told to the user.
+    void Rebuild() override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
@@ -51,19 +52,15 @@ private:
     // Between the channel's own description and that of its quantity.
     virtual QString TitleWords(int chan) const = 0;
 
-    void ConnectCommands();
     void FitPicture();
-    void RedrawSoon();
-    void Redraw();
+    void RebuildSoon();
     void PrintGraph();
-    void CopyPicture();
-    void ShowSettings();
 
-    const Kind kind_;
+    const int seriesCount_;
     const QString projectName_;
     CommonDialog& cdbprinter_;
     std::unique_ptr<Ui::GraphForm> ui_;
-    bool redrawsSoon_ = false;
+    bool rebuildsSoon_ = false;
 };
 
 }  // namespace rillbook

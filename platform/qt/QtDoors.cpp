@@ -4,7 +4,6 @@
 #include <QClipboard>
 #include <QDir>
 #include <QFileDialog>
-#include <QImage>
 #include <QMessageBox>
 #include <QSettings>
 
@@ -182,10 +181,6 @@ void QtDoors::SetText(const QString& text) {
 
 QString QtDoors::GetText() {
     return QGuiApplication::clipboard()->text();
-}
-
-void QtDoors::SetBitmap(const QByteArray& bmp) {
-    QGuiApplication::clipboard()->setImage(QImage::fromData(bmp, "BMP"));
 }
 
 void QtDoors::SetMousePointer(int pointer) {

@@ -28,7 +28,6 @@ public:
     void Clear() override;
     void SetText(const QString& text) override;
     QString GetText() override;
-    void SetBitmap(const QByteArray& bmp) override;
     void SetMousePointer(int pointer) override;
     int MousePointer() const override;
 

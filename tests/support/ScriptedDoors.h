@@ -45,7 +45,6 @@ public:
     std::vector<FileRequest> fileRequests;
     QMap<QString, QString> settings;  // by key
     QString clipboardText;
-    QByteArray clipboardBitmap;
     std::vector<int> pointers;  // every pointer set, in order
 
     MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
@@ -54,13 +53,9 @@ public:
     QString Get(const QString& application, const QString& section, const QString& key) override;
     void Save(const QString& application, const QString& section, const QString& key,
               const QString& text) override;
-    void Clear() override {
-        clipboardText.clear();
-        clipboardBitmap.clear();
-    }
+    void Clear() override { clipboardText.clear(); }
     void SetText(const QString& text) override { clipboardText = text; }
     QString GetText() override { return clipboardText; }
-    void SetBitmap(const QByteArray& bmp) override { clipboardBitmap = bmp; }
     void SetMousePointer(int pointer) override { pointers.push_back(pointer); }
     int MousePointer() const override { return pointers.empty() ? vbDefault : pointers.back(); }
 
