@@ -7,12 +7,13 @@
 
 #include "app/Application.h"
 #include "app/InitialFile.h"
-#include "app/SharedState.h"
 #include "forms/main/DesktopApplication.h"
 #include "forms/main/Icons.h"
 #include "forms/main/StationNodes.h"
 #include "forms/main/frmAbout.h"
 #include "forms/reports/frmAnnualT.h"
+#include "forms/reports/frmDailyT.h"
+#include "forms/reports/frmInstT.h"
 #include "forms/reports/frmOutputSettings.h"
 #include "import/Import.h"
 #include "platform/desktop/Desktop.h"
@@ -26,12 +27,22 @@
 
 namespace rillbook {
 
+namespace {
+
+template <typename Form>
+std::unique_ptr<QDialog> Make(const QString& projectName, QWidget* parent) {
+    return std::make_unique<Form>(projectName, parent);
+}
+
+}  // namespace
+
 frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui_(std::make_unique<Ui::frmMain>()) {
     ui_->setupUi(this);
     layout()->setSizeConstraint(QLayout::SetFixedSize);
     SetUpPictures();
     SetUpSeparators();
     ConnectCommands();
+    ConnectReports();
     ConnectTree();
     // A double quote would end the name's item in the project file.
     static const QRegularExpression noDoubleQuote(QStringLiteral("[^\"]*"));
@@ -82,18 +93,37 @@ void frmMain::ConnectCommands() {
         {ui_->mnuFileStationSave, &frmMain::SaveStationData},
         {ui_->mnuFileImport, &frmMain::ImportLoggerFile},
         {ui_->mnuFileImport2, &frmMain::ImportLoggerFile},
-        {ui_->mnuOutAnnual, &frmMain::ShowAnnualTable},
-        {ui_->mnuOutAnnual2, &frmMain::ShowAnnualTable},
         {ui_->mnuHelpAbout, &frmMain::ShowAboutBox},
     };
     for (const auto& [item, command] : commands) {
-        connect(item, &QAction::triggered, this, [this, command = command] { Run(command); });
+        connect(item, &QAction::triggered, this,
+                [this, command = command] { Run([&] { (this->*command)(); }); });
     }
     connect(ui_->mnuFileExit, &QAction::triggered, this, &QWidget::close);
 }
 
+void frmMain::ConnectReports() {
+    const struct {
+        QAction* item;
+        QAction* ofPopup;
+        ReportMode mode;
+        ReportMaker make;
+    } reports[] = {
+        {ui_->mnuOutInstT, ui_->mnuOutInstT2, ReportMode::InstantaneousTable, Make<frmInstT>},
+        {ui_->mnuOutDailyT, ui_->mnuOutDailyT2, ReportMode::DailyTable, Make<frmDailyT>},
+        {ui_->mnuOutAnnual, ui_->mnuOutAnnual2, ReportMode::AnnualTable, Make<frmAnnualT>},
+    };
+    for (const auto& report : reports) {
+        const auto show = [this, mode = report.mode, make = report.make] {
+            Run([&] { ShowReport(mode, make); });
+        };
+        connect(report.item, &QAction::triggered, this, show);
+        connect(report.ofPopup, &QAction::triggered, this, show);
+    }
+}
+
 void frmMain::ConnectTree() {
-    const auto click = [this] { Run(&frmMain::TreeClick); };
+    const auto click = [this] { Run([this] { TreeClick(); }); };
     // The first one to come opens another station, which brings its own OutputChannel; the second
     // one sets the channel that the user clicked. It doesn't try, and tell, again where the first
     // one couldn't open the station.
@@ -107,9 +137,9 @@ void frmMain::ConnectTree() {
     connect(ui_->TreeView1, &StationTree::MenuAsked, this, &frmMain::ShowTreeMenu);
 }
 
-void frmMain::Run(Command command) {
+void frmMain::Run(const std::function<void()>& command) {
     try {
-        (this->*command)();
+        command();
     } catch (const std::exception& failure) {
         TellFailure(failure);
     }
@@ -220,14 +250,14 @@ void frmMain::ImportLoggerFile() {
     WriteStationInfo();
 }
 
-void frmMain::ShowAnnualTable() {
+void frmMain::ShowReport(ReportMode mode, ReportMaker make) {
     if (StationConnection->State() == 0) {
         return;
     }
-    SettingsMode = ReportMode::AnnualTable;
+    SettingsMode = mode;
     frmOutputSettings(this).exec();
     if (!DialogCancelled) {
-        frmAnnualT(ui_->tbProjectName->text(), this).exec();
+        make(ui_->tbProjectName->text(), this)->exec();
     }
 }
 

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <QMainWindow>
+#include <functional>
 #include <memory>
 
+#include "app/SharedState.h"
 #include "platform/desktop/CommonDialog.h"
 #include "store/StationPanel.h"
 
+class QDialog;
 class QTreeWidgetItem;
 
 namespace rillbook {
@@ -52,12 +55,15 @@ protected:
 
 private:
     using Command = void (frmMain::*)();
+    // Makes a report's form for the project of this name.
+    using ReportMaker = std::unique_ptr<QDialog> (*)(const QString& projectName, QWidget* parent);
 
     void SetUpPictures();
     void SetUpSeparators();
     void ConnectCommands();
+    void ConnectReports();
     void ConnectTree();
-    void Run(Command command);
+    void Run(const std::function<void()>& command);
 
     // The tree's click: opens the selected node's station, unless StationPath names it, and sets
     // OutputChannel.
@@ -73,7 +79,8 @@ private:
     void RemoveStation();
     void SaveStationData();
     void ImportLoggerFile();
-    void ShowAnnualTable();
+    // The output settings of a report, then its form unless the user cancelled.
+    void ShowReport(ReportMode mode, ReportMaker make);
     void ShowAboutBox();
 
     // "Save Current Project?" False if the command that asks must end.
