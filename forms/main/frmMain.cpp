@@ -15,6 +15,8 @@
 #include "forms/reports/frmDailyT.h"
 #include "forms/reports/frmInstT.h"
 #include "forms/reports/frmOutputSettings.h"
+#include "graphs/frmDailyG.h"
+#include "graphs/frmInstG.h"
 #include "import/Import.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/desktop/Screen.h"
@@ -26,15 +28,6 @@
 #include "ui_frmMain.h"
 
 namespace rillbook {
-
-namespace {
-
-template <typename Form>
-std::unique_ptr<QDialog> Make(const QString& projectName, QWidget* parent) {
-    return std::make_unique<Form>(projectName, parent);
-}
-
-}  // namespace
 
 frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui_(std::make_unique<Ui::frmMain>()) {
     ui_->setupUi(this);
@@ -109,9 +102,16 @@ void frmMain::ConnectReports() {
         ReportMode mode;
         ReportMaker make;
     } reports[] = {
-        {ui_->mnuOutInstT, ui_->mnuOutInstT2, ReportMode::InstantaneousTable, Make<frmInstT>},
-        {ui_->mnuOutDailyT, ui_->mnuOutDailyT2, ReportMode::DailyTable, Make<frmDailyT>},
-        {ui_->mnuOutAnnual, ui_->mnuOutAnnual2, ReportMode::AnnualTable, Make<frmAnnualT>},
+        {ui_->mnuOutInstG, ui_->mnuOutInstG2, ReportMode::InstantaneousGraph,
+         &frmMain::MakeGraph<frmInstG>},
+        {ui_->mnuOutDailyG, ui_->mnuOutDailyG2, ReportMode::DailyGraph,
+         &frmMain::MakeGraph<frmDailyG>},
+        {ui_->mnuOutInstT, ui_->mnuOutInstT2, ReportMode::InstantaneousTable,
+         &frmMain::MakeTable<frmInstT>},
+        {ui_->mnuOutDailyT, ui_->mnuOutDailyT2, ReportMode::DailyTable,
+         &frmMain::MakeTable<frmDailyT>},
+        {ui_->mnuOutAnnual, ui_->mnuOutAnnual2, ReportMode::AnnualTable,
+         &frmMain::MakeTable<frmAnnualT>},
     };
     for (const auto& report : reports) {
         const auto show = [this, mode = report.mode, make = report.make] {
@@ -133,7 +133,8 @@ void frmMain::ConnectTree() {
             click();
         }
     });
-    connect(ui_->TreeView1, &StationTree::DblClick, this, click);
+    connect(ui_->TreeView1, &StationTree::DblClick, this,
+            [this] { Run([this] { TreeDoubleClick(); }); });
     connect(ui_->TreeView1, &StationTree::MenuAsked, this, &frmMain::ShowTreeMenu);
 }
 
@@ -222,6 +223,20 @@ void frmMain::TreeClick() {
     }
 }
 
+void frmMain::TreeDoubleClick() {
+    TreeClick();
+    if (ui_->TreeView1->currentItem() == nullptr || StationConnection->State() == 0) {
+        return;
+    }
+    // Over more than a year, and with no axis to draw on, the user settles both first.
+    const ChannelInfoData& channel = ChannelInfo[StationInfo.OutputChannel];
+    if (ReportEndDate - ReportBeginDate >= 367 && channel.GraphMin >= channel.GraphMax) {
+        ShowReport(ReportMode::InstantaneousGraph, &frmMain::MakeGraph<frmInstG>);
+    } else {
+        MakeGraph<frmInstG>()->exec();
+    }
+}
+
 void frmMain::ShowTreeMenu(const QPoint& globalPosition) {
     const QTreeWidgetItem* node = ui_->TreeView1->currentItem();
     if (node != nullptr) {
@@ -257,8 +272,18 @@ void frmMain::ShowReport(ReportMode mode, ReportMaker make) {
     SettingsMode = mode;
     frmOutputSettings(this).exec();
     if (!DialogCancelled) {
-        make(ui_->tbProjectName->text(), this)->exec();
+        (this->*make)()->exec();
     }
+}
+
+template <typename Form>
+std::unique_ptr<QDialog> frmMain::MakeTable() {
+    return std::make_unique<Form>(ui_->tbProjectName->text(), this);
+}
+
+template <typename Form>
+std::unique_ptr<QDialog> frmMain::MakeGraph() {
+    return std::make_unique<Form>(ui_->tbProjectName->text(), cdbprinter, this);
 }
 
 void frmMain::ShowAboutBox() {

@@ -55,8 +55,7 @@ protected:
 
 private:
     using Command = void (frmMain::*)();
-    // Makes a report's form for the project of this name.
-    using ReportMaker = std::unique_ptr<QDialog> (*)(const QString& projectName, QWidget* parent);
+    using ReportMaker = std::unique_ptr<QDialog> (frmMain::*)();
 
     void SetUpPictures();
     void SetUpSeparators();
@@ -68,6 +67,8 @@ private:
     // The tree's click: opens the selected node's station, unless StationPath names it, and sets
     // OutputChannel.
     void TreeClick();
+    // The click, and then the graph of the readings.
+    void TreeDoubleClick();
     void ShowTreeMenu(const QPoint& globalPosition);
 
     void NewProject();
@@ -79,6 +80,10 @@ private:
     void RemoveStation();
     void SaveStationData();
     void ImportLoggerFile();
+    template <typename Form>
+    std::unique_ptr<QDialog> MakeTable();
+    template <typename Form>
+    std::unique_ptr<QDialog> MakeGraph();
     // The output settings of a report, then its form unless the user cancelled.
     void ShowReport(ReportMode mode, ReportMaker make);
     void ShowAboutBox();
