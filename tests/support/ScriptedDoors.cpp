@@ -1,6 +1,7 @@
 #include "tests/support/ScriptedDoors.h"
 
 #include <QtTest/QTest>
+#include <utility>
 
 #include "platform/desktop/Desktop.h"
 
@@ -37,7 +38,8 @@ ScriptedDoors::ScriptedDoors() {
                            .fileDialogs = this,
                            .settings = this,
                            .clipboard = this,
-                           .screen = this};
+                           .screen = this,
+                           .printers = this};
 }
 
 ScriptedDoors::~ScriptedDoors() {
@@ -57,6 +59,15 @@ void ScriptedDoors::CancelFileDialog() {
     fileAnswers_.push_back(std::nullopt);
 }
 
+std::shared_ptr<PrintRecording> ScriptedDoors::ExpectPrint(double width, double height) {
+    expectedPrints_.push_back({std::make_shared<PrintRecording>(), width, height});
+    return expectedPrints_.back().recording;
+}
+
+void ScriptedDoors::CancelPrinter() {
+    expectedPrints_.emplace_back();
+}
+
 void ScriptedDoors::Verify() {
     for (const ExpectedMessage& message : expectedMessages_) {
         Fail(QStringLiteral("Message that never came: %1").arg(message.text));
@@ -64,8 +75,12 @@ void ScriptedDoors::Verify() {
     if (!fileAnswers_.empty()) {
         Fail(QStringLiteral("%1 file dialog(s) that never came").arg(fileAnswers_.size()));
     }
+    if (!expectedPrints_.empty()) {
+        Fail(QStringLiteral("%1 print(s) that never came").arg(expectedPrints_.size()));
+    }
     expectedMessages_.clear();
     fileAnswers_.clear();
+    expectedPrints_.clear();
 }
 
 MsgBoxAnswer ScriptedDoors::Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
@@ -93,6 +108,40 @@ std::optional<QString> ScriptedDoors::Ask(const FileRequest& request) {
     const std::optional<QString> answer = fileAnswers_.front();
     fileAnswers_.pop_front();
     return answer;
+}
+
+bool ScriptedDoors::Choose(const QString& title, int orientation) {
+    if (expectedPrints_.empty()) {
+        Fail(QStringLiteral("Unexpected printer dialog: %1").arg(title));
+        return false;
+    }
+    if (!expectedPrints_.front().recording) {
+        expectedPrints_.pop_front();
+        return false;
+    }
+    PrintRecording& recording = *expectedPrints_.front().recording;
+    recording.dialogTitle = title;
+    recording.dialogOrientation = orientation;
+    return true;
+}
+
+std::unique_ptr<Printer> ScriptedDoors::BeginDoc(const QString& name, int orientation) {
+    ExpectedPrint expected;
+    if (expectedPrints_.empty()) {
+        Fail(QStringLiteral("Unexpected print: %1").arg(name));
+    } else {
+        expected = std::exchange(expectedPrints_.front(), {});
+        expectedPrints_.pop_front();
+    }
+    if (!expected.recording) {
+        throw DialogCancelledError();
+    }
+    expected.recording->name = name;
+    expected.recording->orientation = orientation;
+    if (orientation == cdlLandscape) {
+        std::swap(expected.width, expected.height);
+    }
+    return std::make_unique<RecordingPrinter>(expected.width, expected.height, expected.recording);
 }
 
 QString ScriptedDoors::Get(const QString&, const QString&, const QString& key) {
