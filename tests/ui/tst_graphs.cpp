@@ -392,10 +392,10 @@ void TestGraphs::PrintsNothing() {
 
 void TestGraphs::TellsOnceWhatCantBeRead() {
     LateReading(*station_);
-    for (const char* table : {"Calibration", "Records"}) {
-        InGraph([&](QWidget& form) {
-            const auto& picture = Child<PictureBox>(form, QStringLiteral("Picture1"));
-            const QImage before = picture.Image();
+    InGraph([&](QWidget& form) {
+        const auto& picture = Child<PictureBox>(form, QStringLiteral("Picture1"));
+        const QImage before = picture.Image();
+        for (const char* table : {"Calibration", "Records"}) {
             RunPlainSql(station_->Path(), QByteArray("DROP TABLE ") + table);
             MessageLog log;
             Trigger(form, QStringLiteral("mnuEditRefresh"));
@@ -403,8 +403,8 @@ void TestGraphs::TellsOnceWhatCantBeRead() {
             QVERIFY(form.isVisible());
             QCOMPARE(picture.Image(), before);
             QCOMPARE(doors_->MousePointer(), static_cast<int>(vbDefault));
-        });
-    }
+        }
+    });
 }
 
 }  // namespace rillbook
