@@ -96,6 +96,7 @@ void frmMain::ConnectCommands() {
 }
 
 void frmMain::ConnectReports() {
+    const auto project = [this] { return ui_->tbProjectName->text(); };
     const struct {
         QAction* item;
         QAction* ofPopup;
@@ -103,15 +104,15 @@ void frmMain::ConnectReports() {
         ReportMaker make;
     } reports[] = {
         {ui_->mnuOutInstG, ui_->mnuOutInstG2, ReportMode::InstantaneousGraph,
-         &frmMain::MakeGraph<frmInstG>},
+         [this] { return MakeInstG(); }},
         {ui_->mnuOutDailyG, ui_->mnuOutDailyG2, ReportMode::DailyGraph,
-         &frmMain::MakeGraph<frmDailyG>},
+         [=, this] { return std::make_unique<frmDailyG>(project(), cdbprinter, this); }},
         {ui_->mnuOutInstT, ui_->mnuOutInstT2, ReportMode::InstantaneousTable,
-         &frmMain::MakeTable<frmInstT>},
+         [=, this] { return std::make_unique<frmInstT>(project(), this); }},
         {ui_->mnuOutDailyT, ui_->mnuOutDailyT2, ReportMode::DailyTable,
-         &frmMain::MakeTable<frmDailyT>},
+         [=, this] { return std::make_unique<frmDailyT>(project(), this); }},
         {ui_->mnuOutAnnual, ui_->mnuOutAnnual2, ReportMode::AnnualTable,
-         &frmMain::MakeTable<frmAnnualT>},
+         [=, this] { return std::make_unique<frmAnnualT>(project(), this); }},
     };
     for (const auto& report : reports) {
         const auto show = [this, mode = report.mode, make = report.make] {
@@ -231,9 +232,9 @@ void frmMain::TreeDoubleClick() {
     // Over more than a year, and with no axis to draw on, the user settles both first.
     const ChannelInfoData& channel = ChannelInfo[StationInfo.OutputChannel];
     if (ReportEndDate - ReportBeginDate >= 367 && channel.GraphMin >= channel.GraphMax) {
-        ShowReport(ReportMode::InstantaneousGraph, &frmMain::MakeGraph<frmInstG>);
+        ShowReport(ReportMode::InstantaneousGraph, [this] { return MakeInstG(); });
     } else {
-        MakeGraph<frmInstG>()->exec();
+        MakeInstG()->exec();
     }
 }
 
@@ -265,25 +266,19 @@ void frmMain::ImportLoggerFile() {
     WriteStationInfo();
 }
 
-void frmMain::ShowReport(ReportMode mode, ReportMaker make) {
+void frmMain::ShowReport(ReportMode mode, const ReportMaker& make) {
     if (StationConnection->State() == 0) {
         return;
     }
     SettingsMode = mode;
     frmOutputSettings(this).exec();
     if (!DialogCancelled) {
-        (this->*make)()->exec();
+        make()->exec();
     }
 }
 
-template <typename Form>
-std::unique_ptr<QDialog> frmMain::MakeTable() {
-    return std::make_unique<Form>(ui_->tbProjectName->text(), this);
-}
-
-template <typename Form>
-std::unique_ptr<QDialog> frmMain::MakeGraph() {
-    return std::make_unique<Form>(ui_->tbProjectName->text(), cdbprinter, this);
+std::unique_ptr<QDialog> frmMain::MakeInstG() {
+    return std::make_unique<frmInstG>(ui_->tbProjectName->text(), cdbprinter, this);
 }
 
 void frmMain::ShowAboutBox() {

@@ -55,7 +55,7 @@ protected:
 
 private:
     using Command = void (frmMain::*)();
-    using ReportMaker = std::unique_ptr<QDialog> (frmMain::*)();
+    using ReportMaker = std::function<std::unique_ptr<QDialog>()>;
 
     void SetUpPictures();
     void SetUpSeparators();
@@ -80,12 +80,9 @@ private:
     void RemoveStation();
     void SaveStationData();
     void ImportLoggerFile();
-    template <typename Form>
-    std::unique_ptr<QDialog> MakeTable();
-    template <typename Form>
-    std::unique_ptr<QDialog> MakeGraph();
+    std::unique_ptr<QDialog> MakeInstG();
     // The output settings of a report, then its form unless the user cancelled.
-    void ShowReport(ReportMode mode, ReportMaker make);
+    void ShowReport(ReportMode mode, const ReportMaker& make);
     void ShowAboutBox();
 
     // "Save Current Project?" False if the command that asks must end.

@@ -25,8 +25,7 @@ std::optional<QLineF> Inside(const QLineF& line, const QRectF& area) {
         to = std::min(to, leave);
         return from <= to;
     };
-    if (!std::isfinite(line.dx()) || !std::isfinite(line.dy()) ||
-        !cut(line.x1(), line.dx(), area.left(), area.right()) ||
+    if (!cut(line.x1(), line.dx(), area.left(), area.right()) ||
         !cut(line.y1(), line.dy(), area.top(), area.bottom())) {
         return std::nullopt;
     }
@@ -49,29 +48,33 @@ double PainterSurface::TextHeight(const QString&) const {
 }
 
 void PainterSurface::Line(double x1, double y1, double x2, double y2) {
-    const int pen = PenDots();
-    // A pen of one dot runs through the middle of the dots that boxes and strips stand on.
-    const double middle = pen % 2 == 0 ? 0 : 0.5;
-    const QLineF line(Dots(x1) + middle, Dots(y1) + middle, Dots(x2) + middle, Dots(y2) + middle);
-    const double rim = pen + 1;
+    if (!std::isfinite(x1 + y1 + x2 + y2)) {
+        return;
+    }
+    const QLineF line(DotAt(x1, y1), DotAt(x2, y2));
+    const double rim = PenDots() + 1;
     const QRectF area(-rim, -rim, Dots(ScaleWidth()) + 2 * rim, Dots(ScaleHeight()) + 2 * rim);
     if (const std::optional<QLineF> seen = Inside(line, area)) {
-        // Antialiased, the many short lines of a dense series would add up to a thick one.
+        // Between whole dots and not antialiased: else the many short lines of a dense series would
+        // add up to a thick one.
         Paint([seen = *seen, ink = Pen(ForeColor)](QPainter& painter) {
             painter.setRenderHint(QPainter::Antialiasing, false);
             painter.setPen(ink);
-            painter.drawLine(seen);
+            if (seen.p1() == seen.p2()) {
+                painter.drawPoint(seen.p1());  // as a line it would fall on the dot below
+            } else {
+                painter.drawLine(seen);
+            }
         });
     }
 }
 
 void PainterSurface::Box(double x1, double y1, double x2, double y2) {
-    const double middle = PenDots() % 2 == 0 ? 0 : 0.5;
-    const QRectF box(QPointF(WholeDots(std::min(x1, x2)), WholeDots(std::min(y1, y2))),
-                     QPointF(WholeDots(std::max(x1, x2)), WholeDots(std::max(y1, y2))));
+    const QRectF box(DotAt(std::min(x1, x2), std::min(y1, y2)),
+                     DotAt(std::max(x1, x2), std::max(y1, y2)));
     QPen outline = Pen(ForeColor);
     outline.setJoinStyle(Qt::MiterJoin);
-    Paint([box = box.translated(middle, middle), outline, fill = Brush()](QPainter& painter) {
+    Paint([box, outline, fill = Brush()](QPainter& painter) {
         painter.setRenderHint(QPainter::Antialiasing, false);
         painter.setPen(outline);
         painter.setBrush(fill);
@@ -80,7 +83,7 @@ void PainterSurface::Box(double x1, double y1, double x2, double y2) {
 }
 
 void PainterSurface::Circle(double x, double y, double radius, Colour colour) {
-    const double middle = PenDots() % 2 == 0 ? 0 : 0.5;
+    const double middle = PenMiddle();
     const QPointF centre(Dots(x) + middle, Dots(y) + middle);
     const double reach = Dots(radius);
     const QRectF page(0, 0, Dots(ScaleWidth()), Dots(ScaleHeight()));
@@ -123,9 +126,19 @@ double PainterSurface::Dots(double twips) const {
 }
 
 double PainterSurface::WholeDots(double twips) const {
-    constexpr double kFarOff = 1e6;
+    constexpr double kFarOff = 1e8;
     const double dots = Dots(twips);
     return std::isnan(dots) ? 0 : std::round(std::clamp(dots, -kFarOff, kFarOff));
+}
+
+QPointF PainterSurface::DotAt(double x, double y) const {
+    const double middle = PenMiddle();
+    return {WholeDots(x) + middle, WholeDots(y) + middle};
+}
+
+// A pen of one dot runs through the middle of the dots that strips stand on, one of two between.
+double PainterSurface::PenMiddle() const {
+    return PenDots() % 2 == 0 ? 0 : 0.5;
 }
 
 // Thin strips have the same thickness wherever they stand; long ones end where their end is.

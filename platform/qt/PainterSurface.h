@@ -38,6 +38,8 @@ protected:
 private:
     double Dots(double twips) const;
     double WholeDots(double twips) const;
+    QPointF DotAt(double x, double y) const;
+    double PenMiddle() const;
     double StripDots(double start, double length) const;
     QFont DeviceFont() const;
     int PenDots() const;

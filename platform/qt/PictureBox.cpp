@@ -47,7 +47,11 @@ public:
     }
 
     // Ends the painting of what was drawn so far; more may follow.
-    void EndPainting() { painter_.end(); }
+    void EndPainting() {
+        if (painter_.isActive()) {
+            painter_.end();
+        }
+    }
 
     void Show(QPainter& painter) {
         EndPainting();

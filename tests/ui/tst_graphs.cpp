@@ -15,6 +15,7 @@
 #include "tests/support/MessageLog.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/RecordingSurface.h"
+#include "tests/support/ReportedChannel.h"
 #include "tests/support/ScriptedDoors.h"
 #include "tests/support/SeriesText.h"
 #include "tests/support/StationFixture.h"
@@ -111,20 +112,13 @@ void TestGraphs::init() {
     FailOnAnyWarning();
     doors_ = std::make_unique<ScriptedDoors>();
     station_ = std::make_unique<StationFixture>();
-    LoadAppSettings();
+    DescribeReportedChannel();
     cdbprinter_ = {};
-    StationInfo.OutputChannel = 1;
     StationInfo.TimeIncrement = 1.0 / 96;
     ChannelInfoData& channel = ChannelInfo[1];
-    channel.RecSta = QStringLiteral("Kettle Creek");
-    channel.RecDesc = QStringLiteral("Stage");
-    channel.RecLabel = QStringLiteral("ft");
-    channel.ConvDesc = QStringLiteral("Flow");
-    channel.ConvLabel = QStringLiteral("cfs");
     channel.GraphMin = 0;
     channel.GraphMax = 10;
     channel.OutputSeries = 11000;
-    ReportBeginDate = At("2002-01-01");
     ReportEndDate = At("2002-01-04");
 }
 

@@ -512,13 +512,26 @@ private Q_SLOTS:
         QCOMPARE(program.window->Text(StationPanel::Item::Notes), u"none"_qs);
     }
 
+    void showsTheReportUnlessCancelled_data() {
+        QTest::addColumn<QString>("item");
+        QTest::addColumn<QString>("report");
+        for (const auto& [item, form] : {std::pair{"mnuOutInstG", "frmInstG"},
+                                         {"mnuOutDailyG", "frmDailyG"},
+                                         {"mnuOutInstT", "frmInstT"},
+                                         {"mnuOutDailyT", "frmDailyT"},
+                                         {"mnuOutAnnual", "frmAnnualT"}}) {
+            QTest::newRow(item) << QString::fromLatin1(item) << QString::fromLatin1(form);
+        }
+    }
+
     void showsTheReportUnlessCancelled() {
+        QFETCH(QString, item);
         Program program;
         program.NewProject();
         program.AddStation(u"a.mdb"_qs);
         {
             const NextWindow settings([](QWidget& form) { Click(form, u"cmdCancel"_qs); });
-            Trigger(*program.window, u"mnuOutAnnual"_qs);
+            Trigger(*program.window, item);
         }
         QString shown;
         program.doors.ExpectMessage(u"No data within dates!"_qs);
@@ -527,8 +540,8 @@ private Q_SLOTS:
             shown = form.objectName();
             form.close();
         });
-        Trigger(*program.window, u"mnuOutAnnual2"_qs);
-        QCOMPARE(shown, u"frmAnnualT"_qs);
+        Trigger(*program.window, item + u'2');
+        QTEST(shown, "report");
     }
 
     void tellsItsVersion() {
