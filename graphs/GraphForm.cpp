@@ -66,18 +66,19 @@ void GraphForm::FitPicture() {
     ui_->Picture1->resize(picture);
 }
 
-// Once the window stands: its first size comes before it does, and a maximised one gets another at
-// once. What there is to say about the readings would be said without it, and twice.
+// Once the window stands: its first size comes before it does. A maximised one then gets another
+// size, maybe while a message about the readings is up: there is nothing to draw then, and it need
+// not be told twice.
 void GraphForm::RebuildSoon() {
     if (rebuildsSoon_) {
         return;
     }
     rebuildsSoon_ = true;
     const auto rebuild = [this] {
-        rebuildsSoon_ = false;
         if (isVisible()) {
             Rebuild();
         }
+        rebuildsSoon_ = false;
     };
     QMetaObject::invokeMethod(this, rebuild, Qt::QueuedConnection);
 }

@@ -253,9 +253,9 @@ private:
     }
 
     void PrintTo(QWidget& report, const char* name) {
-        const NextWindow dialog([&](QWidget& form) { ChooseFile(form, name); });
-        Trigger(report, QStringLiteral("mnuFilePrint"));
         const QString pdf = InFolder(QString::fromLatin1(name) + QStringLiteral(".pdf"));
+        const NextWindow dialog([&](QWidget& form) { ChooseFile(form, qPrintable(pdf)); });
+        Trigger(report, QStringLiteral("mnuFilePrint"));
         QVERIFY(ReadText(pdf).startsWith(u"%PDF-"));
     }
 
