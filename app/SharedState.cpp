@@ -3,6 +3,7 @@
 #include "app/InitialFile.h"
 #include "compute/Compute.h"
 #include "compute/Summary.h"
+#include "graphs/Chart.h"
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
 #include "store/StationDatabase.h"
@@ -25,6 +26,7 @@ void ResetSharedState() {
     ResetProjectFile();
     ResetCompute();
     ResetSummary();
+    ResetChart();
 }
 
 }  // namespace rillbook

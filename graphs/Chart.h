@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <limits>
@@ -61,6 +62,18 @@ struct PlotFrame {
 
     double ChartX(DateTime t) const { return left + (t - from) / (to - from) * width; }
     double ChartY(double v) const { return top + height - (v - yMin) / (yMax - yMin) * height; }
+
+    // A point far outside the plot, held within 50 spans around it: no surface takes every number.
+    DateTime HeldDate(DateTime t) const { return Held(t, from, to); }
+    double HeldValue(double v) const { return Held(v, yMin, yMax); }
+    bool IsNear(DateTime t) const { return t > LowLimit(from, to) && t < HighLimit(from, to); }
+
+private:
+    static double LowLimit(double low, double high) { return low - 50 * (high - low); }
+    static double HighLimit(double low, double high) { return high + 50 * (high - low); }
+    static double Held(double value, double low, double high) {
+        return std::max(LowLimit(low, high), std::min(value, HighLimit(low, high)));
+    }
 };
 
 // A line from one point of a series to the next, in axis units: both ends have values, held within
