@@ -60,11 +60,7 @@ void PainterSurface::Line(double x1, double y1, double x2, double y2) {
         Paint([seen = *seen, ink = Pen(ForeColor)](QPainter& painter) {
             painter.setRenderHint(QPainter::Antialiasing, false);
             painter.setPen(ink);
-            if (seen.p1() == seen.p2()) {
-                painter.drawPoint(seen.p1());  // as a line it would fall on the dot below
-            } else {
-                painter.drawLine(seen);
-            }
+            painter.drawLine(seen);
         });
     }
 }
@@ -83,12 +79,13 @@ void PainterSurface::Box(double x1, double y1, double x2, double y2) {
 }
 
 void PainterSurface::Circle(double x, double y, double radius, Colour colour) {
-    const double middle = PenMiddle();
+    // Without antialiasing, whole numbers stand for the middle of dots.
+    const double middle = PenDots() % 2 == 0 ? 0 : 0.5;
     const QPointF centre(Dots(x) + middle, Dots(y) + middle);
     const double reach = Dots(radius);
     const QRectF page(0, 0, Dots(ScaleWidth()), Dots(ScaleHeight()));
     const double rim = reach + PenDots();
-    if (!page.adjusted(-rim, -rim, rim, rim).contains(centre)) {
+    if (!std::isfinite(x + y) || !page.adjusted(-rim, -rim, rim, rim).contains(centre)) {
         return;
     }
     Paint([centre, reach, ink = Pen(colour), fill = Brush()](QPainter& painter) {
@@ -103,7 +100,7 @@ void PainterSurface::PaintStrip(Colour colour, double x, double y, double width,
     if (!(width > 0 && height > 0)) {
         return;
     }
-    const QRectF strip(WholeDots(x), WholeDots(y), StripDots(x, width), StripDots(y, height));
+    const QRectF strip(DotAt(x, y), QSizeF(StripDots(x, width), StripDots(y, height)));
     Paint([strip, ink = ColorOf(colour)](QPainter& painter) {
         painter.setRenderHint(QPainter::Antialiasing, false);
         painter.fillRect(strip, ink);
@@ -132,13 +129,7 @@ double PainterSurface::WholeDots(double twips) const {
 }
 
 QPointF PainterSurface::DotAt(double x, double y) const {
-    const double middle = PenMiddle();
-    return {WholeDots(x) + middle, WholeDots(y) + middle};
-}
-
-// A pen of one dot runs through the middle of the dots that strips stand on, one of two between.
-double PainterSurface::PenMiddle() const {
-    return PenDots() % 2 == 0 ? 0 : 0.5;
+    return {WholeDots(x), WholeDots(y)};
 }
 
 // Thin strips have the same thickness wherever they stand; long ones end where their end is.

@@ -39,7 +39,6 @@ private:
     double Dots(double twips) const;
     double WholeDots(double twips) const;
     QPointF DotAt(double x, double y) const;
-    double PenMiddle() const;
     double StripDots(double start, double length) const;
     QFont DeviceFont() const;
     int PenDots() const;

@@ -1,17 +1,18 @@
 #include "platform/qt/QtPrinter.h"
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QLocale>
 #include <QPdfWriter>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPrinterInfo>
-#include <QSaveFile>
 #include <utility>
 #include <vector>
 
 #include "platform/desktop/CommonDialog.h"
 #include "platform/desktop/Desktop.h"
+#include "platform/desktop/ReplaceFile.h"
 #include "platform/qt/PainterSurface.h"
 #include "platform/qt/QtDoors.h"
 
@@ -75,7 +76,7 @@ private:
 class PdfDocument : public PagedDocument {
 public:
     PdfDocument(const QString& path, const QString& name, const QPageLayout& layout)
-        : file_(path), pdf_(&file_) {
+        : path_(path), pdf_(&contents_) {
         pdf_.setResolution(kPdfDotsPerInch);
         pdf_.setPageLayout(layout);
         pdf_.setTitle(name);
@@ -83,10 +84,11 @@ public:
     }
 
     void EndDoc() override {
-        // The file appears under its name, in place of the old one, when all of it is on the disk.
-        if (!file_.open(QIODevice::WriteOnly) || !Draw(pdf_) || !file_.commit()) {
-            throw PrinterError(
-                QStringLiteral("Can't write %1: %2").arg(file_.fileName(), file_.errorString()));
+        contents_.open(QIODevice::WriteOnly);
+        const QString reason = Draw(pdf_) ? ReplaceFile(path_, contents_.data())
+                                          : QStringLiteral("The page can't be drawn");
+        if (!reason.isEmpty()) {
+            throw PrinterError(QStringLiteral("Can't write %1: %2").arg(path_, reason));
         }
     }
 
@@ -94,7 +96,8 @@ protected:
     const QPagedPaintDevice& Pages() const override { return pdf_; }
 
 private:
-    QSaveFile file_;
+    QString path_;
+    QBuffer contents_;
     QPdfWriter pdf_;
 };
 
