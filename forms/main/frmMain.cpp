@@ -15,6 +15,8 @@
 #include "forms/reports/frmDailyT.h"
 #include "forms/reports/frmInstT.h"
 #include "forms/reports/frmOutputSettings.h"
+#include "graphs/frmDailyG.h"
+#include "graphs/frmInstG.h"
 #include "import/Import.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/desktop/Screen.h"
@@ -101,6 +103,10 @@ void frmMain::ConnectReports() {
         ReportMode mode;
         ReportMaker make;
     } reports[] = {
+        {ui_->mnuOutInstG, ui_->mnuOutInstG2, ReportMode::InstantaneousGraph,
+         [this] { return MakeInstG(); }},
+        {ui_->mnuOutDailyG, ui_->mnuOutDailyG2, ReportMode::DailyGraph,
+         [=, this] { return std::make_unique<frmDailyG>(project(), cdbprinter, this); }},
         {ui_->mnuOutInstT, ui_->mnuOutInstT2, ReportMode::InstantaneousTable,
          [=, this] { return std::make_unique<frmInstT>(project(), this); }},
         {ui_->mnuOutDailyT, ui_->mnuOutDailyT2, ReportMode::DailyTable,
@@ -128,7 +134,8 @@ void frmMain::ConnectTree() {
             click();
         }
     });
-    connect(ui_->TreeView1, &StationTree::DblClick, this, click);
+    connect(ui_->TreeView1, &StationTree::DblClick, this,
+            [this] { Run([this] { TreeDoubleClick(); }); });
     connect(ui_->TreeView1, &StationTree::MenuAsked, this, &frmMain::ShowTreeMenu);
 }
 
@@ -217,6 +224,20 @@ void frmMain::TreeClick() {
     }
 }
 
+void frmMain::TreeDoubleClick() {
+    TreeClick();
+    if (ui_->TreeView1->currentItem() == nullptr || StationConnection->State() == 0) {
+        return;
+    }
+    // Over more than a year, and with no axis to draw on, the user settles both first.
+    const ChannelInfoData& channel = ChannelInfo[StationInfo.OutputChannel];
+    if (ReportEndDate - ReportBeginDate >= 367 && channel.GraphMin >= channel.GraphMax) {
+        ShowReport(ReportMode::InstantaneousGraph, [this] { return MakeInstG(); });
+    } else {
+        MakeInstG()->exec();
+    }
+}
+
 void frmMain::ShowTreeMenu(const QPoint& globalPosition) {
     const QTreeWidgetItem* node = ui_->TreeView1->currentItem();
     if (node != nullptr) {
@@ -254,6 +275,10 @@ void frmMain::ShowReport(ReportMode mode, const ReportMaker& make) {
     if (!DialogCancelled) {
         make()->exec();
     }
+}
+
+std::unique_ptr<QDialog> frmMain::MakeInstG() {
+    return std::make_unique<frmInstG>(ui_->tbProjectName->text(), cdbprinter, this);
 }
 
 void frmMain::ShowAboutBox() {

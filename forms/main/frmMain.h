@@ -67,6 +67,8 @@ private:
     // The tree's click: opens the selected node's station, unless StationPath names it, and sets
     // OutputChannel.
     void TreeClick();
+    // The click, and then the graph of the readings.
+    void TreeDoubleClick();
     void ShowTreeMenu(const QPoint& globalPosition);
 
     void NewProject();
@@ -78,6 +80,7 @@ private:
     void RemoveStation();
     void SaveStationData();
     void ImportLoggerFile();
+    std::unique_ptr<QDialog> MakeInstG();
     // The output settings of a report, then its form unless the user cancelled.
     void ShowReport(ReportMode mode, const ReportMaker& make);
     void ShowAboutBox();

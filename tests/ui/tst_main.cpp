@@ -18,6 +18,7 @@
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
 #include "store/StationDatabase.h"
+#include "tests/support/MessageLog.h"
 #include "tests/support/ScriptedDoors.h"
 #include "tests/support/StationFixture.h"
 #include "tests/support/UiDriver.h"
@@ -72,10 +73,11 @@ public:
     StationTree& Tree() { return Child<StationTree>(*window, u"TreeView1"_qs); }
     // Channel 0 is the station's node.
     void ClickNode(int station, int channel, Qt::MouseButton button = Qt::LeftButton) {
-        QTreeWidgetItem* node = Tree().topLevelItem(station);
-        node = channel == 0 ? node : node->child(channel - 1);
-        Tree().scrollToItem(node);
-        QTest::mouseClick(Tree().viewport(), button, {}, Tree().visualItemRect(node).center());
+        QTest::mouseClick(Tree().viewport(), button, {}, NodePoint(station, channel));
+    }
+    void DoubleClickNode(int station, int channel) {
+        ClickNode(station, channel);
+        QTest::mouseDClick(Tree().viewport(), Qt::LeftButton, {}, NodePoint(station, channel));
     }
     // "a.mdb [b.mdb] | open: b.mdb, channel 1": the stations, the selected node in brackets.
     QString Story() {
@@ -124,6 +126,13 @@ public:
     std::unique_ptr<frmMain> window;
 
 private:
+    QPoint NodePoint(int station, int channel) {
+        QTreeWidgetItem* node = Tree().topLevelItem(station);
+        node = channel == 0 ? node : node->child(channel - 1);
+        Tree().scrollToItem(node);
+        return Tree().visualItemRect(node).center();
+    }
+
     QTemporaryDir folder_;
 };
 
@@ -153,7 +162,7 @@ private Q_SLOTS:
             u"Frame1 lblProjName mnuFileExit mnuFileImport mnuFileProjectClose "
             "mnuFileProjectNew mnuFileProjectOpen mnuFileProjectSave mnuFileStationClose "
             "mnuFileStationNew mnuFileStationOpen mnuFileStationSave mnuHelpAbout "
-            "mnuOutAnnual mnuOutDailyT mnuOutInstT New Open Save tbProjectName Toolbar1 TreeView1"_qs);
+            "mnuOutAnnual mnuOutDailyG mnuOutDailyT mnuOutInstG mnuOutInstT New Open Save tbProjectName Toolbar1 TreeView1"_qs);
         program.doors.ExpectMessage(u"Save Current Project?"_qs, MsgBoxAnswer::No);
         Trigger(*program.window, u"mnuFileProjectClose"_qs);
         QCOMPARE(program.Enabled(), nothing);
@@ -236,6 +245,65 @@ private Q_SLOTS:
         program.ClickNode(1, channel);
         QTEST(program.Story(), "story");
         QCOMPARE(program.StoredChannel(u"a.mdb"_qs), QString::number(std::max(1, channel)));
+    }
+
+    void clicksOnceForADoubleClick() {
+        StationTree tree;
+        QStringList told;
+        connect(&tree, &StationTree::NodeClick, &tree, [&] { told += u"NodeClick"_qs; });
+        connect(&tree, &StationTree::Click, &tree, [&] { told += u"Click"_qs; });
+        connect(&tree, &StationTree::DblClick, &tree, [&] { told += u"DblClick"_qs; });
+        QTest::mouseClick(tree.viewport(), Qt::LeftButton);
+        QTest::mouseDClick(tree.viewport(), Qt::LeftButton);
+        QTest::mouseRelease(tree.viewport(), Qt::LeftButton);
+        QCOMPARE(told.join(u' '), u"NodeClick Click DblClick"_qs);
+        // The window that came up took the release.
+        QTest::mouseDClick(tree.viewport(), Qt::LeftButton);
+        QTest::mouseClick(tree.viewport(), Qt::LeftButton);
+        QCOMPARE(told.sliced(3).join(u' '), u"DblClick NodeClick Click"_qs);
+    }
+
+    void showsTheGraphOnADoubleClick_data() {
+        QTest::addColumn<int>("days");  // from the first to the last day of the report
+        QTest::addColumn<double>("graphMin");
+        QTest::addColumn<QString>("window");
+        QTest::newRow("a year, no axis") << 366 << 10.0 << u"frmInstG of channel 2"_qs;
+        QTest::newRow("longer, no axis") << 367 << 10.0 << u"frmOutputSettings of channel 2"_qs;
+        QTest::newRow("longer, with an axis") << 400 << 9.0 << u"frmInstG of channel 2"_qs;
+        QTest::newRow("backwards, no axis") << -1 << 10.0 << u"frmInstG of channel 2"_qs;
+    }
+    void showsTheGraphOnADoubleClick() {
+        QFETCH(int, days);
+        QFETCH(double, graphMin);
+        Program program;
+        program.NewProject();
+        program.AddStation(u"a.mdb"_qs, 2);
+        program.AddStation(u"b.mdb"_qs);
+        program.ClickNode(0, 1);
+        ReportEndDate = ReportBeginDate + days;
+        ChannelInfo[2].GraphMin = graphMin;
+        ChannelInfo[2].GraphMax = 10;
+        QString window;
+        const NextWindow shown([&](QWidget& form) {
+            window = u"%1 of channel %2"_qs.arg(form.objectName()).arg(StationInfo.OutputChannel);
+            form.close();
+        });
+        DialogCancelled = true;
+        MessageLog noData;
+        program.DoubleClickNode(0, 2);
+        QTEST(window, "window");
+    }
+
+    void showsNoGraphWithoutAStation() {
+        Program program;
+        program.NewProject();
+        program.AddStation(u"b.mdb"_qs);
+        program.AddStation(u"a.mdb"_qs);
+        QVERIFY(QFile::remove(program.File(u"b.mdb"_qs)));
+        program.doors.ExpectMessage(program.File(u"b.mdb"_qs) + u" not found!"_qs);
+        program.ClickNode(0, 0);
+        program.DoubleClickNode(1, 1);
+        QCOMPARE(program.Story(), u"b.mdb a.mdb [1: Channel 1 - Stage (ft)] | none open"_qs);
     }
 
     void followsTheKeyboard() {
@@ -447,7 +515,9 @@ private Q_SLOTS:
     void showsTheReportUnlessCancelled_data() {
         QTest::addColumn<QString>("item");
         QTest::addColumn<QString>("report");
-        for (const auto& [item, form] : {std::pair{"mnuOutInstT", "frmInstT"},
+        for (const auto& [item, form] : {std::pair{"mnuOutInstG", "frmInstG"},
+                                         {"mnuOutDailyG", "frmDailyG"},
+                                         {"mnuOutInstT", "frmInstT"},
                                          {"mnuOutDailyT", "frmDailyT"},
                                          {"mnuOutAnnual", "frmAnnualT"}}) {
             QTest::newRow(item) << QString::fromLatin1(item) << QString::fromLatin1(form);
