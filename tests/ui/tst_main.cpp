@@ -228,6 +228,23 @@ private Q_SLOTS:
         QCOMPARE(program.StoredChannel(u"a.mdb"_qs), QString::number(std::max(1, channel)));
     }
 
+    // The station left behind is closed by then, and a click on it doesn't open it again.
+    void tellsOnceOfAStationThatIsGone() {
+        Program program;
+        program.NewProject();
+        for (const QString& name : {u"a.mdb"_qs, u"b.mdb"_qs, u"c.mdb"_qs}) {
+            program.AddStation(name);
+        }
+        QFile::remove(program.File(u"a.mdb"_qs));
+        program.doors.ExpectMessage(program.File(u"a.mdb"_qs) + u" not found!"_qs);
+        program.ClickNode(0, 1);
+        QVERIFY(!program.Enabled().contains(u"Frame1"_qs));
+        program.ClickNode(2, 0);
+        QCOMPARE(program.Story(), u"a.mdb b.mdb [c.mdb] | none open"_qs);
+        program.ClickNode(1, 0);
+        QCOMPARE(program.Story(), u"a.mdb [b.mdb] c.mdb | open: b.mdb, channel 1"_qs);
+    }
+
     void followsTheKeyboard() {
         Program program;
         program.NewProject();
