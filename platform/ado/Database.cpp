@@ -1,5 +1,7 @@
 #include "platform/ado/Database.h"
 
+#include <algorithm>
+
 #include "platform/ado/AdoError.h"
 #include "platform/ado/Cursor.h"
 
@@ -28,13 +30,26 @@ void GiveUpPendingLock(sqlite3* handle) noexcept {
     }
 }
 
+bool HasTableOf(sqlite3* handle, const QStringList& names) {
+    Statement find(handle,
+                   "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?1 COLLATE NOCASE");
+    return std::any_of(names.begin(), names.end(), [&find](const QString& name) {
+        find.Reset();
+        find.Bind(1, name);
+        return find.Step();
+    });
+}
+
 }  // namespace
 
-Database::Database(const QString& path) : path_(path) {
+Database::Database(const QString& path, const QStringList& ownTables) : path_(path) {
     const bool isOpenHere = WriterMark::CountOf(path) > 0;
     if (!isOpenHere) {
         handle_ = OpenUntouched(path);
         RequireSound(handle_.get());
+        if (!ownTables.isEmpty() && !HasTableOf(handle_.get(), ownTables)) {
+            return;
+        }
         handle_.reset();
     }
     handle_ = OpenForWriting(path);
