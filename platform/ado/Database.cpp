@@ -19,13 +19,15 @@ bool TryRun(sqlite3* handle, const char* sql) noexcept {
     return sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-// REQUIRES: normal locking mode, no transaction, write-ahead mode. A refused exclusive lock leaves
-// the pending one on the file, which keeps every new reader out. SQLite takes it back where it
-// leaves the write-ahead mode, not here.
+// REQUIRES: no transaction, write-ahead mode. A refused exclusive lock leaves the pending one on
+// the file, which keeps every new reader out. SQLite takes it back where it leaves the write-ahead
+// mode, but not here; it takes itself to hold the shared lock, as it then does.
 void GiveUpPendingLock(sqlite3* handle) noexcept {
     sqlite3_file* file = nullptr;
-    if (sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK &&
-        file != nullptr && file->pMethods != nullptr) {
+    int lock = SQLITE_LOCK_PENDING;  // where the file system layer doesn't tell
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_LOCKSTATE, &lock);
+    if (file != nullptr && file->pMethods != nullptr && lock == SQLITE_LOCK_PENDING) {
         file->pMethods->xUnlock(file, SQLITE_LOCK_SHARED);
     }
 }
