@@ -1,5 +1,7 @@
 #include "platform/ado/Database.h"
 
+#include <algorithm>
+
 #include "platform/ado/AdoError.h"
 #include "platform/ado/Cursor.h"
 
@@ -17,24 +19,39 @@ bool TryRun(sqlite3* handle, const char* sql) noexcept {
     return sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-// REQUIRES: normal locking mode, no transaction, write-ahead mode. A refused exclusive lock leaves
-// the pending one on the file, which keeps every new reader out. SQLite takes it back where it
-// leaves the write-ahead mode, not here.
+// REQUIRES: no transaction, write-ahead mode. A refused exclusive lock leaves the pending one on
+// the file, which keeps every new reader out. SQLite takes it back where it leaves the write-ahead
+// mode, but not here; it takes itself to hold the shared lock, as it then does.
 void GiveUpPendingLock(sqlite3* handle) noexcept {
     sqlite3_file* file = nullptr;
-    if (sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK &&
-        file != nullptr && file->pMethods != nullptr) {
+    int lock = SQLITE_LOCK_PENDING;  // where the file system layer doesn't tell
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_LOCKSTATE, &lock);
+    if (file != nullptr && file->pMethods != nullptr && lock == SQLITE_LOCK_PENDING) {
         file->pMethods->xUnlock(file, SQLITE_LOCK_SHARED);
     }
 }
 
+bool HasTableOf(sqlite3* handle, const QStringList& names) {
+    Statement find(handle,
+                   "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?1 COLLATE NOCASE");
+    return std::any_of(names.begin(), names.end(), [&find](const QString& name) {
+        find.Reset();
+        find.Bind(1, name);
+        return find.Step();
+    });
+}
+
 }  // namespace
 
-Database::Database(const QString& path) : path_(path) {
+Database::Database(const QString& path, const QStringList& ownTables) : path_(path) {
     const bool isOpenHere = WriterMark::CountOf(path) > 0;
     if (!isOpenHere) {
         handle_ = OpenUntouched(path);
         RequireSound(handle_.get());
+        if (!ownTables.isEmpty() && !HasTableOf(handle_.get(), ownTables)) {
+            return;
+        }
         handle_.reset();
     }
     handle_ = OpenForWriting(path);

@@ -1,7 +1,6 @@
 // What becomes of the station's file: opening, refusing, closing, and being cut off on the way.
 #include <signal.h>
 #include <sqlite3.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <QProcess>
