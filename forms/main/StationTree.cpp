@@ -14,6 +14,7 @@ StationTree::StationTree(QWidget* parent) : QTreeWidget(parent) {
 
 void StationTree::mousePressEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton) {
+        inDoubleClick_ = false;
         QTreeWidget::mousePressEvent(event);
     }
 }
@@ -21,6 +22,9 @@ void StationTree::mousePressEvent(QMouseEvent* event) {
 void StationTree::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton) {
         QTreeWidget::mouseReleaseEvent(event);
+        if (inDoubleClick_) {
+            return;
+        }
         Q_EMIT NodeClick();
         Q_EMIT Click();
     } else if (event->button() == Qt::RightButton) {
@@ -30,6 +34,9 @@ void StationTree::mouseReleaseEvent(QMouseEvent* event) {
 
 void StationTree::mouseDoubleClickEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton) {
+        // Until the next press, and not until its release: that one doesn't get here where a
+        // window comes up on the double click.
+        inDoubleClick_ = true;
         QTreeWidget::mouseDoubleClickEvent(event);
         Q_EMIT DblClick();
     }

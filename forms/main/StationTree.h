@@ -13,7 +13,7 @@ public:
 
 Q_SIGNALS:
     // Both come, in this order, when the left button is released, and when the keyboard has moved
-    // the selection.
+    // the selection. They don't come at the release that ends a double click.
     void NodeClick();
     void Click();
     void DblClick();
@@ -27,6 +27,9 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    bool inDoubleClick_ = false;
 };
 
 }  // namespace rillbook

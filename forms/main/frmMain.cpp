@@ -7,13 +7,16 @@
 
 #include "app/Application.h"
 #include "app/InitialFile.h"
-#include "app/SharedState.h"
 #include "forms/main/DesktopApplication.h"
 #include "forms/main/Icons.h"
 #include "forms/main/StationNodes.h"
 #include "forms/main/frmAbout.h"
 #include "forms/reports/frmAnnualT.h"
+#include "forms/reports/frmDailyT.h"
+#include "forms/reports/frmInstT.h"
 #include "forms/reports/frmOutputSettings.h"
+#include "graphs/frmDailyG.h"
+#include "graphs/frmInstG.h"
 #include "import/Import.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/desktop/Screen.h"
@@ -32,6 +35,7 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui_(std::make_unique<Ui
     SetUpPictures();
     SetUpSeparators();
     ConnectCommands();
+    ConnectReports();
     ConnectTree();
     // A double quote would end the name's item in the project file.
     static const QRegularExpression noDoubleQuote(QStringLiteral("[^\"]*"));
@@ -39,6 +43,9 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui_(std::make_unique<Ui
     ui_->Frame1->hide();
     TheStationPanel = this;
 
+    // A window that takes its size only as it is shown loses its frame from the position, and would
+    // climb by the height of its title bar from run to run.
+    layout()->activate();
     const QPoint remembered(ToPixels(MainLeft), ToPixels(MainTop));
     move(PlaceInView(QRect(remembered, sizeHint())));
     SetWindowCaption(Application::Title());
@@ -82,18 +89,45 @@ void frmMain::ConnectCommands() {
         {ui_->mnuFileStationSave, &frmMain::SaveStationData},
         {ui_->mnuFileImport, &frmMain::ImportLoggerFile},
         {ui_->mnuFileImport2, &frmMain::ImportLoggerFile},
-        {ui_->mnuOutAnnual, &frmMain::ShowAnnualTable},
-        {ui_->mnuOutAnnual2, &frmMain::ShowAnnualTable},
         {ui_->mnuHelpAbout, &frmMain::ShowAboutBox},
     };
     for (const auto& [item, command] : commands) {
-        connect(item, &QAction::triggered, this, [this, command = command] { Run(command); });
+        connect(item, &QAction::triggered, this,
+                [this, command = command] { Run([&] { (this->*command)(); }); });
     }
     connect(ui_->mnuFileExit, &QAction::triggered, this, &QWidget::close);
 }
 
+void frmMain::ConnectReports() {
+    const auto project = [this] { return ui_->tbProjectName->text(); };
+    const struct {
+        QAction* item;
+        QAction* ofPopup;
+        ReportMode mode;
+        ReportMaker make;
+    } reports[] = {
+        {ui_->mnuOutInstG, ui_->mnuOutInstG2, ReportMode::InstantaneousGraph,
+         [this] { return MakeInstG(); }},
+        {ui_->mnuOutDailyG, ui_->mnuOutDailyG2, ReportMode::DailyGraph,
+         [=, this] { return std::make_unique<frmDailyG>(project(), cdbprinter, this); }},
+        {ui_->mnuOutInstT, ui_->mnuOutInstT2, ReportMode::InstantaneousTable,
+         [=, this] { return std::make_unique<frmInstT>(project(), this); }},
+        {ui_->mnuOutDailyT, ui_->mnuOutDailyT2, ReportMode::DailyTable,
+         [=, this] { return std::make_unique<frmDailyT>(project(), this); }},
+        {ui_->mnuOutAnnual, ui_->mnuOutAnnual2, ReportMode::AnnualTable,
+         [=, this] { return std::make_unique<frmAnnualT>(project(), this); }},
+    };
+    for (const auto& report : reports) {
+        const auto show = [this, mode = report.mode, make = report.make] {
+            Run([&] { ShowReport(mode, make); });
+        };
+        connect(report.item, &QAction::triggered, this, show);
+        connect(report.ofPopup, &QAction::triggered, this, show);
+    }
+}
+
 void frmMain::ConnectTree() {
-    const auto click = [this] { Run(&frmMain::TreeClick); };
+    const auto click = [this] { Run([this] { TreeClick(); }); };
     // The first one to come opens another station, which brings its own OutputChannel; the second
     // one sets the channel that the user clicked. It doesn't try, and tell, again where the first
     // one couldn't open the station.
@@ -103,13 +137,14 @@ void frmMain::ConnectTree() {
             click();
         }
     });
-    connect(ui_->TreeView1, &StationTree::DblClick, this, click);
+    connect(ui_->TreeView1, &StationTree::DblClick, this,
+            [this] { Run([this] { TreeDoubleClick(); }); });
     connect(ui_->TreeView1, &StationTree::MenuAsked, this, &frmMain::ShowTreeMenu);
 }
 
-void frmMain::Run(Command command) {
+void frmMain::Run(const std::function<void()>& command) {
     try {
-        (this->*command)();
+        command();
     } catch (const std::exception& failure) {
         TellFailure(failure);
     }
@@ -192,6 +227,20 @@ void frmMain::TreeClick() {
     }
 }
 
+void frmMain::TreeDoubleClick() {
+    TreeClick();
+    if (ui_->TreeView1->currentItem() == nullptr || StationConnection->State() == 0) {
+        return;
+    }
+    // Over more than a year, and with no axis to draw on, the user settles both first.
+    const ChannelInfoData& channel = ChannelInfo[StationInfo.OutputChannel];
+    if (ReportEndDate - ReportBeginDate >= 367 && channel.GraphMin >= channel.GraphMax) {
+        ShowReport(ReportMode::InstantaneousGraph, [this] { return MakeInstG(); });
+    } else {
+        MakeInstG()->exec();
+    }
+}
+
 void frmMain::ShowTreeMenu(const QPoint& globalPosition) {
     const QTreeWidgetItem* node = ui_->TreeView1->currentItem();
     if (node != nullptr) {
@@ -220,15 +269,19 @@ void frmMain::ImportLoggerFile() {
     WriteStationInfo();
 }
 
-void frmMain::ShowAnnualTable() {
+void frmMain::ShowReport(ReportMode mode, const ReportMaker& make) {
     if (StationConnection->State() == 0) {
         return;
     }
-    SettingsMode = ReportMode::AnnualTable;
+    SettingsMode = mode;
     frmOutputSettings(this).exec();
     if (!DialogCancelled) {
-        frmAnnualT(ui_->tbProjectName->text(), this).exec();
+        make()->exec();
     }
+}
+
+std::unique_ptr<QDialog> frmMain::MakeInstG() {
+    return std::make_unique<frmInstG>(ui_->tbProjectName->text(), cdbprinter, this);
 }
 
 void frmMain::ShowAboutBox() {

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <QMainWindow>
+#include <functional>
 #include <memory>
 
+#include "app/SharedState.h"
 #include "platform/desktop/CommonDialog.h"
 #include "store/StationPanel.h"
 
+class QDialog;
 class QTreeWidgetItem;
 
 namespace rillbook {
@@ -18,7 +21,7 @@ class frmMain;
 // station, and the commands from which every other form is shown. A node of the tree is how the
 // user chooses the station and the channel that all else works on: root nodes are stations.
 // REQUIRES: StationConnection made; the settings loaded.
-class frmMain : public QMainWindow, public StationPanel {
+class frmMain final : public QMainWindow, public StationPanel {
     Q_OBJECT
 public:
     explicit frmMain(QWidget* parent = nullptr);
@@ -52,16 +55,20 @@ protected:
 
 private:
     using Command = void (frmMain::*)();
+    using ReportMaker = std::function<std::unique_ptr<QDialog>()>;
 
     void SetUpPictures();
     void SetUpSeparators();
     void ConnectCommands();
+    void ConnectReports();
     void ConnectTree();
-    void Run(Command command);
+    void Run(const std::function<void()>& command);
 
     // The tree's click: opens the selected node's station, unless StationPath names it, and sets
     // OutputChannel.
     void TreeClick();
+    // The click, and then the graph of the readings.
+    void TreeDoubleClick();
     void ShowTreeMenu(const QPoint& globalPosition);
 
     void NewProject();
@@ -73,7 +80,9 @@ private:
     void RemoveStation();
     void SaveStationData();
     void ImportLoggerFile();
-    void ShowAnnualTable();
+    std::unique_ptr<QDialog> MakeInstG();
+    // The output settings of a report, then its form unless the user cancelled.
+    void ShowReport(ReportMode mode, const ReportMaker& make);
     void ShowAboutBox();
 
     // "Save Current Project?" False if the command that asks must end.

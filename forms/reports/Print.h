@@ -1,24 +1,34 @@
 #pragma once
 
+#include <functional>
+
 #include "forms/reports/AnnualSheet.h"
 
 namespace rillbook {
 
 class Printer;
 
+// Runs a print command to its end: begins a document in this orientation, lets `draw` fill its
+// pages, and hands it over. Where the user cancels, nothing is printed; where the printer fails,
+// neither, and one message under the document's name tells why.
+void PrintDocument(const QString& name, int orientation,
+                   const std::function<void(Printer& printer)>& draw);
+
 // The foot of the page in progress: the station's file and today's date, the program and its
-// version. The caller ends the page or the document.
+// version. The caller ends the page or the document. Raises PrinterError.
 void PrintFooter(Printer& printer);
 
-struct AnnualPrintChoice {
-    bool peak = true;    // the peak line
-    bool totals = true;  // the row of totals
+// What stands above the yearly sheet's table, and which parts of the sheet are wanted.
+struct AnnualHeading {
+    QString title1;
+    QString title2;
+    QString peak;
+    bool printPeak = true;    // the peak line
+    bool printTotals = true;  // the row of totals
 };
 
-// The yearly sheet as the texts stand on the screen, on one landscape page; the document stays
-// open.
-void PrintAnnualSheet(Printer& printer, const QString& title1, const QString& title2,
-                      const QString& peak, const AnnualSheet& cells,
-                      const AnnualPrintChoice& choice);
+// The yearly sheet as the texts stand on the screen, spread over one page of any size. A part that
+// isn't wanted leaves its place empty. Raises PrinterError.
+void PrintAnnualSheet(Printer& printer, const AnnualHeading& heading, const AnnualSheet& sheet);
 
 }  // namespace rillbook

@@ -8,10 +8,9 @@
 #include "app/InitialFile.h"
 #include "app/SharedState.h"
 #include "compute/Summary.h"
-#include "forms/main/frmAbout.h"
-#include "forms/reports/frmOutputSettings.h"
-#include "platform/desktop/Clipboard.h"
-#include "platform/desktop/Desktop.h"
+#include "forms/reports/Print.h"
+#include "forms/reports/frmAnnualTPrint.h"
+#include "platform/desktop/Printer.h"
 #include "platform/desktop/Screen.h"
 #include "platform/qt/RememberedWindow.h"
 #include "platform/qt/Twips.h"
@@ -52,8 +51,7 @@ QString StatisticWord(DailyStatistic statistic) {
 }  // namespace
 
 frmAnnualT::frmAnnualT(const QString& projectName, QWidget* parent)
-    : QDialog(parent), ui_(std::make_unique<Ui::frmAnnualT>()) {
-    setWindowFlags(windowFlags() | Qt::WindowMinMaxButtonsHint);
+    : ReportForm(ReportMode::AnnualTable, parent), ui_(std::make_unique<Ui::frmAnnualT>()) {
     ui_->setupUi(this);
     QFont titleFont = FontOfForm(QStringLiteral("MS Sans Serif"));
     titleFont.setBold(true);
@@ -64,6 +62,7 @@ frmAnnualT::frmAnnualT(const QString& projectName, QWidget* parent)
     kPlace.Restore(*this);
     setWindowTitle(QStringLiteral("Summary Table - ") + projectName);
     SetUpGrid();
+    ui_->MSFlexGrid1->setFocus();
     ConnectCommands();
     FillGrid();
 }
@@ -72,11 +71,11 @@ frmAnnualT::~frmAnnualT() = default;
 
 void frmAnnualT::done(int result) {
     kPlace.Remember(*this);
-    QDialog::done(result);
+    ReportForm::done(result);
 }
 
 void frmAnnualT::resizeEvent(QResizeEvent* event) {
-    QDialog::resizeEvent(event);
+    ReportForm::resizeEvent(event);
     QSize grid = ui_->MSFlexGrid1->size();
     if (width() > ToPixels(2000)) {
         grid.setWidth(width() - ToPixels(400));
@@ -99,11 +98,10 @@ void frmAnnualT::SetUpGrid() {
 }
 
 void frmAnnualT::ConnectCommands() {
-    connect(ui_->mnuFileExit, &QAction::triggered, this, &QWidget::close);
-    connect(ui_->mnuEditCopy, &QAction::triggered, this, &frmAnnualT::CopySelection);
-    connect(ui_->mnuEditSettings, &QAction::triggered, this, &frmAnnualT::ShowSettings);
+    ConnectCommonCommands();
+    ConnectCopy(*ui_->MSFlexGrid1);
+    connect(ui_->mnuFilePrint, &QAction::triggered, this, &frmAnnualT::PrintSheet);
     connect(ui_->grpStatistic, &QActionGroup::triggered, this, &frmAnnualT::FillGrid);
-    connect(ui_->mnuHelpAbout, &QAction::triggered, this, [this] { frmAbout(this).exec(); });
 }
 
 DailyStatistic frmAnnualT::CheckedStatistic() const {
@@ -121,19 +119,19 @@ void frmAnnualT::FillGrid() {
     const int chan = StationInfo.OutputChannel;
     LoadDailySeries(ReportBeginDate, ReportEndDate + kMostOfADay, chan);
     FillCaption();
-    const AnnualSheet sheet = BuildAnnualSheet(CheckedStatistic(), chan, ReportBeginDate);
+    sheet_ = BuildAnnualSheet(CheckedStatistic(), chan, ReportBeginDate);
     MSFlexGrid& grid = *ui_->MSFlexGrid1;
     grid.BeginFill();
     for (int row = 0; row < AnnualSheet::kRows; ++row) {
         for (int col = 0; col < AnnualSheet::kCols; ++col) {
             grid.SetTextMatrix(
                 row, col,
-                sheet.cells[static_cast<std::size_t>(row)][static_cast<std::size_t>(col)]);
+                sheet_.cells[static_cast<std::size_t>(row)][static_cast<std::size_t>(col)]);
         }
     }
     grid.EndFill();
-    if (!sheet.peak.isEmpty()) {
-        ui_->tbPMax->setText(sheet.peak);
+    if (!sheet_.peak.isEmpty()) {
+        ui_->tbPMax->setText(sheet_.peak);
         ui_->tbPMax->setCursorPosition(0);
     }
 }
@@ -158,17 +156,18 @@ void frmAnnualT::MakeRoomForTitle() {
     ui_->Label7->move(meets ? besideBox : usual);
 }
 
-void frmAnnualT::CopySelection() {
-    TheClipboard().Clear();
-    TheClipboard().SetText(ui_->MSFlexGrid1->Clip());
-}
-
-void frmAnnualT::ShowSettings() {
-    SettingsMode = ReportMode::AnnualTable;
-    frmOutputSettings(this).exec();
-    if (!DialogCancelled) {
-        FillGrid();
+void frmAnnualT::PrintSheet() {
+    frmAnnualTPrint choice(this);
+    choice.exec();
+    if (DialogCancelled) {
+        return;
     }
+    const AnnualHeading heading{ui_->lblTitle1->text(), ui_->lblTitle2->text(), ui_->tbPMax->text(),
+                                choice.PrintPeak, choice.PrintTotals};
+    PrintDocument(windowTitle(), cdlLandscape, [&](Printer& printer) {
+        PrintAnnualSheet(printer, heading, sheet_);
+        PrintFooter(printer);
+    });
 }
 
 }  // namespace rillbook

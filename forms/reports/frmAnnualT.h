@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QDialog>
 #include <QString>
 #include <memory>
 
 #include "forms/reports/AnnualSheet.h"
+#include "forms/reports/ReportForm.h"
 
 namespace rillbook {
 
@@ -14,7 +14,7 @@ class frmAnnualT;
 
 // The yearly sheet of the open station's output channel over the report period, which the output
 // settings have settled before. Its place on the screen is remembered from one showing to the next.
-class frmAnnualT : public QDialog {
+class frmAnnualT : public ReportForm {
     Q_OBJECT
 public:
     explicit frmAnnualT(const QString& projectName, QWidget* parent = nullptr);
@@ -26,6 +26,7 @@ public:
     void done(int result) override;
 
 protected:
+    void Rebuild() override { FillGrid(); }
     void resizeEvent(QResizeEvent* event) override;
 
 private:
@@ -34,10 +35,10 @@ private:
     DailyStatistic CheckedStatistic() const;
     void FillCaption();
     void MakeRoomForTitle();
-    void CopySelection();
-    void ShowSettings();
+    void PrintSheet();
 
     std::unique_ptr<Ui::frmAnnualT> ui_;
+    AnnualSheet sheet_;  // as the grid shows it
 };
 
 }  // namespace rillbook

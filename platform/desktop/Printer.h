@@ -26,12 +26,13 @@ private:
 // One document in the making, its first page begun. Positions count from the corner of the paper,
 // not from that of its printable part. Let go without EndDoc, it never comes to be: no page is
 // printed, no file is written or replaced.
-class Printer : public DrawingSurface {
+class Printer : public virtual DrawingSurface {
 public:
     // Of the page, in its orientation, in twips. ScaleWidth and ScaleHeight are the same.
     double Width() const { return ScaleWidth(); }
     double Height() const { return ScaleHeight(); }
 
+    // Goes on at the corner of an empty page, with the same font and pens.
     virtual void NewPage() = 0;
     // Raises PrinterError where the document can't be handed over whole.
     virtual void EndDoc() = 0;
@@ -42,8 +43,8 @@ public:
     virtual ~PrinterDoor() = default;
 
     // The printer dialog under this title, set to an orientation: the user chooses a printer or,
-    // where the machine has none, the PDF file that stands for it. The choice holds for the next
-    // document. False if the user cancelled.
+    // where the machine has none, the PDF file that stands for it. A file holds for the next
+    // document alone, a printer until another is chosen. False if the user cancelled.
     virtual bool Choose(const QString& title, int orientation) = 0;
 
     // Begins a document on the chosen printer, else on the default one; where the machine has none

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 #include "platform/text/Numbers.h"
 
@@ -16,7 +17,7 @@ std::size_t CellCount(int rows, int cols) {
 }  // namespace
 
 std::size_t GridModel::At(int row, int col) const {
-    assert(Holds(row, col));
+    assert(Holds(row, col) && row < StoredRows(rows_));
     return CellCount(row, cols_) + static_cast<std::size_t>(col);
 }
 
@@ -26,7 +27,7 @@ bool GridModel::Holds(int row, int col) const {
 
 void GridModel::SetRows(int rows) {
     const auto resize = [&] {
-        texts_.resize(CellCount(rows, cols_));
+        texts_.resize(CellCount(StoredRows(rows), cols_));
         rows_ = rows;
     };
     if (rows > rows_) {
@@ -42,9 +43,10 @@ void GridModel::SetRows(int rows) {
 
 void GridModel::SetCols(int cols) {
     const auto rearrange = [&] {
-        std::vector<QString> texts(CellCount(rows_, cols));
+        const int rows = StoredRows(rows_);
+        std::vector<QString> texts(CellCount(rows, cols));
         const std::size_t kept = static_cast<std::size_t>(std::min(cols, cols_));
-        for (int row = 0; row < rows_; ++row) {
+        for (int row = 0; row < rows; ++row) {
             const auto from = texts_.begin() + static_cast<std::ptrdiff_t>(CellCount(row, cols_));
             std::move(from, from + static_cast<std::ptrdiff_t>(kept),
                       texts.begin() + static_cast<std::ptrdiff_t>(CellCount(row, cols)));
@@ -63,6 +65,21 @@ void GridModel::SetCols(int cols) {
     }
 }
 
+// Neither source is ever asked about a row that it doesn't have.
+void GridModel::SetSource(int rows, CellSource source) {
+    SetRows(std::min(rows, rows_));
+    source_ = std::move(source);
+    texts_.resize(CellCount(1, cols_));
+    SetRows(rows);
+    if (!filling_) {
+        EndFill();
+    }
+}
+
+QString GridModel::Text(int row, int col) const {
+    return source_ && row > 0 ? source_(row, col) : texts_[At(row, col)];
+}
+
 void GridModel::SetText(int row, int col, const QString& text) {
     texts_[At(row, col)] = text;
     if (filling_) {
@@ -79,7 +96,8 @@ void GridModel::SetText(int row, int col, const QString& text) {
 }
 
 void GridModel::ClearTexts() {
-    std::fill(texts_.begin(), texts_.end(), QString());
+    source_ = nullptr;
+    texts_.assign(CellCount(rows_, cols_), QString());
     if (!filling_) {
         EndFill();
     }
@@ -110,7 +128,7 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || !Holds(index.row() + 1, index.column() + 1)) {
         return {};
     }
-    const QString& text = Text(index.row() + 1, index.column() + 1);
+    const QString text = Text(index.row() + 1, index.column() + 1);
     if (role == Qt::DisplayRole) {
         return text;
     }

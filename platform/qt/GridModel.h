@@ -2,16 +2,19 @@
 
 #include <QAbstractTableModel>
 #include <QString>
+#include <functional>
 #include <vector>
 
 namespace rillbook {
 
-// The texts of a grid, fixed cells included, in one flat table row by row. This interface counts
-// the fixed row and column as 0; to the views, they are the headers and the rest begins at 0.
+// The texts of a grid, fixed cells included, in one flat table row by row; or those of the fixed
+// row alone, where the others come from a source. This interface counts the fixed row and column as
+// 0; to the views, they are the headers and the rest begins at 0.
 class GridModel : public QAbstractTableModel {
     Q_OBJECT
 public:
     using QAbstractTableModel::QAbstractTableModel;
+    using CellSource = std::function<QString(int row, int col)>;
 
     int Rows() const { return rows_; }
     int Cols() const { return cols_; }
@@ -20,9 +23,15 @@ public:
     void SetRows(int rows);
     void SetCols(int cols);
 
+    // From here on, the texts of the rows behind the fixed one are asked of the source. `rows` as
+    // in SetRows.
+    void SetSource(int rows, CellSource source);
+
     // REQUIRES: Holds(row, col).
-    const QString& Text(int row, int col) const { return texts_[At(row, col)]; }
+    QString Text(int row, int col) const;
+    // REQUIRES: the same, and no source for this row.
     void SetText(int row, int col, const QString& text);
+    // Lets go of the source.
     void ClearTexts();
 
     // Between these two, views hear of changed texts once, at the end.
@@ -36,9 +45,11 @@ public:
 
 private:
     std::size_t At(int row, int col) const;
+    int StoredRows(int rows) const { return source_ ? 1 : rows; }
 
     int rows_ = 2;
     int cols_ = 2;
+    CellSource source_;
     std::vector<QString> texts_ = std::vector<QString>(4);
     bool filling_ = false;
 };

@@ -9,6 +9,7 @@
 #include <QTextDocument>
 #include <QToolTip>
 #include <algorithm>
+#include <utility>
 
 #include "platform/qt/FormFont.h"
 #include "platform/qt/GridModel.h"
@@ -94,18 +95,26 @@ int MSFlexGrid::Cols() const {
     return model_->Cols();
 }
 
-void MSFlexGrid::SetRows(int rows) {
-    model_->SetRows(std::max(rows, 1));
+// The first cells to come take the current one.
+void MSFlexGrid::EnsureCurrent() {
     if (!currentIndex().isValid()) {
         SetSelection(1, 1, 1, 1);
     }
 }
 
+void MSFlexGrid::SetRows(int rows) {
+    model_->SetRows(std::max(rows, 1));
+    EnsureCurrent();
+}
+
+void MSFlexGrid::SetCellSource(int rows, std::function<QString(int row, int col)> source) {
+    model_->SetSource(std::max(rows, 1), std::move(source));
+    EnsureCurrent();
+}
+
 void MSFlexGrid::SetCols(int cols) {
     model_->SetCols(std::max(cols, 1));
-    if (!currentIndex().isValid()) {
-        SetSelection(1, 1, 1, 1);
-    }
+    EnsureCurrent();
 }
 
 QString MSFlexGrid::TextMatrix(int row, int col) const {
@@ -197,14 +206,7 @@ QString MSFlexGrid::Clip() const {
         return {};
     }
     const QRect cells = SelectedCells();
-    qsizetype length = 0;
-    for (int row = cells.top(); row <= cells.bottom(); ++row) {
-        for (int col = cells.left(); col <= cells.right(); ++col) {
-            length += model_->Text(row, col).size() + 1;
-        }
-    }
     QString clip;
-    clip.reserve(length);
     for (int row = cells.top(); row <= cells.bottom(); ++row) {
         for (int col = cells.left(); col <= cells.right(); ++col) {
             clip += model_->Text(row, col);

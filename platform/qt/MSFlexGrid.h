@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QTableView>
+#include <functional>
 #include <optional>
 
 namespace rillbook {
@@ -11,8 +12,8 @@ class GridModel;
 // A grid of texts with one fixed row on top (row 0) and one fixed column on the left (column 0),
 // which stay in view. Rows and columns count from 0, the fixed ones included, everywhere in this
 // interface; positions and sizes are in twips. Cells can't be typed into. A grid of several hundred
-// thousand rows fills and scrolls at once: texts are kept in one flat table and asked for as they
-// are painted.
+// thousand rows fills and scrolls at once: texts are kept in one flat table, or come from a source,
+// and are asked for as they are painted.
 class MSFlexGrid : public QTableView {
     Q_OBJECT
 public:
@@ -31,6 +32,10 @@ public:
     // Many SetTextMatrix calls between these two repaint once, at the end.
     void BeginFill();
     void EndFill();
+    // Sets the number of rows and leaves the texts of all but the fixed row to `source`, which is
+    // asked for each cell as it is painted or copied: for tables too long to write out in advance.
+    // Those cells can't be set from here on; ClearTexts lets go of the source.
+    void SetCellSource(int rows, std::function<QString(int row, int col)> source);
     // Empties every cell, fixed ones included; sizes, rows and columns stay.
     void ClearTexts();
 
@@ -106,6 +111,7 @@ private:
     void FollowFixedCells();
     void UseDefaultSizes();
     int WidthOf(const QString& text) const;
+    void EnsureCurrent();
     void NoteMouse(const QPoint& screenPosition);
     void NoteCurrent();
     void MoveCurrent(const QModelIndex& cell);

@@ -17,11 +17,15 @@ public:
     explicit PictureBox(QWidget* parent = nullptr);
     ~PictureBox() override;
 
-    // To draw on now, at the present size; good until the next call.
+    // To draw on now, at the present size; good until the next call. Asking for it changes nothing
+    // on the picture yet.
     DrawingSurface& Surface();
 
-    // Exactly what the picture shows.
+    // Exactly what the picture shows, at the screen's pixels; null where it has no size.
     QImage Image() const;
+
+    // Puts Image() on the clipboard in place of what was there.
+    void CopyToClipboard() const;
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -33,11 +33,6 @@ private:
     bool busy_;
 };
 
-QWidget* WindowOnTop() {
-    QWidget* modal = QApplication::activeModalWidget();
-    return modal != nullptr ? modal : QApplication::activeWindow();
-}
-
 QMessageBox::Icon IconOf(MsgBoxIcon icon) {
     switch (icon) {
         case MsgBoxIcon::Information:
@@ -101,13 +96,19 @@ Filters ReadFilter(const QString& filter) {
 
 }  // namespace
 
+QWidget* WindowOnTop() {
+    QWidget* modal = QApplication::activeModalWidget();
+    return modal != nullptr ? modal : QApplication::activeWindow();
+}
+
 QtDoors::QtDoors(const QString& programTitle) {
     TheDesktop() = Desktop{.programTitle = programTitle,
                            .messages = this,
                            .fileDialogs = this,
                            .settings = this,
                            .clipboard = this,
-                           .screen = this};
+                           .screen = this,
+                           .printers = &printers_};
 }
 
 QtDoors::~QtDoors() {

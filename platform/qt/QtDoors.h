@@ -5,6 +5,9 @@
 #include "platform/desktop/MsgBox.h"
 #include "platform/desktop/Screen.h"
 #include "platform/desktop/SettingsStore.h"
+#include "platform/qt/QtPrinter.h"
+
+class QWidget;
 
 namespace rillbook {
 
@@ -33,6 +36,10 @@ public:
 
 private:
     int pointer_ = vbDefault;
+    QtPrinterDoor printers_;
 };
+
+// The window over which a dialog opens; nullptr if there is none.
+QWidget* WindowOnTop();
 
 }  // namespace rillbook

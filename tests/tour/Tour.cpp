@@ -1,6 +1,7 @@
-// The program's main road through its real windows, from an empty start to the yearly sheet. Leaves
-// a picture of each window and the text of the sheet in a folder (the argument, or "tour" here),
-// and fails where the sheet isn't the one that was worked out.
+// The program's main road through its real windows, from an empty start to every report and to
+// paper. Leaves a picture of each window, the text of the yearly sheet and the printed pages in a
+// folder (the argument, or "tour" here), and fails where the sheet isn't the one that was worked
+// out.
 #include <QAbstractButton>
 #include <QCheckBox>
 #include <QDialog>
@@ -19,9 +20,11 @@
 #include "forms/main/DesktopApplication.h"
 #include "forms/main/frmMain.h"
 #include "platform/ado/Recordset.h"
+#include "platform/desktop/Desktop.h"
 #include "platform/qt/DTPicker.h"
 #include "platform/qt/MSFlexGrid.h"
 #include "platform/qt/QtDoors.h"
+#include "platform/qt/QtPrinter.h"
 #include "store/StationDatabase.h"
 #include "tests/support/StationFixture.h"
 #include "tests/support/UiDriver.h"
@@ -66,7 +69,8 @@ class Tour : public QObject {
 private Q_SLOTS:
     void initTestCase() {
         QDir().mkpath(folderOfTour);
-        for (const char* name : {"creek.mdb", "upper-basin.prj"}) {
+        for (const char* name :
+             {"creek.mdb", "upper-basin.prj", "yearly-sheet.pdf", "stage-graph.pdf"}) {
             QFile::remove(InFolder(QString::fromLatin1(name)));
         }
         ResetSharedState();
@@ -148,6 +152,11 @@ private Q_SLOTS:
             Trigger(form, QStringLiteral("mnuTotal"));
             sheet += SheetText(form);
             Picture(form, "yearly-sheet-totals");
+            const NextWindow choice([this](QWidget& dialog) {
+                Picture(dialog, "print-settings");
+                Click(dialog, QStringLiteral("cmdOK"));
+            });
+            PrintTo(form, "yearly-sheet");
             Trigger(form, QStringLiteral("mnuFileExit"));
         });
         Trigger(*window_, QStringLiteral("mnuOutAnnual"));
@@ -155,6 +164,34 @@ private Q_SLOTS:
         QVERIFY(dump.open(QIODevice::WriteOnly));
         dump.write(sheet.toUtf8());
         QCOMPARE(sheet, ReadText(QStringLiteral(RILLBOOK_SOURCE_DIR "/tests/data/tour-sheet.txt")));
+    }
+
+    void readsTables() {
+        ShowReport("mnuOutInstT", "instantaneous-table");
+        ShowReport("mnuOutDailyT", "daily-table");
+    }
+
+    void drawsTheStage() {
+        ShowReport(
+            "mnuOutInstG", "instantaneous-graph",
+            [](QWidget& settings) {
+                TypeText(settings, QStringLiteral("tbMin"), QStringLiteral("0"));
+                TypeText(settings, QStringLiteral("tbMax"), QStringLiteral("4"));
+                Click(settings, QStringLiteral("chbPoints"));
+                Click(settings, QStringLiteral("cbxRating"));
+            },
+            [this](QWidget& report) {
+                Trigger(report, QStringLiteral("mnuEditCopy"));
+                PrintTo(report, "stage-graph");
+            });
+    }
+
+    void drawsTheDailyFlow() {
+        ShowReport("mnuOutDailyG", "daily-graph", [](QWidget& settings) {
+            TypeText(settings, QStringLiteral("tbMax"), QStringLiteral("240"));
+            Click(settings, QStringLiteral("cbxRating"));
+            Click(settings, QStringLiteral("chkMax"));
+        });
     }
 
     void showsTheAboutBox() {
@@ -193,6 +230,35 @@ private:
         dynamic_cast<QDialog&>(dialog).accept();
     }
 
+    using Steps = std::function<void(QWidget& form)>;
+
+    // Settles a report, has a look at it, and does this with it before it is closed.
+    void ShowReport(const char* item, const char* name, const Steps& settle = {},
+                    const Steps& use = {}) {
+        const NextWindow settings([&](QWidget& form) {
+            if (settle) {
+                settle(form);
+            }
+            Click(form, QStringLiteral("cmdOK"));
+        });
+        const NextWindow report([&](QWidget& form) {
+            QCoreApplication::processEvents();
+            Picture(form, name);
+            if (use) {
+                use(form);
+            }
+            Trigger(form, QStringLiteral("mnuFileExit"));
+        });
+        Trigger(*window_, QString::fromLatin1(item));
+    }
+
+    void PrintTo(QWidget& report, const char* name) {
+        const QString pdf = InFolder(QString::fromLatin1(name) + QStringLiteral(".pdf"));
+        const NextWindow dialog([&](QWidget& form) { ChooseFile(form, qPrintable(pdf)); });
+        Trigger(report, QStringLiteral("mnuFilePrint"));
+        QVERIFY(ReadText(pdf).startsWith(u"%PDF-"));
+    }
+
     static void AddRow(const char* table, const Values& values) {
         Recordset rows;
         rows.LockType = adLockOptimistic;
@@ -214,9 +280,12 @@ int main(int argc, char** argv) {
     folderOfTour =
         QDir(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("tour")).absolutePath();
     const QtDoors doors(Application::Title());
+    // The pages become files, whatever printers the machine has.
+    QtPrinterDoor files(QPageSize(QPageSize::A4));
+    TheDesktop().printers = &files;
     Tour tour;
     const int failures = QTest::qExec(&tour, QStringList{application.arguments().first()});
-    std::printf("Pictures and the sheet's text: %s\n", qPrintable(folderOfTour));
+    std::printf("Pictures, printed pages and the sheet's text: %s\n", qPrintable(folderOfTour));
     return failures;
 }
 

@@ -13,6 +13,7 @@
 #include "platform/text/Regional.h"
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
+#include "tests/support/ReportedChannel.h"
 #include "tests/support/ScriptedDoors.h"
 #include "tests/support/SeriesText.h"
 #include "tests/support/StationFixture.h"
@@ -105,24 +106,9 @@ private:
 
 void TestAnnual::init() {
     FailOnAnyWarning();
-    RegionalSettings() = Regional();
     doors_ = std::make_unique<ScriptedDoors>();
     station_ = std::make_unique<StationFixture>();
-    LoadAppSettings();
-    FillMonthNames();
-    StationInfo.OutputChannel = 1;
-    StationInfo.TimeIncrement = 0.5;
-    ChannelInfoData& channel = ChannelInfo[1];
-    channel.RecSta = QStringLiteral("Kettle Creek");
-    channel.RecDesc = QStringLiteral("Stage");
-    channel.RecLabel = QStringLiteral("ft");
-    channel.ConvDesc = QStringLiteral("Flow");
-    channel.ConvLabel = QStringLiteral("cfs");
-    channel.DigitsOut = 2;
-    channel.OutputFactor = 1.98;
-    channel.OutputFactorString = QStringLiteral("ac-ft");
-    ReportBeginDate = At("2002-01-01");
-    ReportEndDate = At("2002-12-31");
+    DescribeReportedChannel();
 }
 
 void TestAnnual::cleanup() {
@@ -326,9 +312,16 @@ void TestAnnual::CopiesSelection() {
     InReport([&](QWidget& form) {
         Grid(form).SetSelection(31, 1, 32, 2);
         Trigger(form, Name("mnuEditCopy"));
+        QCOMPARE(doors_->clipboardText, QStringLiteral("30\t12.50\r31\t25.00"));
+
+        // By keys alone: the grid has the focus when the form opens.
+        form.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&form));
+        QTest::keyClick(form.focusWidget(), Qt::Key_Up);
+        QTest::keyClick(form.focusWidget(), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(doors_->clipboardText, QStringLiteral("29"));
         form.close();
     });
-    QCOMPARE(doors_->clipboardText, QStringLiteral("30\t12.50\r31\t25.00"));
 }
 
 void TestAnnual::RemembersPlace_data() {

@@ -18,6 +18,8 @@
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
 #include "store/StationDatabase.h"
+#include "tests/support/MessageLog.h"
+#include "tests/support/PlainFiles.h"
 #include "tests/support/ScriptedDoors.h"
 #include "tests/support/StationFixture.h"
 #include "tests/support/UiDriver.h"
@@ -25,17 +27,6 @@
 using namespace rillbook;
 
 namespace {
-
-QByteArray Bytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-}
-
-void Put(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
 
 // The program as it stands after its start, in a folder of its own.
 class Program {
@@ -56,7 +47,7 @@ public:
     // A text in which the folder's name is "~".
     QString Short(QString text) const { return text.replace(folder_.path(), u"~"_qs); }
     QString ProjectText(const QString& name = u"p.prj"_qs) const {
-        return Short(QString::fromUtf8(Bytes(File(name)))).remove(u'\r');
+        return Short(QString::fromUtf8(ReadBytes(File(name)))).remove(u'\r');
     }
 
     void Choose(const char* item, const QString& name) {
@@ -72,10 +63,11 @@ public:
     StationTree& Tree() { return Child<StationTree>(*window, u"TreeView1"_qs); }
     // Channel 0 is the station's node.
     void ClickNode(int station, int channel, Qt::MouseButton button = Qt::LeftButton) {
-        QTreeWidgetItem* node = Tree().topLevelItem(station);
-        node = channel == 0 ? node : node->child(channel - 1);
-        Tree().scrollToItem(node);
-        QTest::mouseClick(Tree().viewport(), button, {}, Tree().visualItemRect(node).center());
+        QTest::mouseClick(Tree().viewport(), button, {}, NodePoint(station, channel));
+    }
+    void DoubleClickNode(int station, int channel) {
+        ClickNode(station, channel);
+        QTest::mouseDClick(Tree().viewport(), Qt::LeftButton, {}, NodePoint(station, channel));
     }
     // "a.mdb [b.mdb] | open: b.mdb, channel 1": the stations, the selected node in brackets.
     QString Story() {
@@ -124,6 +116,13 @@ public:
     std::unique_ptr<frmMain> window;
 
 private:
+    QPoint NodePoint(int station, int channel) {
+        QTreeWidgetItem* node = Tree().topLevelItem(station);
+        node = channel == 0 ? node : node->child(channel - 1);
+        Tree().scrollToItem(node);
+        return Tree().visualItemRect(node).center();
+    }
+
     QTemporaryDir folder_;
 };
 
@@ -148,11 +147,12 @@ private Q_SLOTS:
                  "mnuFileProjectOpen mnuFileProjectSave mnuFileStationNew mnuFileStationOpen "
                  "mnuHelpAbout New Open Save tbProjectName Toolbar1 TreeView1"_qs);
         program.AddStation(u"a.mdb"_qs);
-        QCOMPARE(program.Enabled(),
-                 u"Frame1 lblProjName mnuFileExit mnuFileImport mnuFileProjectClose "
-                 "mnuFileProjectNew mnuFileProjectOpen mnuFileProjectSave mnuFileStationClose "
-                 "mnuFileStationNew mnuFileStationOpen mnuFileStationSave mnuHelpAbout "
-                 "mnuOutAnnual New Open Save tbProjectName Toolbar1 TreeView1"_qs);
+        QCOMPARE(
+            program.Enabled(),
+            u"Frame1 lblProjName mnuFileExit mnuFileImport mnuFileProjectClose "
+            "mnuFileProjectNew mnuFileProjectOpen mnuFileProjectSave mnuFileStationClose "
+            "mnuFileStationNew mnuFileStationOpen mnuFileStationSave mnuHelpAbout "
+            "mnuOutAnnual mnuOutDailyG mnuOutDailyT mnuOutInstG mnuOutInstT New Open Save tbProjectName Toolbar1 TreeView1"_qs);
         program.doors.ExpectMessage(u"Save Current Project?"_qs, MsgBoxAnswer::No);
         Trigger(*program.window, u"mnuFileProjectClose"_qs);
         QCOMPARE(program.Enabled(), nothing);
@@ -181,7 +181,8 @@ private Q_SLOTS:
             const QString path = program.File(QString::fromLatin1(name));
             text += "\"" + path.toUtf8() + "\",\"" + name + "\"\r\n";
         }
-        Put(program.File(u"p.prj"_qs), text + "#2002-03-15#,\"7312\"\r\n\"Upper, lower\"\r\n");
+        WriteBytes(program.File(u"p.prj"_qs),
+                   text + "#2002-03-15#,\"7312\"\r\n\"Upper, lower\"\r\n");
         CreateStationFile(program.File(u"a.mdb"_qs));
         CreateStationFile(program.File(u"c.MDB"_qs), 2);
         program.doors.ExpectMessage(program.File(u"gone.mdb"_qs) + u" not found!"_qs);
@@ -235,6 +236,82 @@ private Q_SLOTS:
         program.ClickNode(1, channel);
         QTEST(program.Story(), "story");
         QCOMPARE(program.StoredChannel(u"a.mdb"_qs), QString::number(std::max(1, channel)));
+    }
+
+    void clicksOnceForADoubleClick() {
+        StationTree tree;
+        QStringList told;
+        connect(&tree, &StationTree::NodeClick, &tree, [&] { told += u"NodeClick"_qs; });
+        connect(&tree, &StationTree::Click, &tree, [&] { told += u"Click"_qs; });
+        connect(&tree, &StationTree::DblClick, &tree, [&] { told += u"DblClick"_qs; });
+        QTest::mouseClick(tree.viewport(), Qt::LeftButton);
+        QTest::mouseDClick(tree.viewport(), Qt::LeftButton);
+        QTest::mouseRelease(tree.viewport(), Qt::LeftButton);
+        QCOMPARE(told.join(u' '), u"NodeClick Click DblClick"_qs);
+        // The window that came up took the release.
+        QTest::mouseDClick(tree.viewport(), Qt::LeftButton);
+        QTest::mouseClick(tree.viewport(), Qt::LeftButton);
+        QCOMPARE(told.sliced(3).join(u' '), u"DblClick NodeClick Click"_qs);
+    }
+
+    void showsTheGraphOnADoubleClick_data() {
+        QTest::addColumn<int>("days");  // from the first to the last day of the report
+        QTest::addColumn<double>("graphMin");
+        QTest::addColumn<QString>("window");
+        QTest::newRow("a year, no axis") << 366 << 10.0 << u"frmInstG of channel 2"_qs;
+        QTest::newRow("longer, no axis") << 367 << 10.0 << u"frmOutputSettings of channel 2"_qs;
+        QTest::newRow("longer, with an axis") << 400 << 9.0 << u"frmInstG of channel 2"_qs;
+        QTest::newRow("backwards, no axis") << -1 << 10.0 << u"frmInstG of channel 2"_qs;
+    }
+    void showsTheGraphOnADoubleClick() {
+        QFETCH(int, days);
+        QFETCH(double, graphMin);
+        Program program;
+        program.NewProject();
+        program.AddStation(u"a.mdb"_qs, 2);
+        program.AddStation(u"b.mdb"_qs);
+        program.ClickNode(0, 1);
+        ReportEndDate = ReportBeginDate + days;
+        ChannelInfo[2].GraphMin = graphMin;
+        ChannelInfo[2].GraphMax = 10;
+        QString window;
+        const NextWindow shown([&](QWidget& form) {
+            window = u"%1 of channel %2"_qs.arg(form.objectName()).arg(StationInfo.OutputChannel);
+            form.close();
+        });
+        DialogCancelled = true;
+        MessageLog noData;
+        program.DoubleClickNode(0, 2);
+        QTEST(window, "window");
+    }
+
+    void showsNoGraphWithoutAStation() {
+        Program program;
+        program.NewProject();
+        program.AddStation(u"b.mdb"_qs);
+        program.AddStation(u"a.mdb"_qs);
+        QVERIFY(QFile::remove(program.File(u"b.mdb"_qs)));
+        program.doors.ExpectMessage(program.File(u"b.mdb"_qs) + u" not found!"_qs);
+        program.ClickNode(0, 0);
+        program.DoubleClickNode(1, 1);
+        QCOMPARE(program.Story(), u"b.mdb a.mdb [1: Channel 1 - Stage (ft)] | none open"_qs);
+    }
+
+    // The station left behind is closed by then, and a click on it doesn't open it again.
+    void tellsOnceOfAStationThatIsGone() {
+        Program program;
+        program.NewProject();
+        for (const QString& name : {u"a.mdb"_qs, u"b.mdb"_qs, u"c.mdb"_qs}) {
+            program.AddStation(name);
+        }
+        QFile::remove(program.File(u"a.mdb"_qs));
+        program.doors.ExpectMessage(program.File(u"a.mdb"_qs) + u" not found!"_qs);
+        program.ClickNode(0, 1);
+        QVERIFY(!program.Enabled().contains(u"Frame1"_qs));
+        program.ClickNode(2, 0);
+        QCOMPARE(program.Story(), u"a.mdb b.mdb [c.mdb] | none open"_qs);
+        program.ClickNode(1, 0);
+        QCOMPARE(program.Story(), u"a.mdb [b.mdb] c.mdb | open: b.mdb, channel 1"_qs);
     }
 
     void followsTheKeyboard() {
@@ -325,7 +402,8 @@ private Q_SLOTS:
         Program program;
         program.NewProject();
         program.AddStation(u"a.mdb"_qs);
-        Put(program.File(u"log.csv"_qs), "Time,Stage\n01/02/02 00:00,1.5\n01/03/02 00:15,1.6\n");
+        WriteBytes(program.File(u"log.csv"_qs),
+                   "Time,Stage\n01/02/02 00:00,1.5\n01/03/02 00:15,1.6\n");
         program.doors.ExpectMessage(
             u" 2 Readable Records,  1 Unreadable Records(s), and  0 Dupulicate(s)."_qs);
         program.Choose("mnuFileImport", u"log.csv"_qs);
@@ -378,16 +456,16 @@ private Q_SLOTS:
         CreateStationFile(program.File(u"a.mdb"_qs));
         const QByteArray cut = "\"Rillbook\",\"100\"\r\n2\r\n\"" +
                                program.File(u"a.mdb"_qs).toUtf8() + "\",\"a.mdb\"\r\n";
-        Put(program.File(u"p.prj"_qs), cut);
+        WriteBytes(program.File(u"p.prj"_qs), cut);
         program.doors.ExpectMessage(program.File(u"p.prj"_qs) +
                                     u"\nIt could not be read from station 2 of 2 on."_qs);
         program.Choose("mnuFileProjectOpen", u"p.prj"_qs);
         QCOMPARE(program.Story(), u"[a.mdb] | open: a.mdb, channel 1"_qs);
         Trigger(*program.window, u"mnuFileProjectSave"_qs);
-        QCOMPARE(Bytes(program.File(u"p.prj.bak"_qs)), cut);
-        Put(program.File(u"p.prj.bak"_qs), "kept");
+        QCOMPARE(ReadBytes(program.File(u"p.prj.bak"_qs)), cut);
+        WriteBytes(program.File(u"p.prj.bak"_qs), "kept");
         Trigger(*program.window, u"mnuFileProjectSave"_qs);
-        QCOMPARE(Bytes(program.File(u"p.prj.bak"_qs)), "kept");
+        QCOMPARE(ReadBytes(program.File(u"p.prj.bak"_qs)), "kept");
     }
 
     void saysThatTheProjectCantBeSaved() {
@@ -443,13 +521,26 @@ private Q_SLOTS:
         QCOMPARE(program.window->Text(StationPanel::Item::Notes), u"none"_qs);
     }
 
+    void showsTheReportUnlessCancelled_data() {
+        QTest::addColumn<QString>("item");
+        QTest::addColumn<QString>("report");
+        for (const auto& [item, form] : {std::pair{"mnuOutInstG", "frmInstG"},
+                                         {"mnuOutDailyG", "frmDailyG"},
+                                         {"mnuOutInstT", "frmInstT"},
+                                         {"mnuOutDailyT", "frmDailyT"},
+                                         {"mnuOutAnnual", "frmAnnualT"}}) {
+            QTest::newRow(item) << QString::fromLatin1(item) << QString::fromLatin1(form);
+        }
+    }
+
     void showsTheReportUnlessCancelled() {
+        QFETCH(QString, item);
         Program program;
         program.NewProject();
         program.AddStation(u"a.mdb"_qs);
         {
             const NextWindow settings([](QWidget& form) { Click(form, u"cmdCancel"_qs); });
-            Trigger(*program.window, u"mnuOutAnnual"_qs);
+            Trigger(*program.window, item);
         }
         QString shown;
         program.doors.ExpectMessage(u"No data within dates!"_qs);
@@ -458,8 +549,8 @@ private Q_SLOTS:
             shown = form.objectName();
             form.close();
         });
-        Trigger(*program.window, u"mnuOutAnnual2"_qs);
-        QCOMPARE(shown, u"frmAnnualT"_qs);
+        Trigger(*program.window, item + u'2');
+        QTEST(shown, "report");
     }
 
     void tellsItsVersion() {

@@ -1,0 +1,45 @@
+#include "forms/reports/ReportForm.h"
+
+#include <QAction>
+
+#include "forms/main/frmAbout.h"
+#include "forms/reports/frmOutputSettings.h"
+#include "platform/desktop/Clipboard.h"
+#include "platform/desktop/Desktop.h"
+#include "platform/qt/MSFlexGrid.h"
+
+namespace rillbook {
+
+ReportForm::ReportForm(ReportMode mode, QWidget* parent) : QDialog(parent), mode_(mode) {
+    setWindowFlags(windowFlags() | Qt::WindowMinMaxButtonsHint);
+}
+
+QAction& ReportForm::Item(const char* name) const {
+    auto* item = findChild<QAction*>(QString::fromLatin1(name));
+    Q_ASSERT(item != nullptr);
+    return *item;
+}
+
+void ReportForm::ConnectCommonCommands() {
+    connect(&Item("mnuFileExit"), &QAction::triggered, this, &QWidget::close);
+    connect(&Item("mnuEditSettings"), &QAction::triggered, this, &ReportForm::ShowSettings);
+    connect(&Item("mnuHelpAbout"), &QAction::triggered, this, [this] { frmAbout(this).exec(); });
+}
+
+void ReportForm::ConnectCopy(const MSFlexGrid& grid) {
+    Item("mnuEditCopy").setShortcut(QKeySequence::Copy);
+    connect(&Item("mnuEditCopy"), &QAction::triggered, &grid, [&grid] {
+        TheClipboard().Clear();
+        TheClipboard().SetText(grid.Clip());
+    });
+}
+
+void ReportForm::ShowSettings() {
+    SettingsMode = mode_;
+    frmOutputSettings(this).exec();
+    if (!DialogCancelled) {
+        Rebuild();
+    }
+}
+
+}  // namespace rillbook

@@ -1,0 +1,139 @@
+#include "graphs/GraphForm.h"
+
+#include <QResizeEvent>
+
+#include "app/InitialFile.h"
+#include "compute/Compute.h"
+#include "forms/main/DesktopApplication.h"
+#include "forms/reports/Print.h"
+#include "platform/ado/AdoError.h"
+#include "platform/desktop/CommonDialog.h"
+#include "platform/desktop/Printer.h"
+#include "platform/desktop/Screen.h"
+#include "platform/qt/RememberedWindow.h"
+#include "platform/qt/Twips.h"
+#include "store/FormStuff.h"
+#include "store/ProjectFile.h"
+#include "ui_GraphForm.h"
+
+namespace rillbook {
+
+namespace {
+
+const RememberedWindow kPlace{GraphH, GraphW, GraphT, GraphL, GraphM};
+
+}  // namespace
+
+GraphForm::GraphForm(const Kind& kind, const QString& projectName, CommonDialog& printerDialog,
+                     QWidget* parent)
+    : ReportForm(kind.mode, parent),
+      seriesCount_(kind.seriesCount),
+      projectName_(projectName),
+      cdbprinter_(printerDialog),
+      ui_(std::make_unique<Ui::GraphForm>()) {
+    ui_->setupUi(this);
+    setObjectName(kind.name);
+    ConnectCommonCommands();
+    connect(ui_->mnuFilePrint, &QAction::triggered, this, &GraphForm::PrintGraph);
+    connect(ui_->mnuEditCopy, &QAction::triggered, ui_->Picture1, &PictureBox::CopyToClipboard);
+    connect(ui_->mnuEditRefresh, &QAction::triggered, this, &GraphForm::Rebuild);
+    kPlace.Restore(*this);
+    setWindowTitle(kind.captionHead + projectName);
+    FitPicture();
+}
+
+GraphForm::~GraphForm() = default;
+
+void GraphForm::done(int result) {
+    kPlace.Remember(*this);
+    QDialog::done(result);
+}
+
+void GraphForm::resizeEvent(QResizeEvent* event) {
+    QDialog::resizeEvent(event);
+    FitPicture();
+    RebuildSoon();
+}
+
+void GraphForm::FitPicture() {
+    QSize picture = ui_->Picture1->size();
+    if (ToTwips(width()) > 360) {
+        picture.setWidth(ToPixels(ToTwips(width()) - 125));
+    }
+    if (ToTwips(height()) > 500) {
+        picture.setHeight(ToPixels(ToTwips(height()) - 685));
+    }
+    ui_->Picture1->resize(picture);
+}
+
+// Once the window stands: its first size comes before it does. A maximised one then gets another
+// size, maybe while a message about the readings is up: there is nothing to draw then, and it need
+// not be told twice.
+void GraphForm::RebuildSoon() {
+    if (rebuildsSoon_) {
+        return;
+    }
+    rebuildsSoon_ = true;
+    const auto rebuild = [this] {
+        if (isVisible()) {
+            Rebuild();
+        }
+        rebuildsSoon_ = false;
+    };
+    QMetaObject::invokeMethod(this, rebuild, Qt::QueuedConnection);
+}
+
+void GraphForm::Rebuild() {
+    try {
+        LoadGraph(false, ui_->Picture1->Surface());
+    } catch (const std::exception& failure) {
+        TellFailure(failure);
+    }
+}
+
+void GraphForm::LoadGraph(bool toPrinter, DrawingSurface& surface) {
+    const Hourglass hourglass;
+    const int chan = StationInfo.OutputChannel;
+    const DateTime from = ReportBeginDate;
+    const DateTime to = ReportEndDate + 1;  // the last day is shown whole
+    LoadValues(from, to, chan);
+    try {
+        LoadMeasuredValues(chan);
+    } catch (const AdoError&) {
+        if (InstCount > 0) {
+            throw;
+        }
+        // There is nothing to draw, and the user has been told why.
+    }
+    const ChartPoints points = Points(chan);
+    const ChannelInfoData& channel = ChannelInfo[chan];
+    const ChartTexts texts{.title1 = channel.RecSta + TitleWords(chan) + ReportDescription(chan),
+                           .title2 = projectName_,
+                           .xTitle = QStringLiteral("Date"),
+                           .yTitle = ReportLabel(chan)};
+    // The settings don't take limits in the wrong order; a station's file may have them all the
+    // same.
+    if (channel.GraphMin < channel.GraphMax && points.count > 1 && to > from) {
+        DrawChart(points.table, from, to, channel.GraphMin, channel.GraphMax, texts, seriesCount_,
+                  points.count, toPrinter, surface);
+    }
+}
+
+void GraphForm::PrintGraph() {
+    cdbprinter_.DialogTitle = QStringLiteral("Print");
+    cdbprinter_.Orientation = cdlLandscape;
+    try {
+        cdbprinter_.ShowPrinter();
+        const Hourglass hourglass;
+        PrintDocument(windowTitle(), cdbprinter_.Orientation, [this](Printer& printer) {
+            LoadGraph(true, printer);
+            PrintFooter(printer);
+        });
+    } catch (const DialogCancelledError&) {
+        return;
+    } catch (const std::exception& failure) {
+        TellFailure(failure);
+    }
+}
+
+}  // namespace rillbook

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <memory>
+
+#include "forms/reports/ReportForm.h"
+#include "graphs/Chart.h"
+
+namespace rillbook {
+
+class CommonDialog;
+class DrawingSurface;
+
+namespace Ui {
+class GraphForm;
+}
+
+// What the two graph windows share: a picture that fills them, the menus, the page on paper, and
+// one remembered place on the screen. The graph is of the open station's output channel over the
+// report period, and is read and drawn anew with every change of the window's size.
+class GraphForm : public ReportForm {
+    Q_OBJECT
+public:
+    ~GraphForm() override;
+
+    // Reads the readings and the journal's values and draws the graph, with the margins and pens of
+    // paper or of the screen. Without a reading in the period (LoadSeries has told the user), or
+    // where the value axis spans nothing, the surface is left as it was. Raises AdoError where the
+    // journal can't be read though the readings could, and PrinterError.
+    void LoadGraph(bool toPrinter, DrawingSurface& surface);
+
+    void done(int result) override;
+
+protected:
+    struct Kind {
+        QString name;         // of the form
+        QString captionHead;  // what stands before the project's name
+        ReportMode mode;
+        int seriesCount;
+    };
+
+    // `printerDialog` is the one of the main window, and outlives the form.
+    GraphForm(const Kind& kind, const QString& projectName, CommonDialog& printerDialog,
+              QWidget* parent);
+
+    // On the picture. A failure is told to the user.
+    void Rebuild() override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    virtual void LoadValues(DateTime from, DateTime to, int chan) = 0;
+    virtual ChartPoints Points(int chan) const = 0;
+    // Between the channel's own description and that of its quantity.
+    virtual QString TitleWords(int chan) const = 0;
+
+    void FitPicture();
+    void RebuildSoon();
+    void PrintGraph();
+
+    const int seriesCount_;
+    const QString projectName_;
+    CommonDialog& cdbprinter_;
+    std::unique_ptr<Ui::GraphForm> ui_;
+    bool rebuildsSoon_ = false;
+};
+
+}  // namespace rillbook

@@ -1,0 +1,20 @@
+#include "platform/desktop/ReplaceFile.h"
+
+#include <QSaveFile>
+
+namespace rillbook {
+
+QString ReplaceFile(const QString& path, const QByteArray& bytes) {
+    QSaveFile file(path);
+    // Unbuffered: what a full disk cut off of a buffer would be no error to commit().
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        return file.errorString();
+    }
+    const qint64 written = file.write(bytes);
+    if (written >= 0 && written < bytes.size()) {
+        return QStringLiteral("The disk is full");
+    }
+    return written == bytes.size() && file.commit() ? QString() : file.errorString();
+}
+
+}  // namespace rillbook

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace rillbook {
+
+// Puts these bytes in place of a file, or makes it: written beside and renamed when all of them are
+// in the file. Returns the system's reason where that fails, and the old file is as it was; empty
+// if it was done.
+QString ReplaceFile(const QString& path, const QByteArray& bytes);
+
+}  // namespace rillbook

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <sys/resource.h>
+
+#include <QtGlobal>
+#include <csignal>
+
+namespace rillbook {
+
+// For its lifetime, no file of this process grows beyond `bytes`: writing fails as on a full disk.
+class FullDisk {
+public:
+    explicit FullDisk(qint64 bytes) {
+        ::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &former_);
+        const rlimit limit{static_cast<rlim_t>(bytes), former_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &former_); }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit former_{};
+};
+
+}  // namespace rillbook
