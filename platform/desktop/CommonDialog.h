@@ -46,7 +46,8 @@ public:
     int Orientation = 1;  // of the printer dialog: 1 portrait, 2 landscape
 
     // Set FileName and FileTitle, or raise DialogCancelledError and leave them. Where no extension
-    // was typed, a save takes that of the filter's first pattern.
+    // was typed, a save takes that of the filter's first pattern, and so does an opening where the
+    // filter's first entry has no other pattern.
     void ShowOpen();
     void ShowSave();
     // The printer dialog, set to Orientation. Raises DialogCancelledError.

@@ -23,14 +23,21 @@ private:
     QByteArray utf8_;
 };
 
-// One document in the making, its first page begun. Positions count from the corner of the paper,
-// not from that of its printable part. Let go without EndDoc, it never comes to be: no page is
-// printed, no file is written or replaced.
+// What printers leave blank at each side of the paper, in twips: a quarter of an inch.
+constexpr double kPrinterRim = 360;
+
+// One document in the making, its first page begun. Positions count from the corner of the paper.
+// Let go without EndDoc, it never comes to be: no page is printed, no file is written or replaced.
 class Printer : public virtual DrawingSurface {
 public:
-    // Of the page, in its orientation, in twips. ScaleWidth and ScaleHeight are the same.
-    double Width() const { return ScaleWidth(); }
-    double Height() const { return ScaleHeight(); }
+    // Of the paper, in its orientation, in twips.
+    virtual double Width() const = 0;
+    virtual double Height() const = 0;
+
+    // What can be drawn on from the paper's corner: its size less the rims of both sides. Nothing
+    // is drawn beyond.
+    double ScaleWidth() const override { return Width() - 2 * kPrinterRim; }
+    double ScaleHeight() const override { return Height() - 2 * kPrinterRim; }
 
     // Goes on at the corner of an empty page, with the same font and pens.
     virtual void NewPage() = 0;

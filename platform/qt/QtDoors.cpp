@@ -74,8 +74,9 @@ MsgBoxAnswer AnswerOf(int button) {
 }
 
 struct Filters {
-    QStringList names;  // "Text (*.a) (*.a *.b)"; the last pair of brackets isn't shown
-    QString suffix;     // of the first pattern, without the point; empty for all files
+    QStringList names;           // "Text (*.a) (*.a *.b)"; the last pair of brackets isn't shown
+    QString suffix;              // of the first pattern, without the point; empty for all files
+    bool hasOnlySuffix = false;  // no other pattern stands beside it
 };
 
 // Of "Text (*.a)|*.a;*.b|All Files (*.*)|*.*", where "*.*" means names without a point too.
@@ -89,6 +90,7 @@ Filters ReadFilter(const QString& filter) {
             QStringLiteral("%1 (%2)").arg(parts.at(i), patterns.join(QStringLiteral(" ")));
         if (i == 0 && patterns.value(0).startsWith(QStringLiteral("*."))) {
             filters.suffix = patterns.at(0).sliced(2);
+            filters.hasOnlySuffix = patterns.size() == 1;
         }
     }
     return filters;
@@ -151,6 +153,9 @@ std::optional<QString> QtDoors::Ask(const FileRequest& request) {
         dialog.setOption(QFileDialog::DontConfirmOverwrite, !request.confirmOverwrite);
     } else {
         dialog.setFileMode(QFileDialog::ExistingFile);
+        if (filters.hasOnlySuffix) {
+            dialog.setDefaultSuffix(filters.suffix);
+        }
     }
     if (!request.fileName.isEmpty()) {
         dialog.selectFile(request.fileName);

@@ -21,6 +21,7 @@ namespace rillbook {
 namespace {
 
 constexpr int kPdfDotsPerInch = 1200;
+constexpr double kTwipsPerInch = 1440;
 constexpr double kTwipsPerPoint = 20;
 constexpr double kPensPerInch = 600;
 
@@ -32,8 +33,8 @@ QPageLayout::Orientation OrientationOf(int orientation) {
 // document once begun can't be taken back from them.
 class PagedDocument : public Printer, public PainterSurface {
 public:
-    double ScaleWidth() const override { return PageSize().width() * kTwipsPerPoint; }
-    double ScaleHeight() const override { return PageSize().height() * kTwipsPerPoint; }
+    double Width() const override { return PageSize().width() * kTwipsPerPoint; }
+    double Height() const override { return PageSize().height() * kTwipsPerPoint; }
     void Clear(Colour) override {}
 
     void NewPage() override {
@@ -56,10 +57,13 @@ protected:
         if (!painter.begin(&device)) {
             return false;
         }
+        const double dotsPerTwip = DotsPerInch() / kTwipsPerInch;
+        const QRectF drawable(0, 0, ScaleWidth() * dotsPerTwip, ScaleHeight() * dotsPerTwip);
         for (std::size_t page = 0; page < pages_.size(); ++page) {
             if (page > 0 && !device.newPage()) {
                 return false;
             }
+            painter.setClipRect(drawable);
             for (const Step& step : pages_[page]) {
                 step(painter);
             }

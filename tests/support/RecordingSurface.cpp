@@ -93,7 +93,7 @@ void RecordingSurface::Clear(Colour background) {
 
 RecordingPrinter::RecordingPrinter(double width, double height,
                                    std::shared_ptr<PrintRecording> recording)
-    : Recorder(width, height), recording_(std::move(recording)) {}
+    : width_(width), height_(height), recording_(std::move(recording)) {}
 
 RecordingPrinter::~RecordingPrinter() {
     if (!ended_) {

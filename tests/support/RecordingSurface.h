@@ -42,10 +42,6 @@ struct PrintRecording : Recording {
 template <typename Surface>
 class Recorder : public Surface {
 public:
-    Recorder(double width, double height) : width_(width), height_(height) {}
-
-    double ScaleWidth() const override { return width_; }
-    double ScaleHeight() const override { return height_; }
     double TextWidth(const QString& text) const override;
     double TextHeight(const QString& text) const override;
     void Line(double x1, double y1, double x2, double y2) override;
@@ -59,21 +55,24 @@ protected:
 
 private:
     QString FillText() const;
-
-    double width_;
-    double height_;
 };
 
 class RecordingSurface : public Recorder<DrawingSurface> {
 public:
-    using Recorder::Recorder;
+    RecordingSurface(double width, double height) : width_(width), height_(height) {}
 
     Recording recording;
 
+    double ScaleWidth() const override { return width_; }
+    double ScaleHeight() const override { return height_; }
     void Clear(Colour background) override;
 
 protected:
     void Note(const QString& line) override { recording.lines += line; }
+
+private:
+    double width_;
+    double height_;
 };
 
 class RecordingPrinter : public Recorder<Printer> {
@@ -81,6 +80,8 @@ public:
     RecordingPrinter(double width, double height, std::shared_ptr<PrintRecording> recording);
     ~RecordingPrinter() override;
 
+    double Width() const override { return width_; }
+    double Height() const override { return height_; }
     void Clear(Colour) override {}
     void NewPage() override;
     void EndDoc() override;
@@ -89,6 +90,8 @@ protected:
     void Note(const QString& line) override;
 
 private:
+    double width_;
+    double height_;
     std::shared_ptr<PrintRecording> recording_;
     bool ended_ = false;
 };
