@@ -29,6 +29,17 @@ bool HasTableOf(sqlite3* handle, const QStringList& names) {
     });
 }
 
+// REQUIRES: normal locking mode, no transaction, write-ahead mode. A refused exclusive lock leaves
+// the pending one on the file, which keeps every new reader out. SQLite takes it back where it
+// leaves the write-ahead mode, not here.
+void GiveUpPendingLock(sqlite3* handle) noexcept {
+    sqlite3_file* file = nullptr;
+    if (sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK &&
+        file != nullptr && file->pMethods != nullptr) {
+        file->pMethods->xUnlock(file, SQLITE_LOCK_SHARED);
+    }
+}
+
 }  // namespace
 
 Database::Database(const QString& path, const QStringList& ownTables) : path_(path) {
@@ -104,10 +115,14 @@ void Database::BeginExclusiveUse() noexcept {
     }
     TryRun(handle_.get(), kAppendInterval);
     TryRun(handle_.get(), "PRAGMA locking_mode = EXCLUSIVE");
-    // The lock is taken by the first write. Where another connection reads the file it can't be
-    // had, and each row then takes its lock by itself.
-    if (!TryRun(handle_.get(), "BEGIN IMMEDIATE; COMMIT")) {
-        TryRun(handle_.get(), "PRAGMA locking_mode = NORMAL");
+    // The lock is taken by the first write. Where another connection has the file open it can't be
+    // had, and no wait would bring it; each row then takes its lock by itself.
+    sqlite3_busy_timeout(handle_.get(), 0);
+    const bool isAlone = TryRun(handle_.get(), "BEGIN IMMEDIATE; COMMIT");
+    sqlite3_busy_timeout(handle_.get(), kPatience);
+    if (!isAlone) {
+        LeaveExclusiveMode();
+        GiveUpPendingLock(handle_.get());
     }
 }
 
@@ -115,11 +130,15 @@ void Database::EndExclusiveUse() noexcept {
     if (IsReadOnly()) {
         return;
     }
+    LeaveExclusiveMode();
+    TryRun(handle_.get(), kUsualInterval);
+    TryRun(handle_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+void Database::LeaveExclusiveMode() noexcept {
     TryRun(handle_.get(), "PRAGMA locking_mode = NORMAL");
     // The lock goes at the end of the next access.
     TryRun(handle_.get(), "SELECT count(*) FROM sqlite_schema");
-    TryRun(handle_.get(), kUsualInterval);
-    TryRun(handle_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
 }
 
 }  // namespace rillbook::ado

@@ -43,6 +43,8 @@ public:
     void Detach(Cursor* cursor) { std::erase(cursors_, cursor); }
 
 private:
+    void LeaveExclusiveMode() noexcept;
+
     QString path_;
     Handle handle_;
     std::unique_ptr<WriterMark> mark_;  // null for a file that can't be written
