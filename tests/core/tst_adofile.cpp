@@ -1,7 +1,6 @@
 // What becomes of the station's file: opening, refusing, closing, and being cut off on the way.
 #include <signal.h>
 #include <sqlite3.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <QProcess>
@@ -12,6 +11,7 @@
 #include "platform/ado/JetEngine.h"
 #include "platform/ado/Recordset.h"
 #include "tests/support/AdoErrors.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/StationFixture.h"
 
@@ -64,21 +64,6 @@ public:
 
 private:
     const bool isRoot_ = ::geteuid() == 0;
-};
-
-// For its lifetime, no file of this process grows beyond `bytes`: writing fails as on a full disk.
-class FullDisk {
-public:
-    explicit FullDisk(qint64 bytes) {
-        ::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &former_);
-        const rlimit limit{static_cast<rlim_t>(bytes), former_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &former_); }
-
-private:
-    rlimit former_{};
 };
 
 // Another program: this one, started again to do one thing until it is killed.
@@ -206,6 +191,10 @@ private Q_SLOTS:
         first.Open(Source(path_));
         QVERIFY(!first.IsReadOnly());
         QCOMPARE(ErrorOf([&] { first.Open(Source(path_)); }), int(adErrObjectOpen));
+        first.BeginExclusiveUse();
+        first.Execute(u"DELETE * FROM Records WHERE chan1 < 1"_qs);
+        first.EndExclusiveUse();
+        QCOMPARE(QFileInfo(path_ + u"-wal"_qs).size(), 0);
         Connection second;
         second.Open(first.ConnectionString());
         second.Execute(u"DELETE * FROM Records WHERE chan1 < 10"_qs);
@@ -274,6 +263,7 @@ private Q_SLOTS:
         connection.Open(Source(path_));
         const std::int64_t stored = CountRecords(connection);
         connection.Close();
+        QCOMPARE(QDir(folder_->path()).entryList(QDir::Files).size(), 1);
         if (deed == u"--transaction") {
             QCOMPARE(stored, 0);
             return;
