@@ -28,7 +28,7 @@ QString VersionDigits() {
 }
 
 QString LegalLine() {
-    return QStringLiteral("Free software for hydrographers, under the terms of its licence.");
+    return QStringLiteral("Copyright 2026, the developers of Rillbook");
 }
 
 QString Path() {

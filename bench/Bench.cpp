@@ -170,6 +170,7 @@ private:
     int rows_;
 };
 
+// Steps over the rows and reads nothing of them.
 void BareWalk(benchmark::State& state) {
     const RatedStation station(static_cast<int>(state.range(0)));
     sqlite3* database = nullptr;
@@ -183,14 +184,12 @@ void BareWalk(benchmark::State& state) {
     for (auto _ : state) {
         sqlite3_bind_double(select, 1, station.From());
         sqlite3_bind_double(select, 2, station.To());
-        double sum = 0;
+        int rows = 0;
         while (sqlite3_step(select) == SQLITE_ROW) {
-            for (int i = 0; i < 4; ++i) {
-                sum += sqlite3_column_double(select, i);
-            }
+            ++rows;
         }
         sqlite3_reset(select);
-        benchmark::DoNotOptimize(sum);
+        Require(rows >= state.range(0) - 1, "rows are missing");
     }
     sqlite3_finalize(select);
     sqlite3_close(database);

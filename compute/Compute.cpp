@@ -1,6 +1,7 @@
 #include "compute/Compute.h"
 
-#include <limits>
+#include <cmath>
+#include <optional>
 
 #include "compute/Offsets.h"
 #include "compute/Ratings.h"
@@ -48,15 +49,8 @@ bool LoadReferences(int chan, const Corrections& wanted) {
 }
 
 double Corrected(DateTime t, double stored, const Corrections& wanted) {
-    double value = stored;
-    if (wanted.offset) {
-        const std::optional<double> shifted = ApplyOffset(t, value);
-        if (!shifted) {
-            return std::numeric_limits<double>::quiet_NaN();
-        }
-        value = *shifted;
-    }
-    return wanted.rating ? ApplyRating(t, value) : value;
+    const double value = wanted.offset ? ApplyOffset(t, stored) : stored;
+    return wanted.rating && !std::isnan(value) ? ApplyRating(t, value) : value;
 }
 
 QString RecordsBetween(DateTime from, DateTime to) {
@@ -82,10 +76,10 @@ void ReadSeries(DateTime from, DateTime to, int chan, const Corrections& wanted)
     std::size_t rows = 0;  // counted on the way: to ask for their number would walk them twice
     for (; !records.Eof(); records.MoveNext()) {
         ++rows;
-        if (reading.IsNumeric()) {
+        if (const std::optional<double> stored = reading.NumberIfAny()) {
             const DateTime t = time.Number();
             InstTimes.push_back(t);
-            InstValues.push_back(Corrected(t, reading.Number(), wanted));
+            InstValues.push_back(Corrected(t, *stored, wanted));
         }
     }
     InstCount = static_cast<std::int32_t>(InstTimes.size()) - 1;

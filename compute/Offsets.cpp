@@ -1,5 +1,7 @@
 #include "compute/Offsets.h"
 
+#include <limits>
+
 #include "compute/ReferenceRows.h"
 #include "platform/ado/Recordset.h"
 #include "store/StationDatabase.h"
@@ -11,9 +13,7 @@ std::size_t OffsetCursor = 1;
 
 namespace {
 
-std::optional<double> Reading(const Field& field) {
-    return field.IsNumeric() ? std::optional(field.Number()) : std::nullopt;
-}
+constexpr double kNoReading = std::numeric_limits<double>::quiet_NaN();
 
 }  // namespace
 
@@ -27,25 +27,22 @@ void LoadOffsetRows(int chan) {
     const Field logger = journal.Fields(2);
     const Field actual = journal.Fields(3);
     for (; !journal.Eof(); journal.MoveNext()) {
-        OffsetRows.push_back({time.Number(), Reading(logger), Reading(actual)});
+        const double loggerRead = logger.NumberIfAny().value_or(kNoReading);
+        const double actualRead = actual.NumberIfAny().value_or(kNoReading);
+        OffsetRows.push_back({time.Number(), actualRead - loggerRead});
     }
     AddSentinels(OffsetRows, &OffsetRow::time);
 }
 
-std::optional<double> ApplyOffset(DateTime t, double value) {
+double ApplyOffset(DateTime t, double value) {
     AdvanceCursor(OffsetCursor, OffsetRows, &OffsetRow::time, t);
     const OffsetRow& before = OffsetRows[OffsetCursor];
     const OffsetRow& after = OffsetRows[OffsetCursor + 1];
-    if (!before.logger || !before.actual || !after.logger || !after.actual) {
-        return std::nullopt;
-    }
-    const double offsetBefore = *before.actual - *before.logger;
-    const double offsetAfter = *after.actual - *after.logger;
     // A journal row dated at a sentinel or beyond it leaves no span; both rows then hold one
     // offset.
     const DateTime span = after.time - before.time;
     const double part = span > 0 ? (t - before.time) / span : 0;
-    return value + (offsetBefore + part * (offsetAfter - offsetBefore));
+    return value + (before.offset + part * (after.offset - before.offset));
 }
 
 }  // namespace rillbook

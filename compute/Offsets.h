@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <vector>
 
 #include "platform/text/DateTime.h"
@@ -10,12 +9,11 @@ namespace rillbook {
 // One journal row that is in use.
 struct OffsetRow {
     DateTime time = 0;
-    std::optional<double> logger;  // what the logger read
-    std::optional<double> actual;  // what the reference read
+    double offset = 0;  // what the reference read less what the logger read; NaN where one didn't
 };
 
 // The used journal rows of a channel in time order, between two sentinels: entry 1 is dated
-// 1900-01-01 and the last 3000-01-01, each with its neighbour's readings. Entry 0 is not used.
+// 1900-01-01 and the last 3000-01-01, each with its neighbour's offset. Entry 0 is not used.
 // Empty if the channel has no used row.
 extern std::vector<OffsetRow> OffsetRows;
 
@@ -25,10 +23,10 @@ extern std::size_t OffsetCursor;
 // Raises AdoError.
 void LoadOffsetRows(int chan);
 
-// The value plus the offset (actual minus logger) interpolated in time between the rows around `t`;
-// constant before the first and after the last. Nothing where one of the two rows lacks a reading.
+// The value plus the offset interpolated in time between the rows around `t`; constant before the
+// first and after the last. NaN where one of the two rows lacks a reading.
 // REQUIRES: OffsetRows not empty; t not decreasing from call to call since OffsetCursor was set
 // to 1.
-std::optional<double> ApplyOffset(DateTime t, double value);
+double ApplyOffset(DateTime t, double value);
 
 }  // namespace rillbook

@@ -19,7 +19,7 @@ namespace {
 constexpr int kTableColumn = 6;  // ConversionEq.RatingTable
 
 double NumberOrZero(const Field& field) {
-    return field.IsNumeric() ? field.Number() : 0;
+    return field.NumberIfAny().value_or(0);
 }
 
 // In the files of older releases, which lack the column until their rating list is opened, only
@@ -28,8 +28,7 @@ bool IsEquation(Recordset& ratings) {
     if (ratings.FieldCount() <= kTableColumn) {
         return true;
     }
-    const Field table = ratings.Fields(kTableColumn);
-    return table.IsNumeric() && table.Number() == 0;
+    return ratings.Fields(kTableColumn).NumberIfAny() == 0.0;
 }
 
 double EquationFlow(const RatingRow& rating, double value) {

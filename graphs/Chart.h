@@ -25,7 +25,8 @@ struct ChartRow {
 // gap.
 using ChartTable = std::vector<ChartRow>;
 
-// Steps of the value axis for a span above 0: labels and dark lines, and light lines.
+// Steps of the value axis: labels and dark lines, and light lines. Both 0 for a span that isn't
+// above 0, isn't finite, or is too small for a step.
 struct AxisSteps {
     double major = 0;
     double minor = 0;
@@ -33,7 +34,8 @@ struct AxisSteps {
 AxisSteps ValueAxisSteps(double span);
 
 // Values from `min` to `max` by the step, counted and not summed, so that the one at `max` is there
-// and zero is 0.
+// and zero is 0. None for a step of 0, ends that aren't finite or are upside down, and a step that
+// would give a thousand or more.
 std::vector<double> AxisValues(double min, double max, double step);
 
 // The vertical lines of a span of whole days; none for a span that has no rule (below 1 day, or

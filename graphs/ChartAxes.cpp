@@ -71,8 +71,7 @@ AxisSteps ValueAxisSteps(double span) {
     if (!std::isfinite(span) || span <= 0) {
         return {};
     }
-    // Twelve digits: the span of 1000.3 to 1000.2 is 0.1 for the user, and in doubles a little
-    // less.
+    // Twelve digits: from 1000.2 to 1000.3 is 0.1 for the user, and in doubles a little less.
     const QString text = QString::number(span, 'e', 11);
     const int digits = text.left(1).toInt() * 10 + text.mid(2, 1).toInt();
     const int power = text.mid(text.indexOf(QLatin1Char('e')) + 1).toInt() - 1;
@@ -84,9 +83,12 @@ AxisSteps ValueAxisSteps(double span) {
 }
 
 std::vector<double> AxisValues(double min, double max, double step) {
+    if (!std::isfinite(min) || !std::isfinite(max) || !(step > 0)) {
+        return {};
+    }
     const double largest = std::max(std::abs(min), std::abs(max));
     const double span = AsSeen(max - min, largest);
-    if (!std::isfinite(span) || !(step > 0) || !(span >= 0) || !(span / step < kMostLines)) {
+    if (span < 0 || !(span / step < kMostLines)) {
         return {};
     }
     const auto last = static_cast<int>(std::floor(span / step + 1e-9));

@@ -60,7 +60,8 @@ DateTime ReadCampbellDate(std::string_view field) {
                    ReadPart(field, 2 * width - 1, 2));
     const std::int64_t hour = ReadPart(field, 3 * width - 3, 2);
     const std::int64_t minute = ReadPart(field, 3 * width - 1, 2);
-    return MomentOf(std::llrint(day), hour * 3600 + minute * 60);
+    // The hours may carry over the calendar's last day.
+    return ToWholeSecond(MomentOf(std::llrint(day), hour * 3600 + minute * 60));
 }
 
 }  // namespace

@@ -48,6 +48,19 @@ public:
         return text ? ReadLoggerDateTime(*text) : std::nullopt;
     }
 
+    // Passes over an item of any kind.
+    bool Skip() {
+        SkipBlanks();
+        if (at_ < text_.size() && (text_[at_] == u'"' || text_[at_] == u'#')) {
+            return Between(text_[at_].unicode()).has_value();
+        }
+        const qsizetype begin = at_;
+        while (at_ < text_.size() && text_[at_] != u',' && !IsLineEnd(text_[at_])) {
+            ++at_;
+        }
+        return at_ > begin && EndItem();
+    }
+
     std::optional<std::int64_t> WholeNumber() {
         SkipBlanks();
         const qsizetype begin = at_;
@@ -85,11 +98,13 @@ private:
         while (at_ < text_.size() && (text_[at_] == u' ' || text_[at_] == u'\t')) {
             ++at_;
         }
-        if (at_ == text_.size() || text_[at_] == u'\r' || text_[at_] == u'\n') {
+        if (at_ == text_.size() || IsLineEnd(text_[at_])) {
             return true;
         }
         return text_[at_++] == u',';
     }
+
+    static bool IsLineEnd(QChar character) { return character == u'\r' || character == u'\n'; }
 
     const QString& text_;
     qsizetype at_ = 0;
@@ -97,7 +112,7 @@ private:
 
 // The first thing that is missing or unreadable; empty where nothing is.
 QString ReadItems(ItemReader items, ProjectContents& contents) {
-    if (!items.Text() || !items.Text()) {
+    if (!items.Skip() || !items.Skip()) {
         return QStringLiteral("its first line");
     }
     const std::optional<std::int64_t> count = items.WholeNumber();
@@ -127,6 +142,16 @@ QString ReadItems(ItemReader items, ProjectContents& contents) {
     return {};
 }
 
+void ReplaceFile(const QString& path, const QByteArray& bytes) {
+    QSaveFile file(path);
+    // Commit passes over a failure of the flush that it makes itself: on a full disk an empty file
+    // would take the old one's place.
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
+        !file.commit()) {
+        throw FileError(path, file.errorString());
+    }
+}
+
 }  // namespace
 
 void WriteProjectFile(const QString& path, const ProjectContents& contents) {
@@ -140,11 +165,7 @@ void WriteProjectFile(const QString& path, const ProjectContents& contents) {
     text += DateItem(contents.reportBeginDate) + QLatin1Char(',') +
             Quoted(contents.reportPeriodCode) + lineEnd + Quoted(contents.name) + lineEnd;
 
-    const QByteArray bytes = EncodeText(text);
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        throw FileError(path, file.errorString());
-    }
+    ReplaceFile(path, EncodeText(text));
 }
 
 ProjectReading ReadProjectFile(const QString& path, const ProjectContents& defaults) {
@@ -176,10 +197,10 @@ void KeepOldProjectFile(const QString& path) {
         throw FileError(path, old.errorString());
     }
     const QByteArray bytes = old.readAll();
-    QSaveFile copy(kept);
-    if (!copy.open(QIODevice::WriteOnly) || copy.write(bytes) != bytes.size() || !copy.commit()) {
-        throw FileError(kept, copy.errorString());
+    if (old.error() != QFileDevice::NoError) {
+        throw FileError(path, old.errorString());
     }
+    ReplaceFile(kept, bytes);
 }
 
 DateTime PeriodEnd(DateTime begin, int unit, double count) {

@@ -18,9 +18,18 @@ QString StationPath;
 QString StationTitle;
 StationPanel* TheStationPanel = nullptr;
 
+namespace {
+
+const QStringList kStationTables{QStringLiteral("Information"), QStringLiteral("Records"),
+                                 QStringLiteral("Calibration"), QStringLiteral("ConversionEq"),
+                                 QStringLiteral("ConversionT")};
+
+}  // namespace
+
 bool OpenDB(const QString& path) {
     StationConnectionString =
         QStringLiteral("Provider = Microsoft.Jet.OLEDB.4.0; Data Source = ") + path;
+    StationConnection->OwnTables = kStationTables;
     try {
         StationConnection->Open(StationConnectionString);
         ReadStationInfo();
@@ -57,7 +66,7 @@ void CopyStationTemplate(const QString& path) {
     }
     QSaveFile target(path);
     const QByteArray bytes = source.readAll();
-    if (bytes.isEmpty()) {
+    if (bytes.isEmpty() || source.error() != QFileDevice::NoError) {
         throw FileError(source.fileName(), source.errorString());
     }
     if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() ||

@@ -43,6 +43,9 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui_(std::make_unique<Ui
     ui_->Frame1->hide();
     TheStationPanel = this;
 
+    // A window that takes its size only as it is shown loses its frame from the position, and would
+    // climb by the height of its title bar from run to run.
+    layout()->activate();
     const QPoint remembered(ToPixels(MainLeft), ToPixels(MainTop));
     move(PlaceInView(QRect(remembered, sizeHint())));
     SetWindowCaption(Application::Title());

@@ -21,7 +21,7 @@ class frmMain;
 // station, and the commands from which every other form is shown. A node of the tree is how the
 // user chooses the station and the channel that all else works on: root nodes are stations.
 // REQUIRES: StationConnection made; the settings loaded.
-class frmMain : public QMainWindow, public StationPanel {
+class frmMain final : public QMainWindow, public StationPanel {
     Q_OBJECT
 public:
     explicit frmMain(QWidget* parent = nullptr);

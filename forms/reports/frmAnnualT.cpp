@@ -62,6 +62,7 @@ frmAnnualT::frmAnnualT(const QString& projectName, QWidget* parent)
     kPlace.Restore(*this);
     setWindowTitle(QStringLiteral("Summary Table - ") + projectName);
     SetUpGrid();
+    ui_->MSFlexGrid1->setFocus();
     ConnectCommands();
     FillGrid();
 }

@@ -28,7 +28,7 @@ void Connection::Open(const QString& connectionString, const QString&, const QSt
     if (database_) {
         throw AdoError(adErrObjectOpen, QStringLiteral("The connection is open already."));
     }
-    database_ = std::make_shared<ado::Database>(ado::PathInConnection(connectionString));
+    database_ = std::make_shared<ado::Database>(ado::PathInConnection(connectionString), OwnTables);
     connectionString_ = connectionString;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <memory>
 
 namespace rillbook {
@@ -21,6 +22,11 @@ public:
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
+
+    // The tables by which the program knows its own files. A database that has none of them belongs
+    // to another program: it opens for reading, and no byte of it changes. Empty: any database
+    // opens for writing.
+    QStringList OwnTables;
 
     // REQUIRES: closed. Raises adErrGeneral, having changed no byte, where the file is missing, not
     // a database, truncated, damaged, or locked by another program. A file that can't be written

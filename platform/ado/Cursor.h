@@ -42,6 +42,8 @@ public:
 
     // These raise adErrNoCurrentRecord where there is no row.
     virtual Cell::Kind Kind(int column) = 0;
+    // The kind as well; sets the number where it is one.
+    virtual Cell::Kind ReadNumber(int column, double& number) = 0;
     // REQUIRES: Kind says so.
     virtual double Number(int column) = 0;
     virtual QString Text(int column) = 0;

@@ -1,5 +1,7 @@
 #include "platform/ado/Database.h"
 
+#include <algorithm>
+
 #include "platform/ado/AdoError.h"
 #include "platform/ado/Cursor.h"
 
@@ -17,13 +19,39 @@ bool TryRun(sqlite3* handle, const char* sql) noexcept {
     return sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
+// REQUIRES: no transaction, write-ahead mode. A refused exclusive lock leaves the pending one on
+// the file, which keeps every new reader out. SQLite takes it back where it leaves the write-ahead
+// mode, but not here; it takes itself to hold the shared lock, as it then does.
+void GiveUpPendingLock(sqlite3* handle) noexcept {
+    sqlite3_file* file = nullptr;
+    int lock = SQLITE_LOCK_PENDING;  // where the file system layer doesn't tell
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_LOCKSTATE, &lock);
+    if (file != nullptr && file->pMethods != nullptr && lock == SQLITE_LOCK_PENDING) {
+        file->pMethods->xUnlock(file, SQLITE_LOCK_SHARED);
+    }
+}
+
+bool HasTableOf(sqlite3* handle, const QStringList& names) {
+    Statement find(handle,
+                   "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?1 COLLATE NOCASE");
+    return std::any_of(names.begin(), names.end(), [&find](const QString& name) {
+        find.Reset();
+        find.Bind(1, name);
+        return find.Step();
+    });
+}
+
 }  // namespace
 
-Database::Database(const QString& path) : path_(path) {
+Database::Database(const QString& path, const QStringList& ownTables) : path_(path) {
     const bool isOpenHere = WriterMark::CountOf(path) > 0;
     if (!isOpenHere) {
         handle_ = OpenUntouched(path);
         RequireSound(handle_.get());
+        if (!ownTables.isEmpty() && !HasTableOf(handle_.get(), ownTables)) {
+            return;
+        }
         handle_.reset();
     }
     handle_ = OpenForWriting(path);
@@ -89,10 +117,14 @@ void Database::BeginExclusiveUse() noexcept {
     }
     TryRun(handle_.get(), kAppendInterval);
     TryRun(handle_.get(), "PRAGMA locking_mode = EXCLUSIVE");
-    // The lock is taken by the first write. Where another connection reads the file it can't be
-    // had, and each row then takes its lock by itself.
-    if (!TryRun(handle_.get(), "BEGIN IMMEDIATE; COMMIT")) {
-        TryRun(handle_.get(), "PRAGMA locking_mode = NORMAL");
+    // The lock is taken by the first write. Where another connection has the file open it can't be
+    // had, and no wait would bring it; each row then takes its lock by itself.
+    sqlite3_busy_timeout(handle_.get(), 0);
+    const bool isAlone = TryRun(handle_.get(), "BEGIN IMMEDIATE; COMMIT");
+    sqlite3_busy_timeout(handle_.get(), kPatience);
+    if (!isAlone) {
+        LeaveExclusiveMode();
+        GiveUpPendingLock(handle_.get());
     }
 }
 
@@ -100,11 +132,15 @@ void Database::EndExclusiveUse() noexcept {
     if (IsReadOnly()) {
         return;
     }
+    LeaveExclusiveMode();
+    TryRun(handle_.get(), kUsualInterval);
+    TryRun(handle_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+void Database::LeaveExclusiveMode() noexcept {
     TryRun(handle_.get(), "PRAGMA locking_mode = NORMAL");
     // The lock goes at the end of the next access.
     TryRun(handle_.get(), "SELECT count(*) FROM sqlite_schema");
-    TryRun(handle_.get(), kUsualInterval);
-    TryRun(handle_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
 }
 
 }  // namespace rillbook::ado

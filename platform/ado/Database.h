@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <memory>
 #include <vector>
 
@@ -14,8 +15,8 @@ class Cursor;
 // The open file behind a Connection and its recordsets.
 class Database {
 public:
-    // Raises as Connection::Open does.
-    explicit Database(const QString& path);
+    // Opens as Connection::Open does, and raises so.
+    Database(const QString& path, const QStringList& ownTables);
     ~Database() { Close(); }
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
@@ -42,6 +43,8 @@ public:
     void Detach(Cursor* cursor) { std::erase(cursors_, cursor); }
 
 private:
+    void LeaveExclusiveMode() noexcept;
+
     QString path_;
     Handle handle_;
     std::unique_ptr<WriterMark> mark_;  // null for a file that can't be written

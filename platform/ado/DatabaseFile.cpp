@@ -13,10 +13,6 @@ namespace rillbook::ado {
 
 namespace {
 
-// How long another program's lock is waited for, in milliseconds: long enough for its write to end,
-// short enough that the user isn't left before a dead window.
-constexpr int kPatience = 500;
-
 [[noreturn]] void RaiseGeneral(const QString& why) {
     throw AdoError(adErrGeneral, why);
 }

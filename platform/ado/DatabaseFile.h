@@ -6,6 +6,10 @@
 
 namespace rillbook::ado {
 
+// How long another program's lock is waited for, in milliseconds: long enough for its write to end,
+// short enough that the user isn't left before a dead window.
+constexpr int kPatience = 500;
+
 // The path in a connection text: everything behind "Data Source =" and the blank that follows it.
 QString PathInConnection(const QString& connectionString);
 

@@ -12,14 +12,16 @@ namespace {
 using ado::SqlToken;
 
 // Seventeen digits name one double and no other, so that a bound keeps the reading that stands on
-// it.
+// it. The decimal point makes it a floating-point number: rows compare faster with that than with a
+// whole one.
 QString MomentLiteral(const SqlToken& token) {
     const std::optional<DateTime> moment =
         ReadLoggerDateTime(token.text.mid(1, token.text.size() - 2));
     if (!moment) {
         throw AdoError(adErrSyntax, QStringLiteral("No date and time: %1").arg(token.text));
     }
-    return QString::number(*moment, 'g', 17);
+    const QString text = QString::number(*moment, 'g', 17);
+    return text.contains(u'.') ? text : text + QStringLiteral(".0");
 }
 
 bool IsDeleteStar(const std::vector<SqlToken>& tokens) {

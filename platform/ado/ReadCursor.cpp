@@ -75,4 +75,11 @@ Cell::Kind ReadCursor::Kind(int column) {
     return statement_.Kind(column);
 }
 
+Cell::Kind ReadCursor::ReadNumber(int column, double& number) {
+    if (atEnd_) {
+        RaiseNoCurrentRecord();
+    }
+    return statement_.ReadNumber(column, number);
+}
+
 }  // namespace rillbook::ado

@@ -19,6 +19,7 @@ public:
     std::int64_t RecordCount() override;
     std::int64_t AbsolutePosition() override { return atEnd_ ? 0 : row_; }
     Cell::Kind Kind(int column) override;
+    Cell::Kind ReadNumber(int column, double& number) override;
     double Number(int column) override { return statement_.Number(column); }
     QString Text(int column) override { return statement_.Text(column); }
 

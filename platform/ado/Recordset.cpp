@@ -201,21 +201,19 @@ bool Field::IsNull() const {
     return recordset_->impl_->RequireOpen().Kind(ordinal_) == ado::Cell::Kind::Null;
 }
 
-bool Field::IsNumeric() const {
+bool Field::ReadNumber(double& number) const {
     ado::Cursor& cursor = recordset_->impl_->RequireOpen();
-    const ado::Cell::Kind kind = cursor.Kind(ordinal_);
-    return kind == ado::Cell::Kind::Number ||
-           (kind == ado::Cell::Kind::Text && ado::WholeNumber(cursor.Text(ordinal_)));
+    const ado::Cell::Kind kind = cursor.ReadNumber(ordinal_, number);
+    if (kind != ado::Cell::Kind::Text) {
+        return kind == ado::Cell::Kind::Number;
+    }
+    const std::optional<double> read = ado::WholeNumber(cursor.Text(ordinal_));
+    number = read.value_or(number);
+    return read.has_value();
 }
 
 double Field::Number() const {
-    ado::Cursor& cursor = recordset_->impl_->RequireOpen();
-    const ado::Cell::Kind kind = cursor.Kind(ordinal_);
-    if (kind == ado::Cell::Kind::Number) {
-        return cursor.Number(ordinal_);
-    }
-    const std::optional<double> number =
-        kind == ado::Cell::Kind::Text ? ado::WholeNumber(cursor.Text(ordinal_)) : std::nullopt;
+    const std::optional<double> number = NumberIfAny();
     if (!number) {
         RaiseMismatch();
     }

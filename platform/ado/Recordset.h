@@ -4,6 +4,7 @@
 #include <QStringView>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <variant>
 
 #include "platform/ado/AdoError.h"
@@ -41,8 +42,12 @@ public:
 
     Variant Value() const;
     bool IsNull() const;
-    // A number stored as a number, or a text that is one; false for NULL and for other texts.
-    bool IsNumeric() const;
+    // A number stored as a number, or a text that is one; nothing for NULL and for other texts.
+    std::optional<double> NumberIfAny() const {
+        double number = 0;
+        return ReadNumber(number) ? std::optional(number) : std::nullopt;
+    }
+    bool IsNumeric() const { return NumberIfAny().has_value(); }
     // Raises adErrTypeMismatch for NULL and for a text that isn't a number.
     double Number() const;
     // A number as plain text, a date-time column as general date text, a SINGLE with the fewest
@@ -64,6 +69,9 @@ public:
 private:
     friend class Recordset;
     Field(Recordset* recordset, int ordinal) : recordset_(recordset), ordinal_(ordinal) {}
+    // Behind NumberIfAny, which is called for each reading: an optional returned from another
+    // translation unit goes through memory.
+    bool ReadNumber(double& number) const;
     Recordset* recordset_;
     int ordinal_;
 };

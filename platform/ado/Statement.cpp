@@ -87,18 +87,6 @@ void Statement::Bind(int parameter, const QString& text) {
                         static_cast<int>(text.size() * qsizetype{sizeof(QChar)}), SQLITE_STATIC);
 }
 
-Cell::Kind Statement::Kind(int column) const {
-    switch (sqlite3_column_type(statement_.get(), column)) {
-        case SQLITE_NULL:
-            return Cell::Kind::Null;
-        case SQLITE_INTEGER:
-        case SQLITE_FLOAT:
-            return Cell::Kind::Number;
-        default:
-            return Cell::Kind::Text;
-    }
-}
-
 QString Statement::Text(int column) const {
     const void* bytes = sqlite3_column_blob(statement_.get(), column);
     return QString::fromUtf8(static_cast<const char*>(bytes),
@@ -106,10 +94,8 @@ QString Statement::Text(int column) const {
 }
 
 void Statement::Read(int column, Cell& cell) const {
-    cell.kind = Kind(column);
-    if (cell.kind == Cell::Kind::Number) {
-        cell.number = Number(column);
-    } else if (cell.kind == Cell::Kind::Text) {
+    cell.kind = ReadNumber(column, cell.number);
+    if (cell.kind == Cell::Kind::Text) {
         cell.text = Text(column);
     }
 }

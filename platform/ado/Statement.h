@@ -39,8 +39,20 @@ public:
 
     // Columns count from 0.
     int ColumnCount() const { return sqlite3_column_count(statement_.get()); }
-    Cell::Kind Kind(int column) const;
+    Cell::Kind Kind(int column) const {
+        return KindOf(sqlite3_column_type(statement_.get(), column));
+    }
     double Number(int column) const { return sqlite3_column_double(statement_.get(), column); }
+    // The kind of the value, and where that is a number, the number as well.
+    Cell::Kind ReadNumber(int column, double& number) const {
+        // One search for the column serves both; allowed, as the handle has no mutex.
+        sqlite3_value* value = sqlite3_column_value(statement_.get(), column);
+        const Cell::Kind kind = KindOf(sqlite3_value_type(value));
+        if (kind == Cell::Kind::Number) {
+            number = sqlite3_value_double(value);
+        }
+        return kind;
+    }
     std::int64_t Integer(int column) const {
         return sqlite3_column_int64(statement_.get(), column);
     }
@@ -50,6 +62,18 @@ public:
     QByteArray DeclaredType(int column) const;
 
 private:
+    static Cell::Kind KindOf(int type) {
+        switch (type) {
+            case SQLITE_NULL:
+                return Cell::Kind::Null;
+            case SQLITE_INTEGER:
+            case SQLITE_FLOAT:
+                return Cell::Kind::Number;
+            default:
+                return Cell::Kind::Text;
+        }
+    }
+
     struct Finalize {
         void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
     };

@@ -156,6 +156,14 @@ Cell& UpdateCursor::RequireRow(int column) {
     return row_[Index(column)];
 }
 
+Cell::Kind UpdateCursor::ReadNumber(int column, double& number) {
+    const Cell& cell = RequireRow(column);
+    if (cell.kind == Cell::Kind::Number) {
+        number = cell.number;
+    }
+    return cell.kind;
+}
+
 void UpdateCursor::MoveFirst() {
     WritePending();
     ReadKeys();

@@ -21,6 +21,7 @@ public:
     void SetAbsolutePosition(std::int64_t position) override;
     void SkipUntil(int column, const std::function<bool(double)>& accepts) override;
     Cell::Kind Kind(int column) override { return RequireRow(column).kind; }
+    Cell::Kind ReadNumber(int column, double& number) override;
     double Number(int column) override { return row_[Index(column)].number; }
     QString Text(int column) override { return row_[Index(column)].text; }
 

@@ -11,12 +11,11 @@ DTPicker::DTPicker(QWidget* parent) : QDateEdit(parent) {
     const QLocale english(QLocale::English, QLocale::UnitedStates);
     setLocale(english);
     setDateRange(QDate(1801, 1, 1), QDate(9999, 12, 31));
-    setCalendarPopup(true);
+    SetCustomFormat(QStringLiteral("MMM dd, yyyy"));
     auto* calendar = new QCalendarWidget;
     calendar->setLocale(english);
     calendar->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
     setCalendarWidget(calendar);
-    SetCustomFormat(QStringLiteral("MMM dd, yyyy"));
     connect(this, &QDateEdit::userDateChanged, this, &DTPicker::Change);
 }
 
@@ -35,6 +34,8 @@ void DTPicker::SetCustomFormat(const QString& pattern) {
     if (whole.count(u'y') == 3) {
         whole.replace(QStringLiteral("yyy"), QStringLiteral("yyyy"));
     }
+    // Where only month and year show, the calendar would choose a day that no one sees.
+    setCalendarPopup(whole.contains(u'd'));
     setDisplayFormat(whole);
 }
 

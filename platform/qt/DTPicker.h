@@ -15,7 +15,8 @@ public:
 
     DateTime Value() const;  // a midnight
     void SetValue(DateTime value);
-    // A pattern such as "MMM dd, yyyy".
+    // A pattern such as "MMM dd, yyyy". One without a day has spin buttons in place of the calendar
+    // and leaves the day as SetValue set it.
     void SetCustomFormat(const QString& pattern);
 
 Q_SIGNALS:

@@ -1,7 +1,6 @@
 // What becomes of the station's file: opening, refusing, closing, and being cut off on the way.
 #include <signal.h>
 #include <sqlite3.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <QProcess>
@@ -192,6 +191,10 @@ private Q_SLOTS:
         first.Open(Source(path_));
         QVERIFY(!first.IsReadOnly());
         QCOMPARE(ErrorOf([&] { first.Open(Source(path_)); }), int(adErrObjectOpen));
+        first.BeginExclusiveUse();
+        first.Execute(u"DELETE * FROM Records WHERE chan1 < 1"_qs);
+        first.EndExclusiveUse();
+        QCOMPARE(QFileInfo(path_ + u"-wal"_qs).size(), 0);
         Connection second;
         second.Open(first.ConnectionString());
         second.Execute(u"DELETE * FROM Records WHERE chan1 < 10"_qs);
@@ -260,6 +263,7 @@ private Q_SLOTS:
         connection.Open(Source(path_));
         const std::int64_t stored = CountRecords(connection);
         connection.Close();
+        QCOMPARE(QDir(folder_->path()).entryList(QDir::Files).size(), 1);
         if (deed == u"--transaction") {
             QCOMPARE(stored, 0);
             return;

@@ -272,6 +272,8 @@ private Q_SLOTS:
         rows.Fields(0).SetValue(u"1/5/2002"_qs);
         rows.Update();
         rows.Fields(2).SetValue(44);  // the row has its new key
+        rows.MoveLast();
+        QCOMPARE(rows.Fields(0).Text() + u' ' + rows.Fields(2).Text(), u"1/5/2002 44"_qs);
         rows.MoveFirst();
         rows.MoveNext();
         rows.MoveNext();

@@ -136,6 +136,8 @@ void TestChart::Values_data() {
     row("zero is zero", -0.3, 0.3, 0.1, "-0.3 -0.2 -0.1 0 0.1 0.2 0.3");
     row("far from zero", -1000.3, -999.9, 0.1, "-1000.3 -1000.2 -1000.1 -1000 -999.9");
     row("huge", 0, 3e300, 1e300, "0 1e+300 2e+300 3e+300");
+    row("tiny", 0, 3e-300, 1e-300, "0 1e-300 2e-300 3e-300");
+    row("beyond the numbers", -1e308, 1e308, 1e307, "");
     row("no step", 0, 1, 0, "");
     row("a step that isn't the axis'", 0, 1, 1e-9, "");
     row("upside down", 1, 0, 0.1, "");
@@ -324,7 +326,7 @@ void TestChart::Measured() {
 namespace {
 
 // A row of strips of one kind as one line: "first ... last (how many)".
-QString Folded(const QStringList& lines) {
+QStringList Folded(const QStringList& lines) {
     QStringList folded;
     const auto kind = [](const QString& line) { return line.section(QLatin1Char(' '), 2); };
     for (qsizetype i = 0; i < lines.size(); ++i) {
@@ -338,25 +340,100 @@ QString Folded(const QStringList& lines) {
                                    .arg(lines[first], lines[i].section(QLatin1Char(' '), 1, 1))
                                    .arg(i - first + 1);
     }
-    return folded.join(QLatin1Char('\n'));
+    return folded;
 }
 
-// Four days of 1000 twips and 50 units of 40, where the plot is 4000 by 2000.
+// Four days of 1000 twips and 50 units of 40, where the plot is 4000 by 2000: from its corner 10.5
+// is 1600 down, 25.5 is 1000.
 void DrawExample(DrawingSurface& surface, bool toPrinter) {
-    ShowMeasured = true;
+    RegionalSettings().decimalSign = QStringLiteral(",");
     const DateTime day = At("2002-01-30");
     MeasuredDates = {0, day + 2, day - 200, day - 199, day + 204};
-    MeasuredValues = {0, 25, 25, 25, 25};  // the second and the last on the limits, not inside
+    MeasuredValues = {0, 25.5, 25.5, 25.5,
+                      25.5};  // the second and the last on the limits, not inside
     MeasuredCount = 4;
     const double b = kBlank;
-    const ChartTable data{{}, {day, {10, b, 0, 1}},     {day + 1, {30, b, 50, 1}},
-                          {}, {day + 2, {20, b, b, 1}}, {day + 3, {60, b, b, 1}},
+    const ChartTable data{{}, {day, {10.5, b, 0.5, 99}},   {day + 1, {30.5, b, 50.5, 99}},
+                          {}, {day + 2, {20.5, b, b, 99}}, {day + 3, {60.5, b, b, 99}},
                           {}};
     const ChartTexts texts{.title1 = QStringLiteral("Weir - Stage"),
                            .title2 = QStringLiteral("Upper Creek"),
                            .xTitle = QStringLiteral("Date"),
                            .yTitle = QStringLiteral("ft")};
-    DrawChart(data, day, day + 4, 0, 50, texts, 3, 6, toPrinter, surface);
+    DrawChart(data, day, day + 4, 0.5, 50.5, texts, 3, 6, toPrinter, surface);
+}
+
+const char* const kPicture = R"(clear white
+strip 820,2620 4000x20 (225,225,225) ... 820,620 (26)
+strip 820,620 20x2000 (225,225,225) ... 4820,620 (17)
+strip 820,620 20x2000 (195,195,195) ... 4820,620 (5)
+strip 820,2620 4000x20 (195,195,195) ... 820,620 (6)
+line 820,2220 1820,1420 width 1 (0,0,225)
+line 2820,1820 3820,220 width 1 (0,0,225)
+line 820,2620 1820,620 width 1 (0,140,0)
+circle 2820,1620 radius 34 black, filled black
+circle -198180,1620 radius 34 black, filled black
+circle 3170,820 radius 34 black, filled black
+text 3270,720 Arial 8 black "Measured Values"
+box 0,0 5240,620 width 1 white, filled white
+box 0,0 820,3140 width 1 white, filled white
+box 0,2620 5240,3140 width 1 white, filled white
+box 4820,0 5240,3140 width 1 white, filled white
+box 820,620 4820,2620 width 1 black
+text 470,2640 Arial 8 black "1/30/02"
+text 1470,2640 Arial 8 black "1/31/02"
+text 2520,2640 Arial 8 black "2/1/02"
+text 3520,2640 Arial 8 black "2/2/02"
+text 4520,2640 Arial 8 black "2/3/02"
+text 420,2520 Arial 8 black "0,5"
+text 320,2120 Arial 8 black "10,5"
+text 320,1720 Arial 8 black "20,5"
+text 320,1320 Arial 8 black "30,5"
+text 320,920 Arial 8 black "40,5"
+text 320,520 Arial 8 black "50,5"
+text 1870,70 Arial 10 bold black "Weir - Stage"
+text 1933,320 Arial 10 bold black "Upper Creek"
+text 2420,2820 Arial 8 bold black "Date"
+text 170,1570 Arial 8 bold black "f"
+text 170,1710 Arial 8 bold black "t")";
+
+// The picture's lines moved by the printer's margins; the titles are centred on the paper.
+const char* const kPage = R"(strip 1972,3628 4000x20 (225,225,225) ... 1972,1628 (26)
+strip 1972,1628 20x2000 (225,225,225) ... 5972,1628 (17)
+strip 1972,1628 20x2000 (195,195,195) ... 5972,1628 (5)
+strip 1972,3628 4000x20 (195,195,195) ... 1972,1628 (6)
+line 1972,3228 2972,2428 width 4 (0,0,225)
+line 3972,2828 4972,1228 width 4 (0,0,225)
+line 1972,3628 2972,1628 width 4 (0,140,0)
+circle 3972,2628 radius 34 black, filled black
+circle -197028,2628 radius 34 black, filled black
+circle 4322,1828 radius 34 black, filled black
+text 4422,1728 Arial 8 black "Measured Values"
+box 0,0 7328,1628 width 4 white, filled white
+box 0,0 1972,5156 width 4 white, filled white
+box 0,3628 7328,5156 width 4 white, filled white
+box 5972,0 7328,5156 width 4 white, filled white
+box 1972,1628 5972,3628 width 4 black
+text 1622,3648 Arial 8 black "1/30/02"
+text 2622,3648 Arial 8 black "1/31/02"
+text 3672,3648 Arial 8 black "2/1/02"
+text 4672,3648 Arial 8 black "2/2/02"
+text 5672,3648 Arial 8 black "2/3/02"
+text 1572,3528 Arial 8 black "0,5"
+text 1472,3128 Arial 8 black "10,5"
+text 1472,2728 Arial 8 black "20,5"
+text 1472,2328 Arial 8 black "30,5"
+text 1472,1928 Arial 8 black "40,5"
+text 1472,1528 Arial 8 black "50,5"
+text 2914,1078 Arial 10 bold black "Weir - Stage"
+text 2977,1328 Arial 10 bold black "Upper Creek"
+text 3464,3828 Arial 8 bold black "Date"
+text 1322,2578 Arial 8 bold black "f"
+text 1322,2718 Arial 8 bold black "t"
+end of document)";
+
+QStringList Lines(const char* text) {
+    return QString::fromLatin1(text).split(QLatin1Char('\n'));
 }
 
 }  // namespace
@@ -364,25 +441,36 @@ void DrawExample(DrawingSurface& surface, bool toPrinter) {
 void TestChart::Picture() {
     RecordingSurface surface(5240, 3140);
     DrawExample(surface, false);
-    QCOMPARE(Folded(surface.recording.lines), QString());
+    QVERIFY(surface.recording.lines.filter(QStringLiteral("circle")).empty());
+    surface.recording.lines.clear();
+    ShowMeasured = true;
+    DrawExample(surface, false);
+    QCOMPARE(Folded(surface.recording.lines), Lines(kPicture));
 }
 
 void TestChart::Page() {
     ScriptedDoors doors;
     const std::shared_ptr<PrintRecording> recording = doors.ExpectPrint(5156, 7328);
     const auto printer = doors.BeginDoc(QStringLiteral("Graph"), cdlLandscape);
+    ShowMeasured = true;
     DrawExample(*printer, true);
     printer->EndDoc();
-    QCOMPARE(Folded(recording->lines), QString());
+    QCOMPARE(Folded(recording->lines), Lines(kPage));
 }
 
 void TestChart::HarmlessWithoutRules() {
     RecordingSurface surface(5240, 3140);
-    for (const double yMax : {0.0, -1.0, 1e308, kBlank}) {
-        for (const double to : {0.0, 0.5, 3.5, 1e300, kBlank}) {
-            DrawChart({{}, {0, {1}}, {1, {2}}}, 0, to, 0, yMax, {}, 9, 99, false, surface);
+    const auto draw = [&](DateTime to, double yMax) {
+        surface.recording.lines.clear();
+        DrawChart({{}, {0, {1}}, {1, {2}}}, 0, to, 0, yMax, {}, 9, 99, false, surface);
+        return surface.recording.lines.filter(QStringLiteral("strip")).size();
+    };
+    for (const double yMax : {0.0, -1.0, 5e-324, std::numeric_limits<double>::infinity(), kBlank}) {
+        for (const double to : {0.0, -1.0, 0.5, 3.5, kBlank}) {
+            QCOMPARE(draw(to, yMax), 0);
         }
     }
+    draw(1e300, 1e308);  // ends
 }
 
 }  // namespace rillbook

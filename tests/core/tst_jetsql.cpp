@@ -37,9 +37,9 @@ private Q_SLOTS:
             QTest::newRow(statement) << QString::fromUtf8(statement) << QString::fromUtf8(sqlite);
         };
         row("SELECT * FROM Records WHERE DateTime >= #1/31/2002# ORDER BY DateTime ",
-            "SELECT * FROM Records WHERE DateTime >= 37287 ORDER BY DateTime ");
+            "SELECT * FROM Records WHERE DateTime >= 37287.0 ORDER BY DateTime ");
         row("DELETE * FROM t WHERE a >= #1/2/2002 12:00:00 PM# and a <= #1/1/1801#",
-            "DELETE  FROM t WHERE a >= 37258.5 and a <= -36157");
+            "DELETE  FROM t WHERE a >= 37258.5 and a <= -36157.0");
         row("delete  *  from t", "delete    from t");
         row("SELECT '#1/1/2002# DELETE * FROM ''t''', [a #1], \"b #\" FROM t",
             "SELECT '#1/1/2002# DELETE * FROM ''t''', [a #1], \"b #\" FROM t");

@@ -1,25 +1,15 @@
-#include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include "store/FileError.h"
 #include "store/ProjectFile.h"
+#include "tests/support/FullDisk.h"
+#include "tests/support/PlainFiles.h"
 #include "tests/support/StationFixture.h"
 
 using namespace rillbook;
 
 namespace {
-
-QByteArray Bytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-}
-
-void Put(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
 
 QString Story(const ProjectReading& reading) {
     QString text;
@@ -49,7 +39,7 @@ private Q_SLOTS:
              .reportBeginDate = At("2002-01-01"),
              .reportPeriodCode = QStringLiteral("921"),
              .name = QStringLiteral("Upper basin")});
-        QCOMPARE(Bytes(path_), QByteArray(kCreek).replace("202\"", "100\""));
+        QCOMPARE(ReadBytes(path_), QByteArray(kCreek).replace("202\"", "100\""));
     }
 
     void readsBackWhatItWrote_data() {
@@ -86,7 +76,7 @@ private Q_SLOTS:
         const qsizetype afterStation = kCreek.indexOf("creek.mdb\"\r") + 10;
         const qsizetype afterPeriod = kCreek.indexOf("921\"\r") + 4;
         for (qsizetype size = 0; size < kCreek.size() - 2; ++size) {
-            Put(path_, kCreek.left(size));
+            WriteBytes(path_, kCreek.left(size));
             const QString story = Story(ReadProjectFile(path_, defaults));
             const QString expected = size < afterStation ? kept
                                      : size < afterPeriod
@@ -95,12 +85,13 @@ private Q_SLOTS:
             QVERIFY2(story.startsWith(expected + u"It could not be read from "_qs),
                      qPrintable(QString::number(size) + u": "_qs + story));
         }
-        Put(path_, kCreek.chopped(2));
+        WriteBytes(path_, kCreek.chopped(2));
         QVERIFY(Story(ReadProjectFile(path_, defaults)).endsWith(u"|921|Upper basin|"_qs));
     }
 
+    // The first line may hold any two items.
     void doesNotBelieveAnAbsurdCount() {
-        Put(path_, "\"x\",\"y\"\r\n99999999999\r\n\"a.mdb\",\"a\"\r\n");
+        WriteBytes(path_, "\"x, y\",202\r\n99999999999\r\n\"a.mdb\",\"a\"\r\n");
         QCOMPARE(Story(ReadProjectFile(path_, {})),
                  u"a.mdb|a\n"_qs + MomentText(0) +
                      u"|||It could not be read from station 2 of 99999999999 on."_qs);
@@ -109,11 +100,17 @@ private Q_SLOTS:
     void leavesTheOldFileWhereTheNewOneCannotBeWritten() {
         const QString inNoFolder = folder_.filePath(QStringLiteral("gone/basin.prj"));
         QVERIFY_EXCEPTION_THROWN(WriteProjectFile(inNoFolder, {}), FileError);
-        Put(path_, kCreek);
+        WriteBytes(path_, kCreek);
+        {
+            const FullDisk full(8);
+            QVERIFY_EXCEPTION_THROWN(WriteProjectFile(path_, {}), FileError);
+            QVERIFY_EXCEPTION_THROWN(KeepOldProjectFile(path_), FileError);
+        }
+        QCOMPARE(ReadBytes(path_), kCreek);
         KeepOldProjectFile(path_);
         WriteProjectFile(path_, {});
-        QCOMPARE(Bytes(path_ + u".bak"_qs), kCreek);
-        QVERIFY(Bytes(path_) != kCreek);
+        QCOMPARE(ReadBytes(path_ + u".bak"_qs), kCreek);
+        QVERIFY(ReadBytes(path_) != kCreek);
     }
 
     void periodEndsOn_data() {

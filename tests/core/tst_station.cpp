@@ -6,26 +6,12 @@
 #include "store/FileError.h"
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
+#include "tests/support/PlainFiles.h"
 #include "tests/support/ScriptedDoors.h"
 #include "tests/support/StationFixture.h"
 
 using namespace rillbook;
 using Item = StationPanel::Item;
-
-namespace {
-
-QByteArray Bytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("missing");
-}
-
-void Put(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
-
-}  // namespace
 
 class TestStation : public QObject {
     Q_OBJECT
@@ -59,17 +45,18 @@ private Q_SLOTS:
         station.Close();
         const QString path = station.Folder() + u"/other.mdb"_qs;
         if (bytes == "truncated") {
-            bytes = Bytes(station.Path()).chopped(5000);
+            bytes = ReadBytes(station.Path()).chopped(5000);
         }
         if (!bytes.isNull()) {
-            Put(path, bytes);
+            WriteBytes(path, bytes);
         }
         doors.ExpectMessage(path + u" not found!"_qs);
         QVERIFY(!OpenDB(path));
         QCOMPARE(doors.shownMessages.at(0).icon, MsgBoxIcon::Information);
         QCOMPARE(StationConnection->State(), 0);
         QVERIFY(!station.panel.visible);
-        QCOMPARE(Bytes(path), bytes.isNull() ? QByteArray("missing") : bytes);
+        QCOMPARE(QFile::exists(path), !bytes.isNull());
+        QCOMPARE(ReadBytes(path), bytes);
         QVERIFY(!QFile::exists(path + u"-wal"_qs));
     }
 
@@ -190,6 +177,18 @@ private Q_SLOTS:
         CloseDB();
     }
 
+    void leavesAnotherProgramsDatabaseAsItIs() {
+        ScriptedDoors doors;
+        StationFixture station;
+        station.Close();
+        const QString path = station.Folder() + u"/bookmarks.db"_qs;
+        RunPlainSql(path, "PRAGMA journal_mode = WAL; CREATE TABLE Bookmarks (url TEXT)");
+        const QString before = FolderText(station.Folder());
+        QVERIFY(OpenDB(path));
+        CloseDB();
+        QCOMPARE(FolderText(station.Folder()), before);
+    }
+
     void newStationReplacesAFileAndItsCompanion() {
         ScriptedDoors doors;
         StationFixture station;
@@ -198,8 +197,8 @@ private Q_SLOTS:
         QVERIFY_EXCEPTION_THROWN(CopyStationTemplate(station.Path()), FileError);
         QVERIFY(QFile::rename(station.Path(), station.Folder() + u"/template.mdb"_qs));
         const QString path = station.Folder() + u"/new.mdb"_qs;
-        Put(path, "something else");
-        Put(path + u"-wal"_qs, "of something else");
+        WriteBytes(path, "something else");
+        WriteBytes(path + u"-wal"_qs, "of something else");
         CopyStationTemplate(path);
         Application::SetPath({});
         QVERIFY(!QFile::exists(path + u"-wal"_qs));

@@ -386,9 +386,18 @@ private Q_SLOTS:
         QLocale::setDefault(QLocale::c());
         picker.SetValue(DateSerial(2002, 10, 5));
         QCOMPARE(picker.text(), u"Oct 05, 2002"_qs);
-        picker.SetCustomFormat(u"MMM, yyy"_qs);
-        QCOMPARE(picker.text(), u"Oct, 2002"_qs);
         QCOMPARE(picker.calendarWidget()->locale().language(), QLocale::English);
+    }
+
+    void pickerOfMonthsKeepsTheDay() {
+        DTPicker picker;
+        picker.SetCustomFormat(u"MMM, yyy"_qs);
+        picker.SetValue(DateSerial(2002, 10, 1));
+        QCOMPARE(picker.text(), u"Oct, 2002"_qs);
+        QCOMPARE(picker.calendarWidget(), nullptr);
+        picker.show();
+        QTest::keyClick(&picker, Qt::Key_Up);
+        QCOMPARE(picker.Value(), DateSerial(2002, 11, 1));
     }
 
     void pickerKeepsToItsYears_data() {

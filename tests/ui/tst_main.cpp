@@ -19,6 +19,7 @@
 #include "store/ProjectFile.h"
 #include "store/StationDatabase.h"
 #include "tests/support/MessageLog.h"
+#include "tests/support/PlainFiles.h"
 #include "tests/support/ScriptedDoors.h"
 #include "tests/support/StationFixture.h"
 #include "tests/support/UiDriver.h"
@@ -26,17 +27,6 @@
 using namespace rillbook;
 
 namespace {
-
-QByteArray Bytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-}
-
-void Put(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
 
 // The program as it stands after its start, in a folder of its own.
 class Program {
@@ -57,7 +47,7 @@ public:
     // A text in which the folder's name is "~".
     QString Short(QString text) const { return text.replace(folder_.path(), u"~"_qs); }
     QString ProjectText(const QString& name = u"p.prj"_qs) const {
-        return Short(QString::fromUtf8(Bytes(File(name)))).remove(u'\r');
+        return Short(QString::fromUtf8(ReadBytes(File(name)))).remove(u'\r');
     }
 
     void Choose(const char* item, const QString& name) {
@@ -191,7 +181,8 @@ private Q_SLOTS:
             const QString path = program.File(QString::fromLatin1(name));
             text += "\"" + path.toUtf8() + "\",\"" + name + "\"\r\n";
         }
-        Put(program.File(u"p.prj"_qs), text + "#2002-03-15#,\"7312\"\r\n\"Upper, lower\"\r\n");
+        WriteBytes(program.File(u"p.prj"_qs),
+                   text + "#2002-03-15#,\"7312\"\r\n\"Upper, lower\"\r\n");
         CreateStationFile(program.File(u"a.mdb"_qs));
         CreateStationFile(program.File(u"c.MDB"_qs), 2);
         program.doors.ExpectMessage(program.File(u"gone.mdb"_qs) + u" not found!"_qs);
@@ -306,6 +297,23 @@ private Q_SLOTS:
         QCOMPARE(program.Story(), u"b.mdb a.mdb [1: Channel 1 - Stage (ft)] | none open"_qs);
     }
 
+    // The station left behind is closed by then, and a click on it doesn't open it again.
+    void tellsOnceOfAStationThatIsGone() {
+        Program program;
+        program.NewProject();
+        for (const QString& name : {u"a.mdb"_qs, u"b.mdb"_qs, u"c.mdb"_qs}) {
+            program.AddStation(name);
+        }
+        QFile::remove(program.File(u"a.mdb"_qs));
+        program.doors.ExpectMessage(program.File(u"a.mdb"_qs) + u" not found!"_qs);
+        program.ClickNode(0, 1);
+        QVERIFY(!program.Enabled().contains(u"Frame1"_qs));
+        program.ClickNode(2, 0);
+        QCOMPARE(program.Story(), u"a.mdb b.mdb [c.mdb] | none open"_qs);
+        program.ClickNode(1, 0);
+        QCOMPARE(program.Story(), u"a.mdb [b.mdb] c.mdb | open: b.mdb, channel 1"_qs);
+    }
+
     void followsTheKeyboard() {
         Program program;
         program.NewProject();
@@ -394,7 +402,8 @@ private Q_SLOTS:
         Program program;
         program.NewProject();
         program.AddStation(u"a.mdb"_qs);
-        Put(program.File(u"log.csv"_qs), "Time,Stage\n01/02/02 00:00,1.5\n01/03/02 00:15,1.6\n");
+        WriteBytes(program.File(u"log.csv"_qs),
+                   "Time,Stage\n01/02/02 00:00,1.5\n01/03/02 00:15,1.6\n");
         program.doors.ExpectMessage(
             u" 2 Readable Records,  1 Unreadable Records(s), and  0 Dupulicate(s)."_qs);
         program.Choose("mnuFileImport", u"log.csv"_qs);
@@ -447,16 +456,16 @@ private Q_SLOTS:
         CreateStationFile(program.File(u"a.mdb"_qs));
         const QByteArray cut = "\"Rillbook\",\"100\"\r\n2\r\n\"" +
                                program.File(u"a.mdb"_qs).toUtf8() + "\",\"a.mdb\"\r\n";
-        Put(program.File(u"p.prj"_qs), cut);
+        WriteBytes(program.File(u"p.prj"_qs), cut);
         program.doors.ExpectMessage(program.File(u"p.prj"_qs) +
                                     u"\nIt could not be read from station 2 of 2 on."_qs);
         program.Choose("mnuFileProjectOpen", u"p.prj"_qs);
         QCOMPARE(program.Story(), u"[a.mdb] | open: a.mdb, channel 1"_qs);
         Trigger(*program.window, u"mnuFileProjectSave"_qs);
-        QCOMPARE(Bytes(program.File(u"p.prj.bak"_qs)), cut);
-        Put(program.File(u"p.prj.bak"_qs), "kept");
+        QCOMPARE(ReadBytes(program.File(u"p.prj.bak"_qs)), cut);
+        WriteBytes(program.File(u"p.prj.bak"_qs), "kept");
         Trigger(*program.window, u"mnuFileProjectSave"_qs);
-        QCOMPARE(Bytes(program.File(u"p.prj.bak"_qs)), "kept");
+        QCOMPARE(ReadBytes(program.File(u"p.prj.bak"_qs)), "kept");
     }
 
     void saysThatTheProjectCantBeSaved() {
