@@ -111,9 +111,12 @@ public:
     }
 
     void EndDoc() override {
-        if (!Draw(*printer_) || printer_->printerState() == QPrinter::Error ||
+        // A printer that has gone takes a document and loses it without a word.
+        const QString name = printer_->printerName();
+        if (QPrinterInfo::printerInfo(name).isNull() || !Draw(*printer_) ||
+            printer_->printerState() == QPrinter::Error ||
             printer_->printerState() == QPrinter::Aborted) {
-            throw PrinterError(QStringLiteral("Can't print on %1.").arg(printer_->printerName()));
+            throw PrinterError(QStringLiteral("Can't print on %1.").arg(name));
         }
     }
 
