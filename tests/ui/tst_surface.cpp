@@ -285,7 +285,7 @@ private Q_SLOTS:
     }
 
     // From the corner of the paper, an inch is 1440 twips or 1200 dots or 72 points; a pen of 4 is
-    // as wide as on a printer of 600 dots to the inch.
+    // as wide as on a printer of 600 dots to the inch. The first outline is what can be drawn on.
     void pagesAreMeasuredInTwips() {
         const std::unique_ptr<Printer> page = BeginPdf(u"page.pdf"_qs);
         page->Clear(kGrey);
@@ -299,6 +299,11 @@ private Q_SLOTS:
         const QByteArray pdf = ReadBytes(folder_->filePath(u"page.pdf"_qs));
         QCOMPARE(Steps(pdf),
                  u"0.060000000 0 0 -0.060000000 0 792 cm\n"
+                 "0 0 m\n"
+                 "9600 0 l\n"
+                 "9600 12600 l\n"
+                 "0 12600 l\n"
+                 "0 0 l\n"
                  "1200 2400 17 600 re\n"
                  "8 w\n"
                  "1200 1200 m\n"
