@@ -1,12 +1,12 @@
 #include "store/ProjectFile.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <algorithm>
 #include <cmath>
 #include <optional>
 
 #include "app/Application.h"
+#include "platform/desktop/ReplaceFile.h"
 #include "platform/text/CodePage.h"
 #include "platform/text/Numbers.h"
 #include "store/FileError.h"
@@ -142,13 +142,10 @@ QString ReadItems(ItemReader items, ProjectContents& contents) {
     return {};
 }
 
-void ReplaceFile(const QString& path, const QByteArray& bytes) {
-    QSaveFile file(path);
-    // Commit passes over a failure of the flush that it makes itself: on a full disk an empty file
-    // would take the old one's place.
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
-        !file.commit()) {
-        throw FileError(path, file.errorString());
+void Replace(const QString& path, const QByteArray& bytes) {
+    const QString reason = ReplaceFile(path, bytes);
+    if (!reason.isEmpty()) {
+        throw FileError(path, reason);
     }
 }
 
@@ -165,7 +162,7 @@ void WriteProjectFile(const QString& path, const ProjectContents& contents) {
     text += DateItem(contents.reportBeginDate) + QLatin1Char(',') +
             Quoted(contents.reportPeriodCode) + lineEnd + Quoted(contents.name) + lineEnd;
 
-    ReplaceFile(path, EncodeText(text));
+    Replace(path, EncodeText(text));
 }
 
 ProjectReading ReadProjectFile(const QString& path, const ProjectContents& defaults) {
@@ -200,7 +197,7 @@ void KeepOldProjectFile(const QString& path) {
     if (old.error() != QFileDevice::NoError) {
         throw FileError(path, old.errorString());
     }
-    ReplaceFile(kept, bytes);
+    Replace(kept, bytes);
 }
 
 DateTime PeriodEnd(DateTime begin, int unit, double count) {

@@ -1,11 +1,11 @@
 #include "store/StationDatabase.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 #include "app/Application.h"
 #include "platform/ado/AdoError.h"
 #include "platform/desktop/MsgBox.h"
+#include "platform/desktop/ReplaceFile.h"
 #include "store/FileError.h"
 #include "store/FormStuff.h"
 #include "store/StationPanel.h"
@@ -23,6 +23,23 @@ namespace {
 const QStringList kStationTables{QStringLiteral("Information"), QStringLiteral("Records"),
                                  QStringLiteral("Calibration"), QStringLiteral("ConversionEq"),
                                  QStringLiteral("ConversionT")};
+
+}  // namespace
+
+namespace {
+
+// A companion of the file that goes would be taken for one of the file that comes. Returns the
+// reason where one can't be removed.
+QString RemoveCompanions(const QString& path) {
+    for (const QString& suffix :
+         {QStringLiteral("-wal"), QStringLiteral("-shm"), QStringLiteral("-journal")}) {
+        QFile companion(path + suffix);
+        if (companion.exists() && !companion.remove()) {
+            return companion.errorString();
+        }
+    }
+    return {};
+}
 
 }  // namespace
 
@@ -64,25 +81,13 @@ void CopyStationTemplate(const QString& path) {
     if (!source.open(QIODevice::ReadOnly)) {
         throw FileError(source.fileName(), source.errorString());
     }
-    QSaveFile target(path);
     const QByteArray bytes = source.readAll();
     if (bytes.isEmpty() || source.error() != QFileDevice::NoError) {
         throw FileError(source.fileName(), source.errorString());
     }
-    if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() ||
-        !target.flush()) {
-        throw FileError(path, target.errorString());
-    }
-    // A companion of the file that goes would be taken for one of the file that comes.
-    for (const QString& suffix :
-         {QStringLiteral("-wal"), QStringLiteral("-shm"), QStringLiteral("-journal")}) {
-        QFile companion(path + suffix);
-        if (companion.exists() && !companion.remove()) {
-            throw FileError(companion.fileName(), companion.errorString());
-        }
-    }
-    if (!target.commit()) {
-        throw FileError(path, target.errorString());
+    const QString reason = ReplaceFile(path, bytes, [&path] { return RemoveCompanions(path); });
+    if (!reason.isEmpty()) {
+        throw FileError(path, reason);
     }
 }
 

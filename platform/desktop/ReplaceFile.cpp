@@ -4,7 +4,8 @@
 
 namespace rillbook {
 
-QString ReplaceFile(const QString& path, const QByteArray& bytes) {
+QString ReplaceFile(const QString& path, const QByteArray& bytes,
+                    const std::function<QString()>& beforeRename) {
     QSaveFile file(path);
     // Unbuffered: what a full disk cut off of a buffer would be no error to commit().
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
@@ -14,7 +15,14 @@ QString ReplaceFile(const QString& path, const QByteArray& bytes) {
     if (written >= 0 && written < bytes.size()) {
         return QStringLiteral("The disk is full");
     }
-    return written == bytes.size() && file.commit() ? QString() : file.errorString();
+    if (written < 0) {
+        return file.errorString();
+    }
+    const QString objection = beforeRename ? beforeRename() : QString();
+    if (!objection.isEmpty()) {
+        return objection;
+    }
+    return file.commit() ? QString() : file.errorString();
 }
 
 }  // namespace rillbook
