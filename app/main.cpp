@@ -1,10 +1,12 @@
 #include <QLocale>
+#include <optional>
 
 #include "app/Application.h"
 #include "app/InitialFile.h"
 #include "forms/main/DesktopApplication.h"
 #include "forms/main/Icons.h"
 #include "forms/main/frmMain.h"
+#include "platform/qt/FontListAhead.h"
 #include "platform/qt/QtDoors.h"
 #include "platform/text/Regional.h"
 #include "store/StationDatabase.h"
@@ -27,7 +29,9 @@ void Main() {
 }  // namespace rillbook
 
 int main(int argc, char* argv[]) {
+    std::optional<rillbook::FontListAhead> fontList(std::in_place);
     rillbook::DesktopApplication application(argc, argv);
+    fontList.reset();
     rillbook::DesktopApplication::setWindowIcon(rillbook::PictureIcon(rillbook::Picture::Program));
     const rillbook::QtDoors doors(rillbook::Application::Title());
     rillbook::RegionalSettings() = rillbook::RegionalFromLocale(QLocale::system());

@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """Runs the benchmarks and prints their ratios beside the limits. Exits 1 where one is exceeded."""
+import contextlib
 import json
+import os
 import pathlib
 import statistics
 import subprocess
@@ -37,14 +39,29 @@ def peak_kib(folder: pathlib.Path, rows: int) -> int:
     return int(done.stdout)
 
 
+@contextlib.contextmanager
+def display():
+    """A display of our own: off-screen windows know neither a server nor its fonts."""
+    read_end, write_end = os.pipe()
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-nolisten", "tcp"],
+                              pass_fds=[write_end], stderr=subprocess.DEVNULL)
+    try:
+        number = os.read(read_end, 16).decode().strip()
+        yield os.environ | {"DISPLAY": f":{number}", "QT_QPA_PLATFORM": "xcb"}
+    finally:
+        server.terminate()
+        server.wait()
+
+
 def start_ratio(folder: pathlib.Path) -> float:
     """Alternates the two programs, so that what else the machine does falls on both."""
     times: dict[str, list[float]] = {"bench_start_program": [], "bench_start_bare": []}
-    for _ in range(25):
-        for name, taken in times.items():
-            begin = time.perf_counter()
-            subprocess.run([folder / name], check=True)
-            taken.append(time.perf_counter() - begin)
+    with display() as environment:
+        for _ in range(40):
+            for name, taken in times.items():
+                begin = time.perf_counter()
+                subprocess.run([folder / name], check=True, env=environment)
+                taken.append(time.perf_counter() - begin)
     return (statistics.median(times["bench_start_program"]) /
             statistics.median(times["bench_start_bare"]))
 
