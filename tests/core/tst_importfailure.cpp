@@ -1,56 +1,25 @@
-// Imports that end before their time, or whose station can't take records. Each runs in a process
-// of its own: this program, started anew with a mode, a station and a logger file.
+// Imports that end before their time, or whose station can't take records.
 #include <fcntl.h>
 #include <sys/ioctl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
-#include <QProcess>
 #include <QtTest>
 #include <csignal>
-#include <cstdio>
 
 #include "app/SharedState.h"
 #include "import/Import.h"
 #include "store/StationDatabase.h"
+#include "tests/support/DataRows.h"
+#include "tests/support/Hardship.h"
 #include "tests/support/MessageLog.h"
+#include "tests/support/PlainFiles.h"
 #include "tests/support/StationFixture.h"
 
 using namespace rillbook;
 
 namespace {
-
-// Prints the messages of an import.
-int RunChild(const QString& mode, const QString& station, const QString& loggerFile) {
-    if (mode == u"full"_qs) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{400'000, 400'000};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    if (mode == u"readonly"_qs && geteuid() == 0 && setuid(65534) != 0) {
-        return 2;  // the administrator could write to it all the same
-    }
-    MessageLog messages;
-    FakePanel panel;
-    ResetSharedState();
-    if (!OpenDB(station)) {
-        return 3;
-    }
-    ImportFile(loggerFile);
-    CloseDB();
-    ResetSharedState();
-    std::fputs(qPrintable(messages.texts.join(QLatin1Char('\n'))), stdout);
-    return 0;
-}
-
-void StartChild(QProcess& child, const char* mode, const QString& station,
-                const QString& loggerFile) {
-    child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    child.start(QCoreApplication::applicationFilePath(),
-                {u"--child"_qs, QString::fromLatin1(mode), station, loggerFile});
-}
 
 // A reading a minute from 2002 on, 20 bytes a line.
 constexpr int lineSize = 20;
@@ -97,12 +66,12 @@ private Q_SLOTS:
     // The logger file is a pipe, so that the import stands still where the test wants it. What it
     // had read by then, but for the 256 KiB that it reads at a time, must be in the station.
     void killed_data() {
-        QTest::addColumn<int>("bytes");
-        QTest::addColumn<bool>("settled");
-        QTest::newRow("waiting for its second piece") << 263'000 << true;
-        QTest::newRow("waiting for its fourth piece") << 790'000 << true;
-        QTest::newRow("writing its first piece") << 263'000 << false;
-        QTest::newRow("writing its third piece") << 790'000 << false;
+        // The import waits for its second and fourth piece, or writes its first and third.
+        const DataRows<int, bool> row("bytes", "settled");
+        row(263'000, true);
+        row(790'000, true);
+        row(263'000, false);
+        row(790'000, false);
     }
     void killed() {
         QFETCH(int, bytes);
@@ -114,17 +83,14 @@ private Q_SLOTS:
         station.Close();
         const QString pipe = station.Folder() + u"/pipe"_qs;
         QCOMPARE(mkfifo(qPrintable(pipe), 0600), 0);
-        QProcess child;
-        StartChild(child, "plain", station.Path(), pipe);
+        OtherProgram child(u"--import"_qs, {station.Path(), pipe});
         int descriptor = -1;
         QTRY_VERIFY((descriptor = open(qPrintable(pipe), O_WRONLY | O_NONBLOCK)) >= 0);
         fcntl(descriptor, F_SETFL, 0);
         QVERIFY(WriteAll(descriptor, readings.left(bytes)));
         int unread = -1;
         QTRY_VERIFY(!settled || (ioctl(descriptor, FIONREAD, &unread) == 0 && unread == 0));
-        child.kill();
-        QVERIFY(child.waitForFinished());
-        QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+        child.Kill();
         close(descriptor);
 
         station.Open();
@@ -144,58 +110,60 @@ private Q_SLOTS:
         const int lines = 20'000;
         MessageLog messages;
         StationFixture station;
-        station.Close();
         const QString file = station.LoggerFile(Readings(lines));
-        QProcess child;
-        StartChild(child, "full", station.Path(), file);
-        QVERIFY(child.waitForFinished());
-        QCOMPARE(child.exitCode(), 0);
-        const QStringList told =
-            QString::fromUtf8(child.readAllStandardOutput()).split(QLatin1Char('\n'));
-        QCOMPARE(told.value(0), ImportMessage(lines, 0, 0));
-        const int unstored = told.value(1).section(QLatin1Char(' '), 1, 1).toInt();
-        QVERIFY2(unstored > 0, qPrintable(told.value(1)));
+        {
+            const FullDisk full(400'000);
+            ImportFile(file);
+            station.Close();
+        }
+        QCOMPARE(messages.texts.value(0), ImportMessage(lines, 0, 0));
+        const int unstored = messages.texts.value(1).section(QLatin1Char(' '), 1, 1).toInt();
+        QVERIFY2(unstored > 0, qPrintable(messages.texts.value(1)));
 
         station.Open();
         QCOMPARE(station.Dump("PRAGMA integrity_check"), u"ok"_qs);
         QCOMPARE(station.Dump("SELECT count(*) FROM Records").toInt(), lines - unstored);
         ImportFile(file);
-        QCOMPARE(messages.texts, QStringList(ImportMessage(unstored, 0, lines - unstored)));
+        QCOMPARE(messages.texts.last(), ImportMessage(unstored, 0, lines - unstored));
         QCOMPARE(StoredReadings(station), lines);
     }
 
     void readOnly() {
+        MessageLog messages;
         StationFixture station;
         station.WithRecord("2002-01-01 00:01", {8.5});
         station.Close();
         const QString file = station.LoggerFile(Readings(3));
-        QFile stored(station.Path());
-        QVERIFY(stored.open(QIODevice::ReadOnly));
-        const QByteArray before = stored.readAll();
-        QCOMPARE(chmod(qPrintable(station.Path()), 0444), 0);
-        QCOMPARE(chmod(qPrintable(station.Folder()), 0555), 0);
-        QProcess child;
-        StartChild(child, "readonly", station.Path(), file);
-        const bool ended = child.waitForFinished();
-        chmod(qPrintable(station.Folder()), 0755);
-        QVERIFY(ended);
-        QCOMPARE(child.exitCode(), 0);
-        const QStringList told =
-            QString::fromUtf8(child.readAllStandardOutput()).split(QLatin1Char('\n'));
-        QCOMPARE(told.value(0), ImportMessage(3, 0, 0));
-        QCOMPARE(told.value(1), u"! 3 of the readable records could not be stored!"_qs);
-        stored.seek(0);
-        QVERIFY(stored.readAll() == before);
+        const QString before = FolderText(station.Folder());
+        QFile::setPermissions(station.Path(), QFile::Permissions(0x4444));
+        QFile::setPermissions(station.Folder(), QFile::Permissions(0x5555));
+        {
+            const OrdinaryUser user;
+            station.Open();
+            ImportFile(file);
+            station.Close();
+        }
+        QFile::setPermissions(station.Folder(), QFile::Permissions(0x7777));
+        QCOMPARE(messages.texts.value(0), ImportMessage(3, 0, 0));
+        QVERIFY2(messages.texts.value(1).startsWith(
+                     u"! 3 of the readable records could not be stored!"_qs),
+                 qPrintable(messages.texts.value(1)));
+        QCOMPARE(FolderText(station.Folder()), before);
     }
 };
 
 int main(int argc, char* argv[]) {
-    if (argc == 5 && qstrcmp(argv[1], "--child") == 0) {
-        return RunChild(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]),
-                        QString::fromLocal8Bit(argv[4]));
+    QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == u"--import") {
+        MessageLog messages;
+        FakePanel panel;
+        ResetSharedState();
+        OpenDB(arguments.value(2));
+        ImportFile(arguments.value(3));
+        return 0;
     }
     std::signal(SIGPIPE, SIG_IGN);
-    QCoreApplication application(argc, argv);
     TestImportFailure test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -10,7 +10,9 @@
 
 #include "import/Import.h"
 #include "store/FormStuff.h"
+#include "tests/support/DataRows.h"
 #include "tests/support/MessageLog.h"
+#include "tests/support/PlainFiles.h"
 #include "tests/support/StationFixture.h"
 
 using namespace rillbook;
@@ -77,42 +79,23 @@ class TestImportFiles : public QObject {
 private Q_SLOTS:
     // By the table in samples/README.md.
     void samples_data() {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QString>("widths");
-        QTest::addColumn<QString>("result");
-        QFile table(samplesFolder + u"README.md"_qs);
-        QVERIFY(table.open(QIODevice::ReadOnly));
-        for (const QString& line : QString::fromUtf8(table.readAll()).split(QLatin1Char('\n'))) {
+        const DataRows<QString, int, QString, QString> row("name", "type", "widths", "result");
+        const QString table = QString::fromUtf8(ReadBytes(samplesFolder + u"README.md"_qs));
+        for (const QString& line : table.split(QLatin1Char('\n'))) {
             const QStringList cells = line.split(u" | "_qs);
             if (cells.size() == 7 && cells[0].startsWith(u"| `"_qs)) {
-                const QString name = cells[0].section(QLatin1Char('`'), 1, 1);
-                QTest::newRow(qPrintable(name))
-                    << cells[1].left(1).toInt() << cells[2]
-                    << cells.mid(3, 3).join(u", "_qs) + u"; "_qs + QString(cells[6]).chopped(2);
+                row(cells[0].section(QLatin1Char('`'), 1, 1), cells[1].left(1).toInt(), cells[2],
+                    cells.mid(3, 3).join(u", "_qs) + u"; "_qs + QString(cells[6]).chopped(2));
             }
         }
     }
-    void samples() {
-        QFETCH(int, type);
-        QFETCH(QString, widths);
-        QFETCH(QString, result);
-        StationFixture station(static_cast<int>(widths.count(QLatin1Char(','))));
-        SetLayout(type, widths);
-        QCOMPARE(ImportInto(station, samplesFolder + QString::fromUtf8(QTest::currentDataTag())),
-                 result);
-    }
+    void samples() { CheckIn(samplesFolder); }
 
     void fieldFiles_data() {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QString>("widths");
-        QTest::addColumn<QString>("result");
         if (!QDir(fieldFolder).exists()) {
             QSKIP("Files from the field aren't at hand");
         }
-        const auto row = [](const char* name, int type, const char* widths, const char* result) {
-            QTest::newRow(name) << type << QString::fromLatin1(widths)
-                                << QString::fromLatin1(result);
-        };
+        const DataRows<QString, int, QString, QString> row("name", "type", "widths", "result");
         row("type1_five_channels_bom.csv", 0, "0, 0, 0, 0, 0, 0",
             "7770, 2, 0; 3885, 3885, 3885, 3886, 3885");
         row("type1_hourly_oxygen.csv", 0, "0, 0, 0, 0, 0, 0", "5017, 2, 0; 0, 0, 0, 0, 0");
@@ -123,19 +106,10 @@ private Q_SLOTS:
         row("fixed_discharge_15min.txt", 2, "14, 12", "40000, 0, 0; 0");
         row("campbell_pressure.dat", 3, "15, 11, 11, 11", "52142, 0, 139; 0, 0, 0");
     }
-    void fieldFiles() {
-        QFETCH(int, type);
-        QFETCH(QString, widths);
-        QFETCH(QString, result);
-        StationFixture station(static_cast<int>(widths.count(QLatin1Char(','))));
-        SetLayout(type, widths);
-        QCOMPARE(ImportInto(station, fieldFolder + QString::fromUtf8(QTest::currentDataTag())),
-                 result);
-    }
+    void fieldFiles() { CheckIn(fieldFolder); }
 
-    void otherEncodings_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("result");
+    void otherEncodings() {
+        StationFixture station;
         const QByteArray text = "1/1/02 00:15,1.25\r\n1/1/02 00:30,1.5\r\n";
         QByteArray little("\xFF\xFE");
         QByteArray big("\xFE\xFF");
@@ -144,29 +118,20 @@ private Q_SLOTS:
             big += '\0' + QByteArray(1, byte);
         }
         // The NUL of each CR, LF makes lines of its own.
-        QTest::newRow("UTF-16 little-endian") << little << u"0, 5, 0; 0"_qs;
-        QTest::newRow("UTF-16 big-endian") << big << u"0, 4, 0; 0"_qs;
-        QTest::newRow("UTF-8 with its mark") << "\xEF\xBB\xBF" + text << u"2, 0, 0; 0"_qs;
-        QTest::newRow("old Macintosh")
-            << QByteArray(text).replace("\r\n", "\r") << u"2, 0, 0; 0"_qs;
-    }
-    void otherEncodings() {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QString, result);
-        StationFixture station;
-        QCOMPARE(ImportInto(station, station.LoggerFile(bytes)), result);
+        QCOMPARE(ImportInto(station, station.LoggerFile(little)), u"0, 5, 0; 0"_qs);
+        QCOMPARE(ImportInto(station, station.LoggerFile(big)), u"0, 4, 0; 0"_qs);
+        const QByteArray macintosh = "\xEF\xBB\xBF" + QByteArray(text).replace("\r\n", "\r");
+        QCOMPARE(ImportInto(station, station.LoggerFile(macintosh)), u"2, 0, 0; 0"_qs);
     }
 
     // Whatever the bytes: each line is counted once, and what counts as readable is stored.
     void noise_data() {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QByteArray>("alphabet");
-        const QByteArray likely = "00112345:/,,.  \n\n\r\t-+eEAPM";
+        const DataRows<int, QByteArray> row("type", "alphabet");
         QByteArray all(256, '\0');
         std::iota(all.begin(), all.end(), '\0');
         for (int type = 0; type <= 3; ++type) {
-            QTest::addRow("likely bytes, layout %d", type) << type << likely;
-            QTest::addRow("all bytes, layout %d", type) << type << all;
+            row(type, "00112345:/,,.  \n\n\r\t-+eEAPM");
+            row(type, all);
         }
     }
     void noise() {
@@ -190,28 +155,32 @@ private Q_SLOTS:
         QCOMPARE(station.Dump("PRAGMA integrity_check"), u"ok"_qs);
     }
 
-    void endlessLine_data() {
-        QTest::addColumn<char>("filling");
-        QTest::addColumn<QString>("records");
-        QTest::newRow("blanks") << ' ' << u"2002-01-01 00:15:00 | 1.25"_qs;
-        QTest::newRow("digits") << '0' << u"2002-01-01 00:15:00 | NULL"_qs;
-    }
     void endlessLine() {
-        QFETCH(char, filling);
-        QFETCH(QString, records);
         StationFixture station;
         QFile file(station.LoggerFile("1/1/02 00:15,1.25"));
         QVERIFY(file.open(QIODevice::Append));
-        const QByteArray piece(1024 * 1024, filling);
-        for (int i = 0; i < 50; ++i) {
-            QCOMPARE(file.write(piece), piece.size());
+        for (const char filling : {'0', ' '}) {
+            for (int i = 0; i < 50; ++i) {
+                QCOMPARE(file.write(QByteArray(1'000'000, filling)), 1'000'000);
+            }
+            QVERIFY(file.write(filling == '0' ? "\n1/1/02 00:30,1.5" : "\n") > 0);
         }
-        QVERIFY(file.write("\n1/1/02 00:30,1.5\n") > 0);
         file.close();
         const long before = PeakMemoryKiB();
         QCOMPARE(ImportInto(station, file.fileName()).left(7), u"2, 0, 0"_qs);
         QVERIFY2(PeakMemoryKiB() - before < 12 * 1024, "Memory grows with the line");
-        QCOMPARE(station.Dump("Records"), records + u"\n2002-01-01 00:30:00 | 1.5"_qs);
+        QCOMPARE(station.Dump("Records"),
+                 u"2002-01-01 00:15:00 | NULL\n2002-01-01 00:30:00 | 1.5"_qs);
+    }
+
+private:
+    static void CheckIn(const QString& folder) {
+        QFETCH(QString, name);
+        QFETCH(int, type);
+        QFETCH(QString, widths);
+        StationFixture station(static_cast<int>(widths.count(QLatin1Char(','))));
+        SetLayout(type, widths);
+        QTEST(ImportInto(station, folder + name), "result");
     }
 };
 

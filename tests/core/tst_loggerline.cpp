@@ -4,6 +4,8 @@
 
 #include "import/LineReader.h"
 #include "import/LoggerLine.h"
+#include "tests/support/CompareEach.h"
+#include "tests/support/DataRows.h"
 #include "tests/support/StationFixture.h"
 
 using namespace rillbook;
@@ -64,40 +66,32 @@ class TestLoggerLine : public QObject {
 
 private Q_SLOTS:
     void lines_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QByteArray>("lines");
-        const auto row = [](const char* name, const QByteArray& bytes, const char* lines) {
-            QTest::newRow(name) << bytes << QByteArray(lines);
-        };
-        row("nothing", "", "");
-        row("LF", "ab\ncd\n", "[ab][cd]");
-        row("no end", "ab\ncd", "[ab][cd]");
-        row("CRLF", "ab\r\ncd\r\n", "[ab][cd]");
-        row("CR alone", "ab\rcd\r", "[ab][cd]");
-        row("mixed", "a\rb\nc\r\nd", "[a][b][c][d]");
-        row("blank lines", "\n\na\n\n", "[][][a][]");
-        row("blank lines of CRLF", "\r\n\r\na\r\n\r\n", "[][][a][]");
-        row("LF before CR", "a\n\rb", "[a][][b]");
-        row("mark", "\xEF\xBB\xBFg\nh", "[g][h]");
-        row("mark alone", "\xEF\xBB\xBF", "");
-        row("half a mark", "\xEF\xBB", "[\xEF\xBB]");
-        row("mark further on", "a\n\xEF\xBB\xBFg", "[a][\xEF\xBB\xBFg]");
+        const DataRows<QByteArray, QByteArray> row("bytes", "lines");
+        row("", "");
+        row("ab\ncd\n", "[ab][cd]");
+        row("ab\ncd", "[ab][cd]");
+        row("a\rb\nc\r\nd", "[a][b][c][d]");
+        row("\n\na\r\n\r\n", "[][][a][]");
+        row("a\n\rb", "[a][][b]");
+        row("\xEF\xBB\xBFg\nh", "[g][h]");
+        row("\xEF\xBB\xBF", "");
+        row("\xEF\xBB", "[\xEF\xBB]");
+        row("a\n\xEF\xBB\xBFg", "[a][\xEF\xBB\xBFg]");
         // Eight bytes of a line are kept.
-        row("as long as kept", "12345678\n9", "[12345678][9]");
-        row("blank tail", "12345678 \t \nb", "[12345678][b]");
-        row("tail of text", "1234567890\nb", "[12345678?][b]");
-        row("blanks, then text", "12345678    0\r\nb", "[12345678?][b]");
-        row("tail with a NUL", QByteArray("12345678ab\0c\nb", 14), "[123456780][b]");
-        row("long last line", "12345678 90", "[12345678?]");
-        row("long lines in a row", "123456789\r1234567890\r\r", "[12345678?][12345678?][]");
+        row("12345678\n9", "[12345678][9]");
+        row("12345678 \t \nb", "[12345678][b]");
+        row("1234567890\nb", "[12345678?][b]");
+        row("12345678    0\r\nb", "[12345678?][b]");
+        row(QByteArray("12345678ab\0c\nb", 14), "[123456780][b]");
+        row("12345678 90", "[12345678?]");
+        row("123456789\r1234567890\r\r", "[12345678?][12345678?][]");
     }
     void lines() {
         QFETCH(QByteArray, bytes);
-        QFETCH(QByteArray, lines);
         for (const qint64 piece : {1, 2, 3, 1000}) {
             Trickle device(bytes, piece);
             LineReader reader(device, 8);
-            QCOMPARE(LinesOf(reader), lines);
+            QTEST(LinesOf(reader), "lines");
         }
     }
 
@@ -128,115 +122,90 @@ private Q_SLOTS:
         QCOMPARE(LinesOf(keepsLittle), QByteArray("failed"));
     }
 
-    void delimited_data() {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<QString>("reading");
-        const auto row = [](int type, int channels, const QByteArray& line, const char* reading) {
-            QTest::addRow("%d, %d: %s", type, channels, line.constData())
-                << type << channels << line << QString::fromLatin1(reading);
-        };
-        row(0, 2, "10/21/02 08:15,1.25,7.9", "2002-10-21 08:15:00 | 1.25 | 7.9");
-        row(0, 2, " 1/2/2002  8:05:09 , 1.25 ,-.5", "2002-01-02 08:05:09 | 1.25 | -0.5");
-        row(0, 2, "10/21/02 08:15,,7.9", "2002-10-21 08:15:00 | - | 7.9");
-        row(0, 2, "10/21/02 08:15,1.25", "2002-10-21 08:15:00 | 1.25 | -");
-        row(0, 2, "10/21/02 08:15", "2002-10-21 08:15:00 | - | -");
-        row(0, 2, "10/21/02 08:15,1.25,7,9", "2002-10-21 08:15:00 | 1.25 | -");
-        row(0, 2, "10/21/02 08:15,abc,1e3", "2002-10-21 08:15:00 | - | 1000");
-        row(0, 2, "10/21/02 08:15,\"1.25\",1.5x", "2002-10-21 08:15:00 | - | -");
-        row(0, 1, "10/21/02,3", "2002-10-21 00:00:00 | 3");
-        row(0, 1, "08:15,3", "1899-12-30 08:15:00 | 3");
-        row(0, 1, "1/1/29 00:00,3", "2029-01-01 00:00:00 | 3");
-        row(0, 1, "1/1/30 00:00,3", "1930-01-01 00:00:00 | 3");
-        row(0, 1, "02/29/02 00:00,3", "unreadable");
-        row(0, 1, "21/10/02 08:15,3", "unreadable");
-        row(0, 1, "10/21/02 24:00,3", "unreadable");
-        row(0, 1, "Date Time,Stage ft", "unreadable");
-        row(0, 1, "", "unreadable");
-        row(0, 1, ",3", "unreadable");
-        row(0, 1, "------------------", "unreadable");
-        row(0, 1, QByteArray("10/21/02 08:15,3\0", 17), "unreadable");
-        row(0, 0, "10/21/02 08:15", "2002-10-21 08:15:00");
-        row(0, 0, "10/21/02 08:15,3", "unreadable");
-        row(1, 2, "10/21/02,08:15,1.25,7.5", "2002-10-21 08:15:00 | 1.25 | 7.5");
-        row(1, 2, "10/21/02, 08:15, 1.25, 7.5", "2002-10-21 08:15:00 | 1.25 | 7.5");
-        row(1, 1, "10/21/02,,3", "2002-10-21 00:00:00 | 3");
-        row(1, 1, ",08:15,3", "1899-12-30 08:15:00 | 3");
-        row(1, 1, "10/21/02", "2002-10-21 00:00:00 | -");
-        row(1, 1, "10/21/02 08:15,,3", "2002-10-21 08:15:00 | 3");
-        row(1, 1, "10/21/02,8:15 PM,3", "2002-10-21 20:15:00 | 3");
-        row(1, 1, "10/21/02,3", "unreadable");
-        row(1, 1, ",,3", "unreadable");
-        row(4, 1, "10/21/02 08:15,3", "unreadable");
-    }
     void delimited() {
-        QFETCH(int, type);
-        QFETCH(int, channels);
-        LoggerLayout layout;
-        layout.type = type;
-        layout.channelWidths.assign(static_cast<std::size_t>(channels), 9);
-        Check(layout);
+        Type(0, 2);
+        Reads(
+            "10/21/02 08:15,1.25,7.9 => 2002-10-21 08:15:00 | 1.25 | 7.9; "
+            " 1/2/2002  8:05:09 , 1.25 ,-.5 => 2002-01-02 08:05:09 | 1.25 | -0.5; "
+            "10/21/02 08:15,,7.9 => 2002-10-21 08:15:00 | - | 7.9; "
+            "10/21/02 08:15,1.25 => 2002-10-21 08:15:00 | 1.25 | -; "
+            "10/21/02 08:15,1.25,7,9 => 2002-10-21 08:15:00 | 1.25 | -; "
+            "10/21/02 08:15,\"1.25\",1e3 => 2002-10-21 08:15:00 | - | 1000; "
+            "08:15,3,1.5x => 1899-12-30 08:15:00 | 3 | -");
+        Refuses(
+            "; ,3; Date Time,Stage ft; ------------------; 02/29/02 00:00,3; "
+            "21/10/02 08:15,3; 10/21/02 24:00,3");
+        QCOMPARE(Read(QByteArray("10/21/02 08:15,3\0", 17)), u"unreadable"_qs);
+        Type(0, 0);
+        Reads("10/21/02 08:15 => 2002-10-21 08:15:00; 10/21/02 08:15,3 => unreadable");
+        Type(1, 2);
+        Reads(
+            "10/21/02, 08:15, 1.25, 7.5 => 2002-10-21 08:15:00 | 1.25 | 7.5; "
+            "10/21/02,,3 => 2002-10-21 00:00:00 | 3 | -; "
+            ",08:15,3 => 1899-12-30 08:15:00 | 3 | -; "
+            "10/21/02 => 2002-10-21 00:00:00 | - | -; "
+            "10/21/02 08:15,,3 => 2002-10-21 08:15:00 | 3 | -; "
+            "10/21/02,8:15 PM,3 => 2002-10-21 20:15:00 | 3 | -");
+        Refuses("10/21/02,3; ,,3");
+        Type(4, 2);
+        Refuses("10/21/02 08:15,3");
     }
 
-    void columns_data() {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("dateWidth");
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<QString>("reading");
-        const auto row = [](int type, int dateWidth, const QByteArray& line, const char* reading) {
-            QTest::addRow("%d, %d: %s", type, dateWidth, line.constData())
-                << type << dateWidth << line << QString::fromLatin1(reading);
-        };
-        // Two channels, 5 and 4 wide.
-        row(2, 14, "10/21/02 08:15 1.25 7.5", "2002-10-21 08:15:00 | 1.25 | 7.5");
-        row(2, 14, "10/21/02 08:1512.257.55", "2002-10-21 08:15:00 | 12.25 | 7.55");
-        row(2, 14, "10/21/02 08:15 1.25 7.", "unreadable");
-        row(2, 14, "10/21/02 08:15 1.25 7.599", "2002-10-21 08:15:00 | 1.25 | 7.5");
-        row(2, 14, "10/21/02 08:15  abc    ", "2002-10-21 08:15:00 | - | -");
-        row(2, 14, "Date and time Stage   C", "unreadable");
-        row(2, 16, "10/21/02 08:15   1.25 7.5", "2002-10-21 08:15:00 | 1.25 | 7.5");
-        row(2, 0, " 1.25 7.5", "unreadable");
-        // Year, month and day, hour and minute in three columns of a third of the width.
-        row(3, 15, " 2002 1021  815 1.25 7.5", "2002-10-21 08:15:00 | 1.25 | 7.5");
-        row(3, 15, " 2002  1 2    5 1.25 7.5", "2002-01-02 00:05:00 | 1.25 | 7.5");
-        row(3, 16, " 2002 1021  815  1.25 7.5", "2002-10-21 08:15:00 | 1.25 | 7.5");
-        row(3, 18, "  2002  1021   815 1.25 7.5", "2002-10-21 08:15:00 | 1.25 | 7.5");
-        row(3, 15, " 2002 1321  815 1.25 7.5", "2003-01-21 08:15:00 | 1.25 | 7.5");
-        row(3, 15, " 2002  0 0 2475 1.25 7.5", "2001-12-01 01:15:00 | 1.25 | 7.5");
-        row(3, 15, " 2002  231 2400 1.25 7.5", "2002-03-04 00:00:00 | 1.25 | 7.5");
-        row(3, 15, "   29  1 1    0 1.25 7.5", "2029-01-01 00:00:00 | 1.25 | 7.5");
-        row(3, 15, "   30  1 1    0 1.25 7.5", "1930-01-01 00:00:00 | 1.25 | 7.5");
-        row(3, 15, " 9e99  1 1    0 1.25 7.5", "9999-12-31 00:00:00 | 1.25 | 7.5");
-        row(3, 15, " 9e99  1 1 2400 1.25 7.5", "9999-12-31 23:59:59 | 1.25 | 7.5");
-        row(3, 15, " 20021e9 1    0 1.25 7.5", "9999-12-31 00:00:00 | 1.25 | 7.5");
-        row(3, 15, "Year, MoDy HHMM Stage  C", "1999-11-30 00:00:00 | - | -");
-        row(3, 15, " 2002 1021  815 1.25 7.", "unreadable");
-        // A third of 11 is 3: the year would begin before the field; hour 1, minute 81.
-        row(3, 11, " 10 21 815  1.25 7.5", "2000-10-21 02:21:00 | 1.25 | 7.5");
-        row(3, 0, " 1.25 7.5", "1999-11-30 00:00:00 | 1.25 | 7.5");
-    }
+    // Two channels, 5 and 4 wide.
     void columns() {
-        QFETCH(int, type);
-        QFETCH(int, dateWidth);
-        LoggerLayout layout;
-        layout.type = type;
-        layout.dateWidth = static_cast<std::size_t>(dateWidth);
-        layout.channelWidths = {5, 4};
-        Check(layout);
+        Columns(2, 14);
+        Reads(
+            "10/21/02 08:15 1.25 7.5 => 2002-10-21 08:15:00 | 1.25 | 7.5; "
+            "10/21/02 08:1512.257.55 => 2002-10-21 08:15:00 | 12.25 | 7.55; "
+            "10/21/02 08:15 1.25 7.599 => 2002-10-21 08:15:00 | 1.25 | 7.5; "
+            "10/21/02 08:15  abc     => 2002-10-21 08:15:00 | - | -");
+        Refuses("10/21/02 08:15 1.25 7.; Date and time Stage   C");
+        Columns(2, 0);
+        Refuses(" 1.25 7.5");
+        // Year, month and day, hour and minute in three columns of a third of the width.
+        Columns(3, 15);
+        Reads(
+            " 2002 1021  815 1.25 7.5 => 2002-10-21 08:15:00 | 1.25 | 7.5; "
+            " 2002  1 2    5 1.25 7.5 => 2002-01-02 00:05:00 | 1.25 | 7.5; "
+            " 2002 1321  815 1.25 7.5 => 2003-01-21 08:15:00 | 1.25 | 7.5; "
+            " 2002  0 0 2475 1.25 7.5 => 2001-12-01 01:15:00 | 1.25 | 7.5; "
+            " 2002  231 2400 1.25 7.5 => 2002-03-04 00:00:00 | 1.25 | 7.5; "
+            "   29  1 1    0 1.25 7.5 => 2029-01-01 00:00:00 | 1.25 | 7.5; "
+            " 9e99  1 1    0 1.25 7.5 => 9999-12-31 00:00:00 | 1.25 | 7.5; "
+            " 9e99  1 1 2400 1.25 7.5 => 9999-12-31 23:59:59 | 1.25 | 7.5; "
+            "Year, MoDy HHMM Stage  C => 1999-11-30 00:00:00 | - | -");
+        Refuses(" 2002 1021  815 1.25 7.");
+        Columns(3, 16);
+        Reads(" 2002 1021  815  1.25 7.5 => 2002-10-21 08:15:00 | 1.25 | 7.5");
+        // A third of 11 is 3: the year would begin before the field; hour 1, minute 81.
+        Columns(3, 11);
+        Reads(" 10 21 815  1.25 7.5 => 2000-10-21 02:21:00 | 1.25 | 7.5");
     }
 
 private:
-    static void Check(const LoggerLayout& layout) {
-        QFETCH(QByteArray, line);
-        QFETCH(QString, reading);
-        LoggerLineParser parser(layout);
+    void Type(int type, std::size_t channels) {
+        layout_ = {.type = type, .channelWidths = std::vector<std::size_t>(channels, 9)};
+    }
+    void Columns(int type, std::size_t dateWidth) {
+        layout_ = {.type = type, .dateWidth = dateWidth, .channelWidths = {5, 4}};
+    }
+    QString Read(const QByteArray& line) const {
+        LoggerLineParser parser(layout_);
         LoggerReading read;
         // What a line before has left behind must not show.
         parser.Parse("10/21/02 08:15,8.25,8.25,8.25", read);
         const std::string_view bytes(line.constData(), static_cast<std::size_t>(line.size()));
-        QCOMPARE(parser.Parse(bytes, read) ? Text(read) : u"unreadable"_qs, reading);
+        return parser.Parse(bytes, read) ? Text(read) : u"unreadable"_qs;
     }
+    void Reads(const char* table) const {
+        CompareEach([this](const QString& line) { return Read(line.toLatin1()); }, table);
+    }
+    void Refuses(const char* lines) const {
+        CompareAll([this](const QString& line) { return Read(line.toLatin1()); }, u"unreadable"_qs,
+                   lines);
+    }
+
+    LoggerLayout layout_;
 };
 
 QTEST_GUILESS_MAIN(TestLoggerLine)

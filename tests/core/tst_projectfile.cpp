@@ -3,7 +3,7 @@
 
 #include "store/FileError.h"
 #include "store/ProjectFile.h"
-#include "tests/support/FullDisk.h"
+#include "tests/support/Hardship.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/StationFixture.h"
 

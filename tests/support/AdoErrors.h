@@ -4,14 +4,16 @@
 
 namespace rillbook {
 
-// The number of the error that a step raises; 0 where it raises none.
+constexpr AdoErrorNumber noError{};
+
+// The error that a step raises.
 template <typename Step>
-int ErrorOf(const Step& step) {
+AdoErrorNumber ErrorOf(const Step& step) {
     try {
         step();
-        return 0;
+        return noError;
     } catch (const AdoError& error) {
-        return error.Number();
+        return static_cast<AdoErrorNumber>(error.Number());
     }
 }
 

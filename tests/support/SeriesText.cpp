@@ -1,5 +1,6 @@
 #include "tests/support/SeriesText.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 
 #include "compute/Compute.h"
@@ -7,6 +8,41 @@
 #include "tests/support/StationFixture.h"
 
 namespace rillbook {
+
+void Tell(StationFixture& station, const QString& story) {
+    static const QRegularExpression form(QStringLiteral(
+        "^([a-z]+)(\\d?) ([-0-9]{10}[ :0-9]*?)(?: every (\\d+))?:((?: [-.0-9]+)*)$"));
+    for (const QString& sentence : story.split(QStringLiteral("; "))) {
+        const QRegularExpressionMatch parts = form.match(sentence);
+        if (!parts.hasMatch()) {
+            qFatal("No sentence: %s", qPrintable(sentence));
+        }
+        const QString kind = parts.captured(1);
+        const int chan = parts.captured(2).isEmpty() ? 1 : parts.captured(2).toInt();
+        const QByteArray timeText = parts.captured(3).toLatin1();
+        const char* const time = timeText.constData();
+        std::vector<StationFixture::Reading> values;
+        for (const QString& value : parts.captured(5).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+            values.push_back(value == QStringLiteral("-")
+                                 ? std::nullopt
+                                 : StationFixture::Reading(value.toDouble()));
+        }
+        if (kind == QStringLiteral("readings")) {
+            station.WithReadings(time, parts.captured(4).toDouble(), values, chan);
+        } else if (kind == QStringLiteral("equation")) {
+            station.WithEquation(time, chan, *values.at(0), *values.at(1), *values.at(2));
+        } else if (kind == QStringLiteral("table")) {
+            std::vector<StationFixture::RatingPoint> points;
+            for (std::size_t i = 0; i + 1 < values.size(); i += 2) {
+                points.push_back({*values[i], *values[i + 1]});
+            }
+            station.WithTable(time, chan, points);
+        } else {
+            station.WithJournalRow(time, chan, values.at(0), values.at(1),
+                                   kind == QStringLiteral("visit"));
+        }
+    }
+}
 
 QString ValueText(double value) {
     return QString::number(value, 'g', 9);

@@ -10,6 +10,15 @@ class StationFixture;
 // How a data row of a test fills its station.
 using Story = std::function<void(StationFixture&)>;
 
+// Fills a station from sentences with "; " between them. "-" is a missing value, a digit behind the
+// first word another channel than 1:
+//   readings 2002-03-01 every 15: 1 2.5 -       minutes; the readings
+//   visit 2002-03-01 10:00: 1.5 2               a used row of the journal: logger, actual
+//   unused 2002-03-01: 1.5 2
+//   equation2 2002-01-01: 1 2 3                 A, r, c
+//   table 2002-01-01: 1 10 2 30                 depth and flow of each point
+void Tell(StationFixture& station, const QString& story);
+
 // Nine digits: what spans of time in doubles leave behind them isn't hydrography.
 QString ValueText(double value);
 

@@ -11,7 +11,7 @@
 #include "platform/qt/PictureBox.h"
 #include "platform/qt/QtDoors.h"
 #include "platform/qt/QtPrinter.h"
-#include "tests/support/FullDisk.h"
+#include "tests/support/Hardship.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/ScriptedDoors.h"
 #include "tests/support/UiDriver.h"
