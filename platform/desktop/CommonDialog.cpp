@@ -16,9 +16,11 @@ void CommonDialog::ShowSave() {
 }
 
 void CommonDialog::ShowPrinter() {
-    if (!Printers().Choose(DialogTitle, Orientation)) {
+    const std::optional<int> chosen = Printers().Choose(DialogTitle, Orientation);
+    if (!chosen) {
         throw DialogCancelledError();
     }
+    Orientation = *chosen;
 }
 
 void CommonDialog::Show(bool save) {

@@ -50,7 +50,8 @@ public:
     // filter's first entry has no other pattern.
     void ShowOpen();
     void ShowSave();
-    // The printer dialog, set to Orientation. Raises DialogCancelledError.
+    // The printer dialog, set to Orientation, which the user may change. Raises
+    // DialogCancelledError.
     void ShowPrinter();
 
 private:

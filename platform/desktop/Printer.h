@@ -4,6 +4,7 @@
 #include <QString>
 #include <exception>
 #include <memory>
+#include <optional>
 
 #include "platform/desktop/DrawingSurface.h"
 
@@ -51,8 +52,9 @@ public:
 
     // The printer dialog under this title, set to an orientation: the user chooses a printer or,
     // where the machine has none, the PDF file that stands for it. A file holds for the next
-    // document alone, a printer until another is chosen. False if the user cancelled.
-    virtual bool Choose(const QString& title, int orientation) = 0;
+    // document alone, a printer until another is chosen. The orientation that the user leaves it
+    // at; nothing if the user cancelled.
+    virtual std::optional<int> Choose(const QString& title, int orientation) = 0;
 
     // Begins a document on the chosen printer, else on the default one; where the machine has none
     // and no file was chosen, asks for one. Raises DialogCancelledError or PrinterError.

@@ -131,9 +131,16 @@ private:
     std::shared_ptr<QPrinter> printer_;
 };
 
-// The default printer, or where none is the default, the first; nullptr without printers.
-std::shared_ptr<QPrinter> DefaultPrinter() {
-    QPrinterInfo info = QPrinterInfo::defaultPrinter();
+// The default printer, or where none is the default, the first; nullptr without printers. One that
+// was chosen before stands for the default while it is there.
+std::shared_ptr<QPrinter> DefaultPrinter(const QPrinter* chosen) {
+    QPrinterInfo info;
+    if (chosen != nullptr) {
+        info = QPrinterInfo::printerInfo(chosen->printerName());
+    }
+    if (info.isNull()) {
+        info = QPrinterInfo::defaultPrinter();
+    }
     if (info.isNull()) {
         info = QPrinterInfo::availablePrinters().value(0);
     }
@@ -153,11 +160,11 @@ QtPrinterDoor::QtPrinterDoor(const QPageSize& paper) : filesOnly_(true), paper_(
 
 QtPrinterDoor::~QtPrinterDoor() = default;
 
-bool QtPrinterDoor::Choose(const QString& title, int orientation) {
+std::optional<int> QtPrinterDoor::Choose(const QString& title, int orientation) {
     file_.reset();
-    const std::shared_ptr<QPrinter> printer = filesOnly_ ? nullptr : DefaultPrinter();
+    const std::shared_ptr<QPrinter> printer = filesOnly_ ? nullptr : DefaultPrinter(printer_.get());
     if (printer == nullptr) {
-        return AskForFile(title, {});
+        return AskForFile(title, {}) ? std::optional(orientation) : std::nullopt;
     }
     printer->setPageOrientation(OrientationOf(orientation));
     QPrintDialog dialog(printer.get(), WindowOnTop());
@@ -165,20 +172,22 @@ bool QtPrinterDoor::Choose(const QString& title, int orientation) {
     // All pages of a document are printed, so there is no choice among them.
     dialog.setOption(QAbstractPrintDialog::PrintPageRange, false);
     if (dialog.exec() != QDialog::Accepted) {
-        return false;
+        return std::nullopt;
     }
+    const QPageLayout layout = printer->pageLayout();
     if (printer->outputFileName().isEmpty()) {
         printer_ = printer;
     } else {
         file_ = printer->outputFileName();
+        paper_ = layout.pageSize();
     }
-    return true;
+    return layout.orientation() == QPageLayout::Landscape ? cdlLandscape : cdlPortrait;
 }
 
 std::unique_ptr<Printer> QtPrinterDoor::BeginDoc(const QString& name, int orientation) {
     std::shared_ptr<QPrinter> printer;
     if (!file_) {
-        printer = printer_ != nullptr || filesOnly_ ? printer_ : DefaultPrinter();
+        printer = printer_ != nullptr || filesOnly_ ? printer_ : DefaultPrinter(nullptr);
         if (printer == nullptr && !AskForFile(QStringLiteral("Print"), name)) {
             throw DialogCancelledError();
         }

@@ -18,7 +18,7 @@ public:
     explicit QtPrinterDoor(const QPageSize& paper);
     ~QtPrinterDoor() override;
 
-    bool Choose(const QString& title, int orientation) override;
+    std::optional<int> Choose(const QString& title, int orientation) override;
     std::unique_ptr<Printer> BeginDoc(const QString& name, int orientation) override;
 
 private:

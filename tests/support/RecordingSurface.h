@@ -2,6 +2,7 @@
 
 #include <QStringList>
 #include <memory>
+#include <optional>
 
 #include "platform/desktop/DrawingSurface.h"
 #include "platform/desktop/Printer.h"
@@ -31,7 +32,8 @@ struct PrintRecording : Recording {
     QString name;         // empty until the document has begun
     QString dialogTitle;  // of the printer dialog; empty where none was shown
     int dialogOrientation = 0;
-    int orientation = 0;  // of the document
+    std::optional<int> turnedTo;  // by the user, in the dialog
+    int orientation = 0;          // of the document
     // After that many lines the printer fails: each further operation raises PrinterError with the
     // reason "Out of paper". Below 0 it never does.
     qsizetype linesUntilFailure = -1;

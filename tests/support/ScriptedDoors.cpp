@@ -110,19 +110,19 @@ std::optional<QString> ScriptedDoors::Ask(const FileRequest& request) {
     return answer;
 }
 
-bool ScriptedDoors::Choose(const QString& title, int orientation) {
+std::optional<int> ScriptedDoors::Choose(const QString& title, int orientation) {
     if (expectedPrints_.empty()) {
         Fail(QStringLiteral("Unexpected printer dialog: %1").arg(title));
-        return false;
+        return std::nullopt;
     }
     if (!expectedPrints_.front().recording) {
         expectedPrints_.pop_front();
-        return false;
+        return std::nullopt;
     }
     PrintRecording& recording = *expectedPrints_.front().recording;
     recording.dialogTitle = title;
     recording.dialogOrientation = orientation;
-    return true;
+    return recording.turnedTo.value_or(orientation);
 }
 
 std::unique_ptr<Printer> ScriptedDoors::BeginDoc(const QString& name, int orientation) {

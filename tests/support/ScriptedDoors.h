@@ -68,7 +68,7 @@ public:
     QString GetText() override { return clipboardText; }
     void SetMousePointer(int pointer) override { pointers.push_back(pointer); }
     int MousePointer() const override { return pointers.empty() ? vbDefault : pointers.back(); }
-    bool Choose(const QString& title, int orientation) override;
+    std::optional<int> Choose(const QString& title, int orientation) override;
     std::unique_ptr<Printer> BeginDoc(const QString& name, int orientation) override;
 
 private:

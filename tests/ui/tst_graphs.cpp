@@ -75,6 +75,7 @@ private Q_SLOTS:
     void CopiesWhatItShows();
     void RebuildsAfterSettings();
     void Prints();
+    void PrintsAsTheUserTurnsThePage();
     void PrintsNothing_data();
     void PrintsNothing();
     void TellsOnceWhatCantBeRead();
@@ -354,6 +355,14 @@ void TestGraphs::Prints() {
                                   StationTitle));
     QCOMPARE(foot.at(2), QStringLiteral("end of document"));
     QCOMPARE(doors_->MousePointer(), static_cast<int>(vbDefault));
+}
+
+void TestGraphs::PrintsAsTheUserTurnsThePage() {
+    LateReading(*station_);
+    const std::shared_ptr<PrintRecording> page = doors_->ExpectPrint();
+    page->turnedTo = cdlPortrait;
+    InGraph([](QWidget& form) { Trigger(form, QStringLiteral("mnuFilePrint")); });
+    QCOMPARE(page->orientation, static_cast<int>(cdlPortrait));
 }
 
 void TestGraphs::PrintsNothing_data() {
