@@ -450,7 +450,7 @@ void TestChart::Picture() {
 
 void TestChart::Page() {
     ScriptedDoors doors;
-    const std::shared_ptr<PrintRecording> recording = doors.ExpectPrint(5156, 7328);
+    const std::shared_ptr<PrintRecording> recording = doors.ExpectPrint(5156 + 720, 7328 + 720);
     const auto printer = doors.BeginDoc(QStringLiteral("Graph"), cdlLandscape);
     ShowMeasured = true;
     DrawExample(*printer, true);

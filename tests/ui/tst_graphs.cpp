@@ -346,10 +346,10 @@ void TestGraphs::Prints() {
                  .arg(page->name)
                  .arg(page->orientation),
              QStringLiteral("Print 2, Instantaneous Graph - Upper basin 2"));
-    // The plot is 12512 by 9084 twips, its corner at 1972, 1628.
+    // The plot is 11792 by 8364 twips, its corner at 1972, 1628.
     QCOMPARE(GraphText(page->lines).section(u'\n', 0, 2),
-             QStringLiteral("line 1972,8895 2005,7078 width 4 (0,0,225)\n"
-                            "line 2135,6170 2168,5262 width 4 (0,0,225)\nKettle Creek - Stage"));
+             QStringLiteral("line 1972,8319 2003,6646 width 4 (0,0,225)\n"
+                            "line 2126,5810 2156,4974 width 4 (0,0,225)\nKettle Creek - Stage"));
     const QStringList foot = page->lines.last(3);
     QVERIFY(foot.at(0).startsWith(QStringLiteral("text 1152,10732 Arial 8 italic black \"") +
                                   StationTitle));
