@@ -49,7 +49,8 @@ QString ImportInto(StationFixture& station, const QString& file) {
     ImportFile(file);
     const QString message = messages.texts.join(QLatin1Char('\n'));
     static const QRegularExpression counts(
-        u"^ (\\d+) Readable Records,  (\\d+) Unreadable Records\\(s\\), and  (\\d+) Dupulicate\\(s\\)\\.$"_qs);
+        u"^ (\\d+) Readable Records,  (\\d+) Unreadable Records\\(s\\), "
+        "and  (\\d+) Dupulicate\\(s\\)\\.$"_qs);
     const QRegularExpressionMatch match = counts.match(message);
     if (!match.hasMatch()) {
         return message;

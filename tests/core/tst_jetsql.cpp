@@ -79,7 +79,8 @@ private Q_SLOTS:
             "  \"DateTime\" DATETIME, -- of the visit, local\n"
             "  chan SMALLINT NOT NULL DEFAULT (1 + 0) CHECK (chan > 0 AND chan < 100),\n"
             "  notes %1 COLLATE NOCASE, [read 1] %2 UNIQUE)\n"
-            "CREATE INDEX byTime ON Journal (\"DateTime\")\n1900-01-02 00:00:00 | 2 | x | 1.5\n1899-12-31 00:00:00 | 1 | NULL | 2.5"_qs;
+            "CREATE INDEX byTime ON Journal (\"DateTime\")\n1900-01-02 00:00:00 | 2 | x | 1.5\n"
+            "1899-12-31 00:00:00 | 1 | NULL | 2.5"_qs;
         const QString untouched = QString(journal)
                                       .replace(u"\"Journal\""_qs, u"Journal"_qs)
                                       .arg(u"TEXT ( 50 )"_qs, u"SINGLE"_qs);
@@ -102,7 +103,8 @@ private Q_SLOTS:
             records.arg(u"Records"_qs, u"chan1 SINGLE, chan2 SINGLE"_qs,
                         u"1899-12-31 00:00:00 | 4 | NULL\n1900-01-01 00:00:00 | 5 | NULL"_qs));
         row("ALTER TABLE Records DROP COLUMN chan1", 0,
-            u"CREATE TABLE Records (\"DateTime\" DATETIME PRIMARY KEY) WITHOUT ROWID\n1899-12-31 00:00:00\n1900-01-01 00:00:00"_qs);
+            u"CREATE TABLE Records (\"DateTime\" DATETIME PRIMARY KEY) WITHOUT ROWID\n"
+            "1899-12-31 00:00:00\n1900-01-01 00:00:00"_qs);
         row("ALTER TABLE Nowhere ALTER COLUMN notes TEXT(255)", adErrSyntax,
             "\nFailed: no such table: Nowhere");
         row("ALTER TABLE Nowhere ADD COLUMN notes TEXT(255)", adErrSyntax,

@@ -17,7 +17,7 @@ template <typename Type>
 using CellOf = std::conditional_t<std::is_same_v<Type, QString>, TextCell, Type>;
 
 // The columns of a data function, and its rows: `row("one reading", 3.5, "3.5")` adds one, named by
-// its cells but the last.
+// its cells but the last of several.
 template <typename... Types>
 class DataRows {
 public:
@@ -30,7 +30,9 @@ public:
     void operator()(const CellOf<Types>&... cells) const {
         QStringList name;
         ((name += QVariant::fromValue(static_cast<const Types&>(cells)).toString()), ...);
-        name.removeLast();
+        if (name.size() > 1) {
+            name.removeLast();
+        }
         QTestData& row = QTest::newRow(qPrintable(name.join(QStringLiteral(" | "))));
         ((row << static_cast<const Types&>(cells)), ...);
     }
