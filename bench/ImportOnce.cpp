@@ -1,8 +1,7 @@
 // Imports one logger file of three channels into a new station and prints the peak of the memory
 // that the process held, in KiB.
-#include <sys/resource.h>
-
 #include <QCoreApplication>
+#include <QFile>
 #include <cstdio>
 
 #include "bench/LoggerYears.h"
@@ -24,8 +23,16 @@ int main(int argc, char** argv) {
                                        "Dupulicate(s).")
                             .arg(rows));
     ImportFile(QString::fromLocal8Bit(argv[1]));
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    std::printf("%ld\n", usage.ru_maxrss);
-    return 0;
+    // Not getrusage: its peak takes in what the parent held when it started this process.
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly)) {
+        return 1;
+    }
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith("VmHWM:")) {
+            std::printf("%d\n", line.mid(6).chopped(3).trimmed().toInt());
+            return 0;
+        }
+    }
+    return 1;
 }
