@@ -1,4 +1,4 @@
--- The station that every new one starts as: one channel of stage in feet, a reading every 15 minutes,
+-- The station that every new one starts as: one channel of stage in feet, readings an hour apart or less,
 -- logger files with the date and time in one column (Type 1). It shows a yearly sheet as soon as a
 -- file is imported: neither offsets nor a rating are asked for until the journal has rows.
 --
@@ -77,7 +77,7 @@ INSERT INTO Information
      Conversion, calibration, secondary, digitsout, importwidth, graphmax, graphmin,
      outputseries, outputfactor, outputfactorstring, reclabel, recdesc, recsta, convlabel, convdesc)
 VALUES
-    (1, 'Empty', 0, 16, 1, 15.0 / 1440.0,
+    (1, 'Empty', 0, 16, 1, 1.0 / 24.0,
      0, 0, 0, 2, 9, 10.0, 0.0,
      11000, 1.98, 'ac-ft', 'ft', 'Stage', 'Channel 1', 'cfs', 'Discharge');
 
