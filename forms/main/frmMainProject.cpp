@@ -1,6 +1,8 @@
 // The project and station commands of the File menu.
 
 #include <QTreeWidgetItem>
+#include <algorithm>
+#include <cstdint>
 
 #include "app/InitialFile.h"
 #include "forms/main/StationNodes.h"
@@ -138,6 +140,9 @@ bool frmMain::SwitchToStation(const QString& path, const QString& title) {
     }
     StationPath = path;
     StationTitle = title;
+    // A station stores the channel that was clicked when it was left, and that was another's.
+    const std::int16_t last = std::max(StationInfo.Channels, std::int16_t{1});
+    StationInfo.OutputChannel = std::clamp(StationInfo.OutputChannel, std::int16_t{1}, last);
     return true;
 }
 

@@ -329,6 +329,8 @@ private Q_SLOTS:
         program.NewProject();
         program.AddStation(u"a.mdb"_qs);
         program.AddStation(u"b.mdb"_qs, 2);
+        program.ClickNode(0, 0);
+        // The station left behind, which has one channel, stores the channel that was clicked.
         program.ClickNode(1, 2);
         Trigger(*program.window, u"mnuFileStationClose"_qs);
         QCOMPARE(program.Story(), u"[a.mdb] | open: a.mdb, channel 1"_qs);
