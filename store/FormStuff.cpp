@@ -229,10 +229,14 @@ void RefreshRecordStats() {
             TheStationPanel->SetText(Item::EndDate, {});
             TheStationPanel->SetText(Item::Records, QStringLiteral("Empty"));
         } else {
-            TheStationPanel->SetText(Item::BeginDate, ShortDateText(rows.Fields(0).Number()));
+            // All three, or where one can't be read none of them.
+            const QString first = ShortDateText(rows.Fields(0).Number());
             rows.MoveLast();
-            TheStationPanel->SetText(Item::EndDate, ShortDateText(rows.Fields(0).Number()));
-            TheStationPanel->SetText(Item::Records, QString::number(rows.RecordCount()));
+            const QString last = ShortDateText(rows.Fields(0).Number());
+            const QString count = QString::number(rows.RecordCount());
+            TheStationPanel->SetText(Item::BeginDate, first);
+            TheStationPanel->SetText(Item::EndDate, last);
+            TheStationPanel->SetText(Item::Records, count);
         }
         rows.Close();
     } catch (const AdoError& error) {

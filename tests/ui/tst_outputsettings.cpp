@@ -264,6 +264,7 @@ void TestOutputSettings::MaxBelowMin() {
 
         QVERIFY(form.isVisible());
         QVERIFY(DialogCancelled);
+        QVERIFY(!doors_->shownMessages.empty());
         QCOMPARE(doors_->shownMessages.back().icon, MsgBoxIcon::Exclamation);
         // The period is taken before the check, the rest only after it.
         QCOMPARE(PeriodText(), QStringLiteral("1/1/2002 to 1/7/2002, 921"));
