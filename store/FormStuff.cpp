@@ -189,17 +189,21 @@ void ReadStationInfo() {
     Attempt([&] { rows.Close(); });
 }
 
+void WriteInformation() {
+    Recordset rows;
+    rows.LockType = adLockOptimistic;
+    rows.Open(QStringLiteral("Information"), *StationConnection);
+    WriteInformationRows(rows);
+    rows.Close();
+}
+
 void WriteStationInfo() {
     UpgradeInformation();
     // All rows or none: were a row refused in the middle, the next channel's values would land in
     // it.
     Attempt([] {
         Transaction transaction(*StationConnection);
-        Recordset rows;
-        rows.LockType = adLockOptimistic;
-        rows.Open(QStringLiteral("Information"), *StationConnection);
-        WriteInformationRows(rows);
-        rows.Close();
+        WriteInformation();
         transaction.Commit();
     });
 }
