@@ -264,7 +264,12 @@ void GridCellEditing::Copy() {
 
 void GridCellEditing::Paste() {
     EndEdit();
-    grid_.SetClip(TheClipboard().GetText().remove(u'\n'));
+    QString text = TheClipboard().GetText().remove(u'\n');
+    // Spreadsheets end the last row as well, and no empty one follows it.
+    if (text.endsWith(u'\r')) {
+        text.chop(1);
+    }
+    grid_.SetClip(text);
     Q_EMIT RowsChanged();
 }
 
