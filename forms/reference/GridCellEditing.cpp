@@ -253,7 +253,7 @@ void GridCellEditing::Copy() {
     EndEdit();
     QString text;
     if (ways_.copiesHeadings) {
-        const auto [first, last] = std::minmax(grid_.Col(), grid_.ColSel());
+        const auto [first, last] = std::minmax({grid_.Col(), grid_.ColSel()});
         for (int col = first; col <= last; ++col) {
             text += grid_.TextMatrix(0, col) + (col < last ? u'\t' : u'\r');
         }
