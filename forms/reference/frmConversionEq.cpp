@@ -28,6 +28,7 @@ void frmConversionEq::LoadValues() {
         ui_->tbC->setText(NumberTextOrEmpty(rating->c));
         ui_->tbR->setText(NumberTextOrEmpty(rating->r));
         ui_->tbNotes->setText(rating->notes);
+        ui_->tbNotes->setCursorPosition(0);
     }
 }
 

@@ -98,6 +98,7 @@ void frmConversionT::LoadTable() {
     if (head) {
         ui_->tbRatingDate->setText(GeneralDateText(head->time));
         ui_->tbNotes->setText(head->notes);
+        ui_->tbNotes->setCursorPosition(0);
     }
 }
 
