@@ -67,12 +67,7 @@ void InNewTable(const Steps& steps) {
 
 // Presses keys where the focus is: a word with a capital names one, others are typed.
 void Press(QWidget& form, const QString& words) {
-    QWidget* const focus = form.focusWidget();
-    form.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&form));
-    if (focus != nullptr) {
-        focus->setFocus();  // which becoming active may have moved
-    }
+    QApplication::setActiveWindow(&form);  // at once; the window system would take its time
     for (const QString& word : words.split(u' ', Qt::SkipEmptyParts)) {
         if (word[0].isUpper()) {
             QTest::keyClick(QApplication::focusWidget(), QKeySequence(word)[0].key());
