@@ -184,14 +184,17 @@ private Q_SLOTS:
             for (int step = 1; step < 4; ++step) {
                 Child<UpDown>(form, QStringLiteral("updChan")).Step(1);
             }
-            const char* const rows[][4] = {{"15", "", "", ""},
-                                           {"9", "ft", "Stage", "Pool below the weir"},
-                                           {"9", "C", "Temperature", "Water at the intake"},
-                                           {"9", "V", "Battery", "Logger"},
-                                           {"9", "uS/cm", "Conductance", "Water at the intake"}};
-            for (int row = 1; row <= 5; ++row) {
-                for (int col = 1; col <= 4; ++col) {
-                    TypeCell(form, row, col, QString::fromLatin1(rows[row - 1][col - 1]));
+            const std::vector<Cells> channels{{"9", "ft", "Stage", "Pool below the weir"},
+                                              {"9", "C", "Temperature", "Water at the intake"},
+                                              {"9", "V", "Battery", "Logger"},
+                                              {"9", "uS/cm", "Conductance", "Water at the intake"}};
+            TypeCell(form, 1, 1, QStringLiteral("15"));
+            int row = 1;
+            for (const Cells& channel : channels) {
+                ++row;
+                int col = 0;
+                for (const char* text : channel) {
+                    TypeCell(form, row, ++col, QString::fromLatin1(text));
                 }
             }
             Picture(form, "import-setup");
@@ -242,7 +245,6 @@ private Q_SLOTS:
         ShowReport("mnuOutDailyT", "spring-daily-table");
         ShowReport("mnuOutInstG", "spring-instantaneous-graph", [](QWidget& settings) {
             TypeText(settings, QStringLiteral("tbMax"), QStringLiteral("60"));
-            Click(settings, QStringLiteral("chbPoints"));
         });
         ShowReport("mnuOutDailyG", "spring-daily-graph");
     }
