@@ -42,6 +42,13 @@ QString FormulaOf(Recordset& row) {
            TextOrEmpty(row.Fields(u"A")) + QStringLiteral(")^") + TextOrEmpty(row.Fields(u"r"));
 }
 
+// A file of an older release that can't be changed lacks the column: its rows are equations.
+bool IsTable(Recordset& row) {
+    bool isTable = false;
+    Attempt([&] { isTable = row.Fields(u"RatingTable").NumberIfAny() == 1.0; });
+    return isTable;
+}
+
 // Begins a row of a rating in either table.
 void AddRow(Recordset& rows, int chan, DateTime time) {
     rows.AddNew();
@@ -56,7 +63,7 @@ std::vector<ListedRating> ListRatings(int chan) {
     OpenForReading(rows, OfChannel(kEquations, chan) + QStringLiteral(" ORDER BY DateTime"));
     std::vector<ListedRating> ratings;
     for (; !rows.Eof(); rows.MoveNext()) {
-        const bool isTable = rows.Fields(u"RatingTable").NumberIfAny() == 1.0;
+        const bool isTable = IsTable(rows);
         ratings.push_back({.time = rows.Fields(u"DateTime").NumberIfAny(),
                            .isTable = isTable,
                            .formula = isTable ? QString() : FormulaOf(rows),
@@ -216,6 +223,8 @@ void UpgradeRatings(int chan) {
     });
     Attempt([&] { MarkEquations(rows); });
     for (const DateTime time : times) {
+        // What the step before couldn't write would go along with the new row.
+        Attempt([&] { rows.CancelUpdate(); });
         Attempt([&] {
             if (!HasTableRow(rows, time)) {
                 AddRow(rows, chan, time);
