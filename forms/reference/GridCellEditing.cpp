@@ -264,7 +264,15 @@ void GridCellEditing::Copy() {
 
 void GridCellEditing::Paste() {
     EndEdit();
-    grid_.SetClip(TheClipboard().GetText().remove(u'\n'));
+    QString text = TheClipboard().GetText();
+    if (!text.contains(u'\r')) {
+        text.replace(u'\n', u'\r');  // the rows of programs that end them by line feeds alone
+    }
+    text.remove(u'\n');
+    if (text.endsWith(u'\r')) {
+        text.chop(1);  // behind the last row, not before an empty one
+    }
+    grid_.SetClip(text);
     Q_EMIT RowsChanged();
 }
 
