@@ -41,7 +41,7 @@ frmConversionT::frmConversionT(QWidget* parent)
     connect(ui_->cmdCopy, &QPushButton::clicked, &editing_, &GridCellEditing::Copy);
     connect(ui_->cmdPaste, &QPushButton::clicked, &editing_, &GridCellEditing::Paste);
     connect(ui_->cmdOK, &QPushButton::clicked, this, [this] {
-        editing_.EndEdit();
+        editing_.EndEdit();  // where the button was pressed without taking the focus
         Confirm();
     });
     connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmConversionT::reject);
