@@ -1,6 +1,7 @@
 #include "forms/reference/GridCellEditing.h"
 
 #include <QFocusEvent>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <algorithm>
@@ -48,6 +49,8 @@ GridCellEditing::GridCellEditing(MSFlexGrid& grid, Ways ways)
     for (const QScrollBar* bar : {grid_.verticalScrollBar(), grid_.horizontalScrollBar()}) {
         connect(bar, &QScrollBar::valueChanged, this, &GridCellEditing::EndEdit);
     }
+    connect(grid_.horizontalHeader(), &QHeaderView::sectionResized, this,
+            &GridCellEditing::EndEdit);
 }
 
 void GridCellEditing::ShowCellEditor() {

@@ -42,17 +42,6 @@ void Press(QWidget& form, const QString& keys) {
     }
 }
 
-// A menu item, or a click where the grid shows the first tick.
-void Do(QWidget& form, const QString& deed) {
-    if (deed == u"click"_qs) {
-        MSFlexGrid& grid = Grid(form);
-        QTest::mouseClick(grid.viewport(), Qt::LeftButton, {},
-                          grid.visualRect(grid.model()->index(0, 0)).center());
-    } else if (!deed.isEmpty()) {
-        Trigger(form, deed);
-    }
-}
-
 // Rows that hold anything: "2:  x|1/5/2002|1.5|1.75|0.25||clear".
 QString GridText(QWidget& form) {
     const MSFlexGrid& grid = Grid(form);
@@ -142,6 +131,7 @@ private Q_SLOTS:
                                   .shortDate = u"dd.MM.yyyy"_qs,
                                   .longTime = u"HH:mm:ss"_qs};
         }
+        DialogCancelled = true;
         InJournal([&](QWidget& form) {
             Press(form, keys);
             Close(form, MsgBoxAnswer::Yes);
@@ -165,7 +155,7 @@ private Q_SLOTS:
         row(" →1/5/2002¶1⏎", readings);          // before dates are compared
         row(" →1/6/2002⏎←←  →soon⏎", readings);  // from top to bottom
         row(" →soon⏎", date);
-        row("→soon⏎↓ ←→1/6/2002⏎", date);
+        row("→1/5/2002⏎soon⏎", date);
         row("→1/5/2002 0:00⏎↑↑→→→→→§",  // another spelling of the date passes
             "The journal could not be saved: Notes of 1/5/2002: The text is longer than 255 "
             "characters.");
@@ -221,7 +211,12 @@ private Q_SLOTS:
         doors_->clipboardText = u"3\r\n"_qs;
         InJournal([&](QWidget& form) {
             Press(form, keys);
-            Do(form, deed);
+            if (deed == u"click"_qs) {  // with Shift the current cell stays
+                QTest::mouseClick(Grid(form).viewport(), Qt::LeftButton, Qt::ShiftModifier,
+                                  Grid(form).visualRect(Grid(form).model()->index(0, 0)).center());
+            } else if (!deed.isEmpty()) {
+                Trigger(form, deed);
+            }
             if (asks) {
                 for (int i = 0; i < 3; ++i) {
                     doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::Cancel);
@@ -256,6 +251,22 @@ private Q_SLOTS:
             Press(form, u"✎⎋"_qs);  // offsets follow the next edit
             QCOMPARE(GridText(form), u"1: |1/5/2002|7|7.5|0.50|12.5|clear\n2: ||8|8.25|0.25||"_qs);
             Close(form, MsgBoxAnswer::No);
+        });
+    }
+
+    void KeepsTheCurrentRowInView() {
+        for (int day = 6; day <= 30; ++day) {
+            station_->WithJournalRow(qPrintable(u"2002-01-%1"_qs.arg(day, 2, 10, QChar(u'0'))), 1,
+                                     {}, {});
+        }
+        InJournal([](QWidget& form) {
+            const auto place = [&] { return QPoint(Grid(form).TopRow(), Grid(form).Row()); };
+            QCOMPARE(place(), QPoint(12, 27));
+            Press(form, u"⏎⏎"_qs);
+            QCOMPARE(place(), QPoint(12, 29));
+            Press(form, u"⏎"_qs);
+            QCOMPARE(place(), QPoint(15, 30));
+            form.close();
         });
     }
 
