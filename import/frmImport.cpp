@@ -152,8 +152,7 @@ StationShape frmImport::TypedShape() const {
 void frmImport::Confirm() {
     editing_->EndEdit();
     if (!DateWidth(ui_->MSFlexGrid1->TextMatrix(kDateRow, kWidthCol))) {
-        MsgBox(QStringLiteral("The width of the date must be a whole number."), MsgBoxButtons::Ok,
-               MsgBoxIcon::Information, QStringLiteral("Warning"));
+        WarnOfInput(QStringLiteral("The width of the date must be a whole number."));
         return;
     }
     if (ui_->updChan->Value() < StationInfo.Channels &&

@@ -13,10 +13,6 @@ QString RatingCaption(const QString& window) {
     return window + QStringLiteral(" - ") + channel.RecSta + u' ' + channel.RecDesc;
 }
 
-void WarnOfInput(const QString& text) {
-    MsgBox(text, MsgBoxButtons::Ok, MsgBoxIcon::Information, QStringLiteral("Warning"));
-}
-
 void TellRatingFailure(const QString& outcome, const QString& reason) {
     MsgBox(outcome + QStringLiteral(": ") + reason, MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
 }

@@ -9,9 +9,6 @@ namespace rillbook {
 // "Rating - Kettle Creek Stage": a rating window of the output channel.
 QString RatingCaption(const QString& window);
 
-// Says in a box why the user's input can't be stored.
-void WarnOfInput(const QString& text);
-
 // Says in a box what became of a command, and why.
 void TellRatingFailure(const QString& outcome, const QString& reason);
 

@@ -49,7 +49,7 @@ std::optional<double> NumberIfTyped(const QString& text) {
 }
 
 bool Refuse(const QString& reason) {
-    MsgBox(reason, MsgBoxButtons::Ok, MsgBoxIcon::Information, QStringLiteral("Warning"));
+    WarnOfInput(reason);
     return false;
 }
 

@@ -1,5 +1,6 @@
 #include "forms/reference/frmConversionEq.h"
 
+#include "platform/desktop/MsgBox.h"
 #include "platform/text/Numbers.h"
 #include "store/FormStuff.h"
 #include "store/RatingStore.h"

@@ -4,6 +4,7 @@
 #include <QSet>
 
 #include "forms/reference/GridCellEditing.h"
+#include "platform/desktop/MsgBox.h"
 #include "platform/qt/MSFlexGrid.h"
 #include "platform/text/Numbers.h"
 #include "store/FormStuff.h"

@@ -394,7 +394,7 @@ private Q_SLOTS:
             grid.SetSelection(2, 1, 4, 2);
             Click(editor, u"cmdPaste"_qs);
             QCOMPARE(CellsText(editor), u"1: 1 10; 2: 7 70; 3: 8 80; 4: 3 30"_qs);
-            doors_->clipboardText = u"5\n6\n9\n"_qs;
+            doors_->clipboardText = u"5\r\n6\r\n9\r\n"_qs;
             grid.SetSelection(3, 1, 4, 1);
             Click(editor, u"cmdPaste"_qs);
             grid.SetRow(1);
