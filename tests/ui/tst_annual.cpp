@@ -126,14 +126,14 @@ private Q_SLOTS:
                "Total (ac-ft): Mar 2.444,31, Apr 2.969,51, Total 5.413,82";  // * 1.98: 2969.505
         QTest::newRow("a water year from the middle of October")
             << Story([](StationFixture& station) {
-                   station.WithReadings("2001-10-14", 720, {9, 9, 1, 3})
+                   station.WithReadings("2001-10-14", 720, {9, 9, 1, 6})
                        .WithReadings("2002-10-14", 720, {5, 5, 7});
                    ReportBeginDate = At("2001-10-15");
                    ReportEndDate = At("2002-10-14");
                })
             << "mnuMin"
             << "Kettle Creek - Daily Minimum Stage (ft)\nOct-2001 to Oct-2002\n"
-               "5.00 ft on Oct 14, 2002\n"
+               "6.00 ft on Oct 15, 2001\n"
                "Oct, Nov, Dec, Jan, Feb, Mar, Apr, May, Jun, Jul, Aug, Sep, Total\n"
                "14: Oct 5.00\n15: Oct 1.00\nAvg: Oct 3.00, Total 3.00\nMin: Oct 1, Total 1\n"
                "Max: Oct 5, Total 5\nTotal (ac-ft): Oct 11.88, Total 11.88";
