@@ -47,10 +47,6 @@ void LateReading(StationFixture& station) {
     station.WithReadings("2002-01-01", 15, {2, 4}).WithReadings("2002-01-01 01:15", 15, {5, 6});
 }
 
-QString SharedPlace() {
-    return u"%1 %2 %3 %4 %5"_qs.arg(GraphL).arg(GraphT).arg(GraphW).arg(GraphH).arg(GraphM);
-}
-
 PictureBox& Picture(QWidget& form) {
     return Child<PictureBox>(form, u"Picture1"_qs);
 }
@@ -125,17 +121,12 @@ private Q_SLOTS:
     void SharesOnePlace() {
         LateReading(*station_);
         InGraph(false, [](QWidget& form) {
-            QCOMPARE(form.windowTitle(), u"Instantaneous Graph - Upper basin"_qs);
             form.move(20, 30);
             form.resize(640, 400);
         });
-        QCOMPARE(SharedPlace(), u"300 450 9600 6000 0"_qs);
         InGraph(true, [](QWidget& form) {
-            QCOMPARE(form.windowTitle(), u"Daily Values Graph - Upper basin"_qs);
             QCOMPARE(QRect(form.pos(), form.size()), QRect(20, 30, 640, 400));
-            form.showMaximized();
         });
-        QCOMPARE(SharedPlace(), u"300 450 9600 6000 2"_qs);
     }
 
     void RebuildsAfterSettings() {

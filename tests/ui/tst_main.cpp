@@ -17,6 +17,7 @@
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
 #include "store/StationDatabase.h"
+#include "tests/support/CompareEach.h"
 #include "tests/support/DataRows.h"
 #include "tests/support/MessageLog.h"
 #include "tests/support/PlainFiles.h"
@@ -137,25 +138,24 @@ private Q_SLOTS:
 
     void enablesWhatEachStateAllows() {
         const auto names = [](const char* text) { return QString::fromLatin1(text).split(u' '); };
-        const QStringList always =
+        const auto always =
             names("mnuFileExit mnuFileProjectNew mnuFileProjectOpen mnuHelpAbout New Open");
-        const QStringList withProject =
-            always + names(
-                         "lblProjName mnuFileProjectClose mnuFileProjectSave mnuFileStationNew "
-                         "mnuFileStationOpen Save tbProjectName TreeView1");
-        const QStringList withStation =
-            withProject + names(
-                              "Frame1 mnuFileImport mnuFileStationClose mnuFileStationSave "
-                              "mnuOutAnnual mnuOutDailyG mnuOutDailyT mnuOutInstG mnuOutInstT");
+        const auto ofProject = names(
+            "lblProjName mnuFileProjectClose mnuFileProjectSave mnuFileStationNew "
+            "mnuFileStationOpen Save tbProjectName TreeView1");
+        const auto ofStation = names(
+            "Frame1 mnuFileImport mnuFileStationClose mnuFileStationSave mnuOutAnnual "
+            "mnuOutDailyG mnuOutDailyT mnuOutInstG mnuOutInstT");
+        const auto all = always + ofProject + ofStation;
         Program program;
-        QCOMPARE(program.Usable(withStation), always);
+        QCOMPARE(program.Usable(all), always);
         program.NewProject();
-        QCOMPARE(program.Usable(withStation), withProject);
+        QCOMPARE(program.Usable(all), always + ofProject);
         program.AddStation(u"a.mdb"_qs);
-        QCOMPARE(program.Usable(withStation), withStation);
+        QCOMPARE(program.Usable(all), all);
         program.doors.ExpectMessage(u"Save Current Project?"_qs, MsgBoxAnswer::No);
         Trigger(*program.window, u"mnuFileProjectClose"_qs);
-        QCOMPARE(program.Usable(withStation), always);
+        QCOMPARE(program.Usable(all), always);
     }
 
     void savesProjectAndSettingsAtExit() {
@@ -217,51 +217,50 @@ private Q_SLOTS:
         QCOMPARE(program.Story(), u"[] open: a.mdb, channel 1"_qs);
     }
 
-    // The second station's file, the channel clicked in it (0 for its own node), and what follows.
-    void followsTheSelectedNode_data() {
-        const DataRows<QString, int, QString> row("second", "channel", "story");
-        row("b.mdb", 12, "[12: Channel 12 - Stage (ft)] open: b.mdb, channel 12");
-        row("b.mdb", 0, "[b.mdb] open: b.mdb, channel 1");
-        row("gauge7", 2, "[2: Channel 2 - Stage (ft)] open: gauge7, channel 2");
-    }
+    // The second station's file and the channel clicked in it (0 for its own node); the selected
+    // node, the open station, and the channel that the first one stored.
     void followsTheSelectedNode() {
-        QFETCH(QString, second);
-        QFETCH(int, channel);
-        Program program({u"a.mdb"_qs, second}, 12);
-        QTest::keyClick(&program.Tree(), Qt::Key_Up);
-        QCOMPARE(StationInfo.OutputChannel, 12);
-        const QString stored = u"SELECT outputchannel FROM Information LIMIT 1"_qs;
-        program.ClickNode(0, 2);
-        QCOMPARE(program.Stored(second, stored), u"12"_qs);
-        QTEST(program.ClickNode(1, channel).section(u' ', 2), "story");
-        QCOMPARE(program.Stored(u"a.mdb"_qs, stored), QString::number(std::max(1, channel)));
+        const auto followed = [](const QString& clicked) {
+            const QString second = clicked.section(u' ', 0, 0);
+            const int channel = clicked.section(u' ', 1).toInt();
+            Program program({u"a.mdb"_qs, second}, 12);
+            QTest::keyClick(&program.Tree(), Qt::Key_Up);
+            const QString keyed = QString::number(StationInfo.OutputChannel);
+            const QString stored = u"SELECT outputchannel FROM Information LIMIT 1"_qs;
+            program.ClickNode(0, 2);
+            const QString left = program.Stored(second, stored);
+            const QString story = program.ClickNode(1, channel).section(u' ', 2);
+            return QStringList{keyed, left, story, program.Stored(u"a.mdb"_qs, stored)}.join(u", ");
+        };
+        CompareEach(
+            followed,
+            "b.mdb 12 => 12, 12, [12: Channel 12 - Stage (ft)] open: b.mdb, channel 12, 12; "
+            "b.mdb 0 => 12, 12, [b.mdb] open: b.mdb, channel 1, 1; "
+            "gauge7 2 => 12, 12, [2: Channel 2 - Stage (ft)] open: gauge7, channel 2, 2");
     }
 
-    // Days from the first to the last of the report.
-    void showsTheGraphOnADoubleClick_data() {
-        const DataRows<int, double, QString> row("days", "graphMin", "shown");
-        row(366, 10, "frmInstG");
-        row(367, 10, "frmOutputSettings");
-        row(400, 9, "frmInstG");
-    }
+    // Days of the report, and the lower end of an axis up to 10.
     void showsTheGraphOnADoubleClick() {
-        QFETCH(int, days);
-        QFETCH(double, graphMin);
-        Program program({u"a.mdb"_qs}, 2);
-        ReportEndDate = ReportBeginDate + days;
-        ChannelInfo[2].GraphMax = 10;
-        ChannelInfo[2].GraphMin = graphMin;
-        const NextWindow window([](QWidget& form) {
-            QTEST(form.objectName(), "shown");
-            QCOMPARE(StationInfo.OutputChannel, 2);
-            form.close();
-        });
-        DialogCancelled = true;
-        MessageLog noData;
-        program.DoubleClickNode(0, 2);
-        // The window that came up took the release.
-        program.ClickNode(0, 1);
-        QCOMPARE(StationInfo.OutputChannel, 1);
+        const auto shown = [](const QString& daysAndMin) {
+            Program program({u"a.mdb"_qs}, 2);
+            ReportEndDate = ReportBeginDate + daysAndMin.section(u' ', 0, 0).toInt();
+            ChannelInfo[2].GraphMin = daysAndMin.section(u' ', 1).toDouble();
+            ChannelInfo[2].GraphMax = 10;
+            DialogCancelled = true;
+            const MessageLog noData;
+            QString form;
+            const NextWindow window([&](QWidget& opened) {
+                form = u"%1 of %2"_qs.arg(opened.objectName()).arg(StationInfo.OutputChannel);
+                opened.close();
+            });
+            program.DoubleClickNode(0, 2);
+            // The window that came up took the release.
+            program.ClickNode(0, 1);
+            return u"%1, then %2"_qs.arg(form).arg(StationInfo.OutputChannel);
+        };
+        CompareEach(shown,
+                    "366 10 => frmInstG of 2, then 1; 367 10 => frmOutputSettings of 2, then 1; "
+                    "400 9 => frmInstG of 2, then 1");
     }
 
     // The station left behind is closed by then, and a click on it doesn't open it again.
@@ -382,26 +381,24 @@ private Q_SLOTS:
                  QString(50, u'n') + u" | Gate code 12"_qs + QString(243, u'x'));
     }
 
-    void showsTheReportUnlessCancelled_data() {
-        const DataRows<QString, QString> row("item", "report");
-        row("mnuOutInstG", "frmInstG");
-        row("mnuOutDailyG", "frmDailyG");
-        row("mnuOutInstT", "frmInstT");
-        row("mnuOutDailyT", "frmDailyT");
-        row("mnuOutAnnual", "frmAnnualT");
-    }
     void showsTheReportUnlessCancelled() {
-        QFETCH(QString, item);
-        Program program({u"a.mdb"_qs});
-        const NextWindow cancelled([](QWidget& form) { Click(form, u"cmdCancel"_qs); });
-        Trigger(*program.window, item);
-        program.doors.ExpectMessage(u"No data within dates!"_qs);
-        const NextWindow settings([](QWidget& form) { Click(form, u"cmdOK"_qs); });
-        const NextWindow report([](QWidget& form) {
-            QTEST(form.objectName(), "report");
-            form.close();
-        });
-        Trigger(*program.window, item + u'2');
+        const auto shown = [](const QString& item) {
+            Program program({u"a.mdb"_qs});
+            const NextWindow cancelled([](QWidget& form) { Click(form, u"cmdCancel"_qs); });
+            Trigger(*program.window, item);
+            program.doors.ExpectMessage(u"No data within dates!"_qs);
+            const NextWindow settings([](QWidget& form) { Click(form, u"cmdOK"_qs); });
+            QString report;
+            const NextWindow window([&](QWidget& form) {
+                report = form.objectName();
+                form.close();
+            });
+            Trigger(*program.window, item + u'2');
+            return report;
+        };
+        CompareEach(shown,
+                    "mnuOutInstG => frmInstG; mnuOutDailyG => frmDailyG; mnuOutInstT => frmInstT; "
+                    "mnuOutDailyT => frmDailyT; mnuOutAnnual => frmAnnualT");
     }
 
     // The event loop goes on after a failure that nothing caught.

@@ -1,4 +1,3 @@
-#include <QCheckBox>
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QtTest/QtTest>
@@ -80,13 +79,7 @@ private Q_SLOTS:
         station_ = std::make_unique<StationFixture>(kChan);
         StationInfo.OutputChannel = kChan;
         StationInfo.TimeIncrement = 15 * kMinute;
-        ChannelInfoData& channel = ChannelInfo[kChan];
-        channel.DigitsOut = 2;
-        channel.OutputFactor = 1.98;
-        channel.OutputFactorString = u"ac-ft"_qs;
-        channel.GraphMin = 0;
-        channel.GraphMax = 10;
-        channel.OutputSeries = 11000;
+        ChannelInfo[kChan].OutputSeries = 11000;
         ReportBeginDate = At("2002-01-01");
         ReportPeriodCode = u"914"_qs;
     }
@@ -197,31 +190,13 @@ private Q_SLOTS:
             QVERIFY(form.isVisible() && DialogCancelled);
             QCOMPARE(Settled().section(u';', 0, 0), u"1/1/2002 to 1/28/2002, 924"_qs);
             const ChannelInfoData& channel = ChannelInfo[kChan];
-            QCOMPARE(channel.GraphMin, 0.0);
-            QCOMPARE(channel.GraphMax, 10.0);
-            QCOMPARE(channel.OutputSeries, 11000);
-            QCOMPARE(channel.Calibration, 0);
+            QCOMPARE(u"%1 %2 %3 %4"_qs.arg(channel.GraphMin)
+                         .arg(channel.GraphMax)
+                         .arg(channel.OutputSeries)
+                         .arg(channel.Calibration),
+                     u"0 10 11000 0"_qs);
             form.close();
         });
-    }
-
-    // The boxes of mean, minimum, maximum and total, and the series saved.
-    void Series() {
-        const auto boxesAndSaved = [](const QString& series) {
-            ChannelInfo[kChan].OutputSeries = series.toShort();
-            QString boxes;
-            InSettings(ReportMode::DailyGraph, [&](QWidget& form) {
-                for (const auto& box :
-                     {u"chkMean"_qs, u"chkMin"_qs, u"chkMax"_qs, u"chkTotal"_qs}) {
-                    boxes += Child<QCheckBox>(form, box).isChecked() ? u'1' : u'0';
-                }
-                Click(form, u"cmdOK"_qs);
-            });
-            return boxes + u' ' + QString::number(ChannelInfo[kChan].OutputSeries);
-        };
-        CompareEach(boxesAndSaved,
-                    "11000 => 1000 11000; 10101 => 0101 10101; 0 => 0000 10000; "
-                    "111 => 1100 11100");
     }
 
     // Minutes and what is typed, if anything; the hours shown and the minutes saved.
@@ -264,30 +239,24 @@ private Q_SLOTS:
     }
 
     // DialogCancelled before and after.
-    void Closing_data() {
-        const DataRows<QString, bool, bool> row("way", "before", "after");
-        row("cmdOK", true, false);
-        row("Return", true, false);
-        row("cmdCancel", false, true);
-        row("Esc", false, true);
-        row("close", false, false);
-        row("close", true, true);
-    }
     void Closing() {
-        QFETCH(QString, way);
-        QFETCH(bool, before);
-        DialogCancelled = before;
-        InSettings(ReportMode::DailyTable, [&](QWidget& form) {
-            if (way == u"close") {
-                form.close();
-            } else if (way.startsWith(u"cmd")) {
-                Click(form, way);
-            } else {
-                QTest::keyClick(&Child<QWidget>(form, u"tbIncre"_qs),
-                                way == u"Esc" ? Qt::Key_Escape : Qt::Key_Return);
-            }
-        });
-        QTEST(DialogCancelled, "after");
+        const auto after = [](const QString& wayAndBefore) {
+            const QString way = wayAndBefore.section(u' ', 0, 0);
+            DialogCancelled = wayAndBefore.endsWith(u"true");
+            InSettings(ReportMode::DailyTable, [&](QWidget& form) {
+                if (way == u"close") {
+                    form.close();
+                } else if (way.startsWith(u"cmd")) {
+                    Click(form, way);
+                } else {
+                    QTest::keyClick(&form, way == u"Esc" ? Qt::Key_Escape : Qt::Key_Return);
+                }
+            });
+            return QVariant(DialogCancelled).toString();
+        };
+        CompareEach(after,
+                    "cmdOK true => false; Return true => false; cmdCancel false => true; "
+                    "Esc false => true; close false => false; close true => true");
     }
 
 private:

@@ -1,10 +1,15 @@
-#include <QAction>
 #include <QElapsedTimer>
+#include <QGuiApplication>
 #include <QLabel>
+#include <QLineEdit>
+#include <QRegularExpression>
+#include <QScreen>
 #include <QtTest/QtTest>
 
+#include "app/InitialFile.h"
 #include "app/SharedState.h"
 #include "compute/Compute.h"
+#include "forms/reports/frmAnnualT.h"
 #include "forms/reports/frmDailyT.h"
 #include "forms/reports/frmInstT.h"
 #include "platform/qt/DTPicker.h"
@@ -12,9 +17,11 @@
 #include "platform/text/Regional.h"
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
+#include "tests/support/CompareEach.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/ReportedChannel.h"
 #include "tests/support/ScriptedDoors.h"
+#include "tests/support/SeriesText.h"
 #include "tests/support/StationFixture.h"
 #include "tests/support/UiDriver.h"
 
@@ -22,35 +29,118 @@ namespace rillbook {
 
 namespace {
 
+using enum ReportMode;
+
+// Shows a table, does this in it, and closes it.
+void InTable(ReportMode mode, const std::function<void(QWidget&)>& steps) {
+    const QString project = u"Upper basin"_qs;
+    std::unique_ptr<ReportForm> form;
+    if (mode == InstantaneousTable) {
+        form = std::make_unique<frmInstT>(project);
+    } else if (mode == DailyTable) {
+        form = std::make_unique<frmDailyT>(project);
+    } else {
+        form = std::make_unique<frmAnnualT>(project);
+    }
+    const NextWindow window([&](QWidget& shown) {
+        steps(shown);
+        shown.close();
+    });
+    form->exec();
+}
+
 MSFlexGrid& Grid(QWidget& form) {
     return Child<MSFlexGrid>(form, u"MSFlexGrid1"_qs);
 }
 
+QStringList RowTexts(const MSFlexGrid& grid, int row) {
+    QStringList texts;
+    for (int col = 0; col < grid.Cols(); ++col) {
+        texts << grid.TextMatrix(row, col);
+    }
+    return texts;
+}
+
 // The label, then every row: "|DateTime|ft", the fixed cells included.
 QString TableText(QWidget& form) {
-    const MSFlexGrid& grid = Grid(form);
     QStringList lines{Child<QLabel>(form, u"Label1"_qs).text()};
-    for (int row = 0; row < grid.Rows(); ++row) {
-        QStringList cells;
-        for (int col = 0; col < grid.Cols(); ++col) {
-            cells << grid.TextMatrix(row, col);
-        }
-        lines << cells.join(u'|');
+    for (int row = 0; row < Grid(form).Rows(); ++row) {
+        lines << RowTexts(Grid(form), row).join(u'|');
     }
     return lines.join(u'\n') + u'\n';
 }
 
-// Shows a table and does this in it.
-void InTable(bool daily, const std::function<void(QWidget&)>& steps) {
-    std::unique_ptr<ReportForm> form;
-    if (daily) {
-        form = std::make_unique<frmDailyT>(u"Upper basin"_qs);
-    } else {
-        form = std::make_unique<frmInstT>(u"Upper basin"_qs);
+// The annual table: titles, peak, and the cells that hold a text, "Avg: Jan 1.20, Total 1.20" a row
+// under the names in row 1. Days without a value are left out.
+QString SheetText(QWidget& form) {
+    QStringList lines{Child<QLabel>(form, u"lblTitle1"_qs).text(),
+                      Child<QLabel>(form, u"lblTitle2"_qs).text(),
+                      Child<QLineEdit>(form, u"tbPMax"_qs).text()};
+    const QStringList months = RowTexts(Grid(form), 1);
+    lines << months.sliced(2).join(u", ");
+    for (int row = 2; row < Grid(form).Rows(); ++row) {
+        const QStringList texts = RowTexts(Grid(form), row);
+        QStringList cells;
+        for (int col = 2; col < texts.size(); ++col) {
+            if (!texts[col].isEmpty()) {
+                cells << months[col] + u' ' + texts[col];
+            }
+        }
+        if (!cells.isEmpty()) {
+            lines << texts[1] + u": "_qs + cells.join(u", ");
+        }
     }
-    const NextWindow window(steps);
-    form->exec();
+    return lines.join(u'\n');
 }
+
+// Prints the annual table by these buttons of the dialog that asks what to print.
+void PrintSheet(const QStringList& buttons = {u"cmdOK"_qs}, const QString& peak = {}) {
+    InTable(AnnualTable, [&](QWidget& form) {
+        if (!peak.isNull()) {
+            TypeText(form, u"tbPMax"_qs, peak);
+        }
+        const NextWindow dialog([&](QWidget& opened) {
+            for (const QString& button : buttons) {
+                Click(opened, button);
+            }
+            opened.close();
+        });
+        Trigger(form, u"mnuFilePrint"_qs);
+    });
+}
+
+// A page of the sheet, the cells that hold a text gathered under the right edge of their column:
+// "2152: 2048 *1" is a bold 1 that ends at 2152, 2048 from the top.
+QString PageText(const Recording& recording) {
+    static const QRegularExpression cell(
+        u"^text (\\d+),(\\d+) Arial 8( bold)? black \"(?!Inst)(.*)\"$"_qs);
+    QMap<int, QStringList> columns;
+    QStringList lines;
+    for (const QString& line : recording.lines) {
+        const QRegularExpressionMatch found = cell.match(line);
+        const QString text = found.captured(4);
+        if (!found.hasMatch()) {
+            lines << line;
+        } else if (!text.isEmpty()) {
+            const int edge = found.captured(1).toInt() + 100 * static_cast<int>(text.size());
+            const QString bold = found.captured(3).isEmpty() ? u" "_qs : u" *"_qs;
+            columns[edge] << found.captured(2) + bold + text;
+        }
+    }
+    for (auto column = columns.cbegin(); column != columns.cend(); ++column) {
+        lines << u"%1: %2"_qs.arg(column.key()).arg(column->join(u", "));
+    }
+    return lines.join(u'\n').replace(ShortDateText(Now()), u"today"_qs);
+}
+
+// Readings at midnight and noon, so that each day's mean is plain; February 2 has none.
+void WinterDays(StationFixture& station) {
+    station.WithReadings("2002-01-30", 720, {10, 15, 20, 30, 30, 0.5})
+        .WithReadings("2002-02-03", 720, {1, 2});
+}
+
+// A line of the sheet's text, to stand between others.
+#define CALENDAR_YEAR "Jan, Feb, Mar, Apr, May, Jun, Jul, Aug, Sep, Oct, Nov, Dec, Total\n"
 
 }  // namespace
 
@@ -63,8 +153,6 @@ private Q_SLOTS:
         doors_ = std::make_unique<ScriptedDoors>();
         station_ = std::make_unique<StationFixture>(2);
         DescribeReportedChannel();
-        ReportBeginDate = At("2002-01-31");
-        ReportEndDate = At("2002-02-02");
     }
     void cleanup() {
         station_.reset();
@@ -73,9 +161,11 @@ private Q_SLOTS:
     }
 
     void EachReading() {
+        ReportBeginDate = At("2002-01-31");
+        ReportEndDate = At("2002-02-02");
         station_->WithReadings("2002-01-30 23:45", 15, {1, 2, 1234.625, {}, -0.001})
             .WithReadings("2002-02-02 23:59:59", 1.0 / 60, {3, 4, 5});
-        InTable(false, [&](QWidget& form) {
+        InTable(InstantaneousTable, [&](QWidget& form) {
             QCOMPARE(form.windowTitle(), u"Instantaneous Table - Upper basin"_qs);
             QCOMPARE(TableText(form),
                      u"Kettle Creek - Stage\n|DateTime|ft\n|1/31/2002|2.00\n"
@@ -86,12 +176,13 @@ private Q_SLOTS:
             QVERIFY(QTest::qWaitForWindowActive(&form));
             QTest::keyClick(&Grid(form), Qt::Key_C, Qt::ControlModifier);
             QCOMPARE(doors_->clipboardText, u"1/31/2002"_qs);
-            Trigger(form, u"mnuFileExit"_qs);
         });
     }
 
     // A rated channel, a day without readings, and a midnight after the last day.
     void EachDay() {
+        ReportBeginDate = At("2002-01-31");
+        ReportEndDate = At("2002-02-02");
         station_->WithReadings("2002-01-31", 720, {1000, 1001})
             .WithReadings("2002-02-02", 720, {0.5, 2, 7})
             .WithEquation("2000-01-01", 1, 0, 1, 10);  // tenfold
@@ -99,7 +190,7 @@ private Q_SLOTS:
         RegionalSettings().shortDate = u"dd.MM.yyyy"_qs;
         RegionalSettings().decimalSign = u","_qs;
         RegionalSettings().groupSign = u"."_qs;
-        InTable(true, [&](QWidget& form) {
+        InTable(DailyTable, [&](QWidget& form) {
             QCOMPARE(form.windowTitle(), u"Daily Summary Table - Upper basin"_qs);
             QCOMPARE(TableText(form),
                      u"Kettle Creek - Flow (cfs)\n|Date|Mean|Min|Max|Total\n"
@@ -109,28 +200,27 @@ private Q_SLOTS:
             Grid(form).SetSelection(2, 1, 3, 3);
             Trigger(form, u"mnuEditCopy"_qs);
             QCOMPARE(doors_->clipboardText, u"01.02.2002\t\t\r02.02.2002\t12,50\t5,00"_qs);
-            Trigger(form, u"mnuFileExit"_qs);
         });
     }
 
     void SettingsRebuild_data() {
-        QTest::addColumn<bool>("daily");
-        QTest::addColumn<QString>("cancelled");
-        QTest::addColumn<QString>("confirmed");
-        QTest::newRow("instantaneous") << false
+        QTest::addColumn<ReportMode>("mode");
+        QTest::addColumn<QString>("tables");  // after Cancel and after OK
+        QTest::newRow("instantaneous") << InstantaneousTable
                                        << u"Kettle Creek - Stage\n|DateTime|ft\n|2/1/2002|1.00\n"
-                                          "|2/1/2002 12:00:00 PM|5.00\n"_qs
-                                       << u"Alder Brook - Rain\n|DateTime|in\n|2/1/2002|0.125\n"
+                                          "|2/1/2002 12:00:00 PM|5.00\n"
+                                          "Alder Brook - Rain\n|DateTime|in\n|2/1/2002|0.125\n"
                                           "|2/1/2002 12:00:00 PM|0.375\n"_qs;
-        QTest::newRow("daily")
-            << true
-            << u"Kettle Creek - Stage (ft)\n|Date|Mean|Min|Max|Total\n"
-               "|1/31/2002||||\n|2/1/2002|3.00|1.00|5.00|6.00\n|2/2/2002||||\n"_qs
-            << u"Alder Brook - Rain (in)\n|Date|Mean|Min|Max|Total\n"
-               "|2/1/2002|0.250|0.125|0.375|0.500\n|2/2/2002||||\n"_qs;
+        QTest::newRow("daily") << DailyTable
+                               << u"Kettle Creek - Stage (ft)\n|Date|Mean|Min|Max|Total\n"
+                                  "|1/31/2002||||\n|2/1/2002|3.00|1.00|5.00|6.00\n"
+                                  "Alder Brook - Rain (in)\n|Date|Mean|Min|Max|Total\n"
+                                  "|2/1/2002|0.250|0.125|0.375|0.500\n|2/2/2002||||\n"_qs;
     }
     void SettingsRebuild() {
-        QFETCH(bool, daily);
+        QFETCH(ReportMode, mode);
+        ReportBeginDate = At("2002-01-31");
+        ReportEndDate = At("2002-02-01");
         station_->WithRecord("2002-02-01", {1, 0.125}).WithRecord("2002-02-01 12:00", {5, 0.375});
         ChannelInfoData& rain = ChannelInfo[2];
         rain.RecSta = u"Alder Brook"_qs;
@@ -138,21 +228,20 @@ private Q_SLOTS:
         rain.RecLabel = u"in"_qs;
         rain.DigitsOut = 3;
         ReportPeriodCode = u"912"_qs;
-        InTable(daily, [](QWidget& form) {
-            const auto settings = [&](const QString& button) {
-                SettingsMode = ReportMode::InstantaneousGraph;
+        InTable(mode, [](QWidget& form) {
+            QString tables;
+            for (const QString& button : {u"cmdCancel"_qs, u"cmdOK"_qs}) {
+                SettingsMode = InstantaneousGraph;
                 const NextWindow dialog([&](QWidget& opened) {
                     QVERIFY(!Child<QWidget>(opened, u"tbMax"_qs).isVisible());
                     Child<DTPicker>(opened, u"DTPicker1"_qs).SetValue(At("2002-02-01"));
                     Click(opened, button);
                 });
                 Trigger(form, u"mnuEditSettings"_qs);
-                return TableText(form);
-            };
-            QTEST(settings(u"cmdCancel"_qs), "cancelled");
-            StationInfo.OutputChannel = 2;
-            QTEST(settings(u"cmdOK"_qs), "confirmed");
-            form.close();
+                tables += TableText(form);
+                StationInfo.OutputChannel = 2;
+            }
+            QTEST(tables, "tables");
         });
     }
 
@@ -161,7 +250,6 @@ private Q_SLOTS:
             station_->Path(),
             "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 350591) "
             "INSERT INTO Records(DateTime, chan1) SELECT 37257 + i / 96.0, 1.25 + i % 400 FROM n");
-        ReportBeginDate = At("2002-01-01");
         ReportEndDate = At("2011-12-31");
         QElapsedTimer clock;
         clock.start();
@@ -171,19 +259,178 @@ private Q_SLOTS:
         form.show();
         form.grab();
         const qint64 opening = clock.restart() - loading;  // loads them anew
-        MSFlexGrid& grid = Grid(form);
         for (const int row : {200000, 5, 350592}) {
-            grid.SetTopRow(row);
-            grid.grab();
+            Grid(form).SetTopRow(row);
+            form.grab();
         }
         const qint64 scrolling = clock.restart();
-        grid.selectAll();
+        Grid(form).selectAll();
         Trigger(form, u"mnuEditCopy"_qs);
         const qint64 copying = clock.restart();
         QCOMPARE(doors_->clipboardText.count(u'\r'), 350591);
         QVERIFY(doors_->clipboardText.endsWith(u"\r12/31/2011 11:45:00 PM\t192.25"_qs));
         QVERIFY2(opening < 1000 && scrolling < 1500 && copying < 4000,
                  qPrintable(u"%1, %2, %3 ms"_qs.arg(opening).arg(scrolling).arg(copying)));
+    }
+
+    void AnnualSheet_data() {
+        QTest::addColumn<Story>("story");
+        QTest::addColumn<QString>("menu");
+        QTest::addColumn<QString>("sheet");
+        QTest::newRow("daily maximums of a rated channel")
+            << Story([](StationFixture& station) {
+                   WinterDays(station);
+                   station.WithEquation("2000-01-01", 1, 0, 1, 10);  // tenfold
+                   ChannelInfo[1].Conversion = 1;
+               })
+            << "mnuMax"
+            << "Kettle Creek - Daily Maximum Flow (cfs)\nJan-2002 to Dec-2002\n"
+               "300.00 cfs on Jan 31, 2002\n" CALENDAR_YEAR
+               "1: Feb 300.00\n3: Feb 20.00\n30: Jan 150.00\n31: Jan 300.00\n"
+               "Avg: Jan 225.00, Feb 160.00, Total 192.50\n"
+               "Min: Jan 150, Feb 20, Total 20\nMax: Jan 300, Feb 300, Total 300\n"
+               "Total (ac-ft): Jan 891.00, Feb 633.60, Total 1,524.60";
+        QTest::newRow("decimal comma and grouped digits")
+            << Story([](StationFixture& station) {
+                   station.WithReadings("2002-03-31", 720, {1234.5, 1234.5, -0.25, -0.25})
+                       .WithReadings("2002-04-02", 720, {1500, 1500});
+                   RegionalSettings().decimalSign = u","_qs;
+                   RegionalSettings().groupSign = u"."_qs;
+                   RegionalSettings().leadingZero = false;
+               })
+            << "mnuMeans"
+            << "Kettle Creek - Daily Mean Stage (ft)\nJan-2002 to Dec-2002\n"
+               "1.500,00 ft on Apr 2, 2002\n" CALENDAR_YEAR
+               "1: Apr -,25\n2: Apr 1.500,00\n31: Mar 1.234,50\n"
+               "Avg: Mar 1.234,50, Apr 749,88, Total 992,19\n"  // 1499.75 / 2, 1984.38 / 2
+               "Min: Mar 1234,5, Apr -0,25, Total -0,25\nMax: Mar 1234,5, Apr 1500, Total 1500\n"
+               "Total (ac-ft): Mar 2.444,31, Apr 2.969,51, Total 5.413,82";  // * 1.98: 2969.505
+        QTest::newRow("a water year from the middle of October")
+            << Story([](StationFixture& station) {
+                   station.WithReadings("2001-10-14", 720, {9, 9, 1, 6})
+                       .WithReadings("2002-10-14", 720, {5, 5, 7});
+                   ReportBeginDate = At("2001-10-15");
+                   ReportEndDate = At("2002-10-14");
+               })
+            << "mnuMin"
+            << "Kettle Creek - Daily Minimum Stage (ft)\nOct-2001 to Oct-2002\n"
+               "6.00 ft on Oct 15, 2001\n"
+               "Oct, Nov, Dec, Jan, Feb, Mar, Apr, May, Jun, Jul, Aug, Sep, Total\n"
+               "14: Oct 5.00\n15: Oct 1.00\nAvg: Oct 3.00, Total 3.00\nMin: Oct 1, Total 1\n"
+               "Max: Oct 5, Total 5\nTotal (ac-ft): Oct 11.88, Total 11.88";
+    }
+    void AnnualSheet() {
+        QFETCH(Story, story);
+        QFETCH(QString, menu);
+        story(*station_);
+        InTable(AnnualTable, [&](QWidget& form) {
+            Trigger(form, u"mnuTotal"_qs);
+            Trigger(form, menu);
+            QTEST(SheetText(form), "sheet");
+        });
+    }
+
+    void AnnualSettingsRebuild() {
+        WinterDays(*station_);
+        InTable(AnnualTable, [&](QWidget& form) {
+            Trigger(form, u"mnuTotal"_qs);
+            QVERIFY(
+                SheetText(form).endsWith(u"Max: Jan 50, Feb 30.5, Total 50\n"
+                                         "Total (ac-ft): Jan 148.50, Feb 66.33, Total 214.83"_qs));
+            doors_->pointers.clear();
+            {
+                const NextWindow cancel([](QWidget& dialog) { Click(dialog, u"cmdCancel"_qs); });
+                Trigger(form, u"mnuEditSettings"_qs);
+            }
+            QVERIFY(doors_->pointers.empty());
+            // A year without readings: the sheet is cleared, the peak stands.
+            doors_->ExpectMessage(u"No data within dates!"_qs);
+            const NextWindow settings([](QWidget& dialog) {
+                Child<DTPicker>(dialog, u"DTPicker1"_qs).SetValue(At("2005-04-01"));
+                Click(dialog, u"cmdOK"_qs);
+            });
+            Trigger(form, u"mnuEditSettings"_qs);
+            QCOMPARE(SheetText(form),
+                     u"Kettle Creek - Daily Total Stage (ft)\nApr-2005 to Mar-2006\n"
+                     "30.00 ft on Jan 31, 2002\n"
+                     "Apr, May, Jun, Jul, Aug, Sep, Oct, Nov, Dec, Jan, Feb, Mar, Total"_qs);
+            QCOMPARE(doors_->pointers, (std::vector<int>{vbHourglass, vbDefault}));
+        });
+    }
+
+    // Left, top, width and height in twips, and the state; the user restores the window.
+    void AnnualRemembersItsPlace() {
+        WinterDays(*station_);
+        const auto restored = [](const QString& remembered) {
+            std::int16_t* const settings[] = {&AnnualL, &AnnualT, &AnnualW, &AnnualH, &AnnualM};
+            for (int i = 0; i < 5; ++i) {
+                *settings[i] = remembered.section(u' ', i, i).toShort();
+            }
+            InTable(AnnualTable, [&](QWidget& form) {
+                QCOMPARE(form.isMaximized(), remembered.endsWith(u'2'));
+                form.setWindowState(Qt::WindowNoState);
+                QCoreApplication::processEvents();
+            });
+            return u"%1 %2 %3 %4 %5"_qs.arg(AnnualL).arg(AnnualT).arg(AnnualW).arg(AnnualH).arg(
+                AnnualM);
+        };
+        const int last = QGuiApplication::primaryScreen()->availableGeometry().right() - 612;
+        const QString table =
+            u"100 100 9200 6500 0 => 100 100 9200 6500 0; "
+            "100 100 9200 6500 2 => 100 100 9200 6500 0; "
+            "30000 100 9200 6500 0 => %1 100 9200 6500 0"_qs;  // off the screen
+        CompareEach(restored, qPrintable(table.arg(15 * last)));
+    }
+
+    void PrintsAPage() {
+        WinterDays(*station_);
+        const auto recording = doors_->ExpectPrint(11906, 16838);  // A4
+        PrintSheet({u"cmdOK"_qs}, u"by the high-water mark"_qs);
+        QCOMPARE(recording->name, u"Summary Table - Upper basin"_qs);
+        QCOMPARE(recording->orientation, 2);
+        QCOMPARE(PageText(*recording),
+                 u"text 1152,1008 Arial 10 black \"Kettle Creek - Daily Mean Stage (ft)\"\n"
+                 "text 1152,1258 Arial 10 black \"Jan-2002 to Dec-2002\"\ntext 1152,1608 Arial 8 "
+                 "black \"Instantaneous Peak: by the high-water mark\"\ntext 1152,10398 Arial 8 "
+                 "italic black \"station.mdb    today\"\ntext 1152,10598 Arial 8 italic black "
+                 "\"Rillbook v1.0.0\"\nend of document\n2152: 2038 *1, 2269 *2, 2499 *3, 2729 *4, "
+                 "2959 *5, 3190 *6, 3420 *7, 3650 *8, 3881 *9, 4111 *10, 4341 *11, 4571 *12, 4802 "
+                 "*13, 5032 *14, 5262 *15, 5492 *16, 5723 *17, 5953 *18, 6183 *19, 6414 *20, 6644 "
+                 "*21, 6874 *22, 7104 *23, 7335 *24, 7565 *25, 7795 *26, 8026 *27, 8256 *28, 8486 "
+                 "*29, 8716 *30, 8947 *31, 9407 *Avg, 9637 *Min, 9868 *Max, 10098 *Total (ac-ft)\n"
+                 "3168: 1808 *Jan, 8716 12.50, 8947 25.00, 9407 18.75, 9637 12.5, 9868 25, 10098 "
+                 "74.25\n4185: 1808 *Feb, 2038 15.25, 2499 1.50, 9407 8.38, 9637 1.5, 9868 15.25, "
+                 "10098 33.17\n5201: 1808 *Mar\n6218: 1808 *Apr\n7234: 1808 *May\n"
+                 "8251: 1808 *Jun\n9267: 1808 *Jul\n10284: 1808 *Aug\n11300: 1808 *Sep\n"
+                 "12317: 1808 *Oct\n13333: 1808 *Nov\n14350: 1808 *Dec\n15366: 1808 *Total, 9407 "
+                 "13.57, 9637 1.5, 9868 25, 10098 107.42"_qs);
+    }
+
+    // All else stands where it does on the whole page.
+    void LeavesOutWhatIsNotWanted() {
+        WinterDays(*station_);
+        const auto whole = doors_->ExpectPrint();
+        PrintSheet();
+        for (const auto& [box, place] :
+             {std::pair(u"chkTotal"_qs, u",10432 "_qs), std::pair(u"chkPMax"_qs, u",1608 "_qs)}) {
+            const auto part = doors_->ExpectPrint();
+            PrintSheet({box, u"cmdOK"_qs});
+            QStringList expected = whole->lines;
+            QVERIFY(expected.removeIf([&](const QString& s) { return s.contains(place); }) > 0);
+            QCOMPARE(part->lines, expected);
+        }
+    }
+
+    void CancelledPrintsNothing() {
+        WinterDays(*station_);
+        for (const QStringList& buttons : {QStringList{u"cmdCancel"_qs}, QStringList()}) {
+            DialogCancelled = false;
+            PrintSheet(buttons);
+            QVERIFY(DialogCancelled);
+        }
+        doors_->CancelPrinter();
+        PrintSheet();
+        QVERIFY(!DialogCancelled);
     }
 
 private:
