@@ -2,13 +2,18 @@
 #include <QListView>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest/QTest>
 
 #include "platform/desktop/Desktop.h"
+#include "platform/qt/PictureBox.h"
 #include "platform/qt/QtDoors.h"
+#include "platform/qt/QtPrinter.h"
+#include "tests/support/Hardship.h"
 #include "tests/support/PlainFiles.h"
+#include "tests/support/ScriptedDoors.h"
 #include "tests/support/UiDriver.h"
 
 namespace rillbook {
@@ -30,6 +35,22 @@ QString Listed(QWidget& dialog) {
     }
     found.sort();
     return found.join(u' ');
+}
+
+constexpr Colour kGrey{195, 195, 195};
+
+// What the first page of a PDF file draws, one step a line: places, lengths, pens and sizes of
+// fonts.
+QString Steps(const QByteArray& pdf) {
+    static const QRegularExpression wanted(
+        u"^(.* (?:cm|re|m|l)$|\\S+ w(?= )|\\S+ \\S+ Td)|(\\S+ Tf)"_qs);
+    const QByteArray stream = pdf.sliced(pdf.indexOf("stream\n") + 7);
+    QStringList found;
+    for (const QByteArray& line : qUncompress(QByteArray("\0\x10\0\0", 4) + stream).split('\n')) {
+        found += wanted.match(QString::fromLatin1(line).trimmed()).captured();
+    }
+    found.removeAll(QString());
+    return found.join(u'\n');
 }
 
 }  // namespace
@@ -134,15 +155,125 @@ private Q_SLOTS:
             SaveSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs, text);
             QCOMPARE(GetSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs), text);
         }
-        // A file where the folder of settings would be stays what it is.
-        const QString blocked = folder_->filePath(u"config"_qs);
-        WriteBytes(blocked, "kept");
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, blocked);
-        SaveSetting(u"Rillbook"_qs, u"Data"_qs, u"MainTop"_qs, u"7"_qs);
-        QCOMPARE(ReadBytes(blocked), "kept");
+    }
+
+    // Whatever the screen's dots to the pixel.
+    void picturesShowWhatIsDrawn() {
+        PictureBox picture;
+        picture.resize(200, 100);
+        picture.show();
+        picture.Surface().PaintStrip(kGrey, 1500, 0, 1500, 750);
+        const QImage image = picture.grab().toImage();
+        const double ratio = picture.devicePixelRatioF();
+        QCOMPARE(image.size(), QSize(200, 100) * ratio);
+        const QPoint corner(qRound(100 * ratio), qRound(50 * ratio));
+        QCOMPARE(image.pixelColor(corner - QPoint(0, 1)), QColor(195, 195, 195));
+        QCOMPARE(image.pixelColor(corner - QPoint(1, 1)), QColor(Qt::white));
+        QCOMPARE(image.pixelColor(corner), QColor(Qt::white));
+    }
+
+    // The nought of Arial is 0.556 of its size wide, so a hundred of them at 8 points 8896 twips.
+    void textsHaveTheWidthsOfArial() {
+        const std::unique_ptr<Printer> page = BeginPdf(u"page.pdf"_qs);
+        const double width = page->TextWidth(QString(100, u'0'));
+        QVERIFY2(qAbs(width - 8896) < 40, qPrintable(QString::number(width)));
+        const double height = page->TextHeight(u"X"_qs);
+        QVERIFY2(height > 168 && height < 200, qPrintable(QString::number(height)));
+    }
+
+    void pagesLieAcross() {
+        const std::unique_ptr<Printer> page = BeginPdf(u"page.pdf"_qs, QPageSize::A4, cdlLandscape);
+        page->Print(u"one"_qs);
+        page->NewPage();
+        QCOMPARE(QPointF(page->CurrentX, page->CurrentY), QPointF());
+        page->EndDoc();
+        QCOMPARE(QSizeF(page->Width(), page->Height()), QSizeF(16840, 11900));
+        QCOMPARE(ReadBytes(folder_->filePath(u"page.pdf"_qs))
+                     .count("/MediaBox [0 0 842.000000 595.000000]"),
+                 2);
+    }
+
+    // From the corner of the paper, an inch is 1440 twips or 1200 dots or 72 points; a pen of 4 is
+    // as wide as on a printer of 600 dots to the inch. The first outline is what can be drawn on;
+    // what goes far off ends there. A text stands with its foot 120 dots below its place.
+    void pagesAreMeasuredInTwips() {
+        const std::unique_ptr<Printer> page = BeginPdf(u"page.pdf"_qs);
+        page->Clear(kGrey);
+        page->PaintStrip(kGrey, 1440, 2880, 20, 720);
+        page->DrawWidth = 4;
+        page->Line(1440, 1440, 2880, 1440);
+        page->Line(-2e8, 2880, 2e8, 2880);
+        page->Line(0, 0, qQNaN(), 100);
+        page->Box(720, 720, 1440, 2160);
+        page->Font.italic = true;
+        page->CurrentX = 1440;
+        page->CurrentY = 1440;
+        page->Print(u"W"_qs);
+        page->EndDoc();
+        const QByteArray pdf = ReadBytes(folder_->filePath(u"page.pdf"_qs));
+        QCOMPARE(Steps(pdf),
+                 u"0.060000000 0 0 -0.060000000 0 792 cm\n"
+                 "0 0 m\n9600 0 l\n9600 12600 l\n0 12600 l\n0 0 l\n"
+                 "1200 2400 17 600 re\n"
+                 "8 w\n1200 1200 m\n2400 1200 l\n-9 2400 m\n9609 2400 l\n"
+                 "8 w\n600 600 600 1200 re\n"
+                 "1 w\n133 Tf\n1200 -1320 Td"_qs);
+        // Texts are texts, in a face that the file brings along.
+        QVERIFY(pdf.contains("LiberationSans-Italic") && pdf.contains("/FontFile2") &&
+                pdf.contains("/ToUnicode"));
+    }
+
+    void documentsAreWrittenWholeOrNotAtAll() {
+        WriteBytes(folder_->filePath(u"old.pdf"_qs), "the old graph");
+        const QString before = FolderText(folder_->path());
+        BeginPdf(u"old.pdf"_qs)->Print(u"never ended"_qs);
+        QCOMPARE(FolderText(folder_->path()), before);
+        for (const auto& [name, reason] :
+             {std::pair(u"none/page.pdf"_qs, u"No such file or directory"_qs),
+              std::pair(u"old.pdf"_qs, u"The disk is full"_qs)}) {
+            const std::unique_ptr<Printer> page = BeginPdf(name);
+            page->Print(u"Weir"_qs);
+            QString told;
+            try {
+                const FullDisk full(1000);
+                page->EndDoc();
+            } catch (const PrinterError& failure) {
+                told = failure.Reason();
+            }
+            QCOMPARE(told, u"Can't write %1: %2"_qs.arg(folder_->filePath(name), reason));
+            QCOMPARE(FolderText(folder_->path()), before);
+        }
+    }
+
+    void filesAreAskedForAndServeOneDocument() {
+        ScriptedDoors doors;
+        QtPrinterDoor printers{QPageSize(QPageSize::A4)};
+        doors.CancelFileDialog();
+        QVERIFY_EXCEPTION_THROWN(printers.BeginDoc(u"Weir / Stage"_qs, cdlPortrait),
+                                 DialogCancelledError);
+        doors.AnswerFileDialog(folder_->filePath(u"a.pdf"_qs));
+        QVERIFY(printers.Choose(u"Print the graph"_qs, cdlLandscape));
+        printers.BeginDoc(u"first"_qs, cdlLandscape)->EndDoc();
+        doors.AnswerFileDialog(folder_->filePath(u"b.pdf"_qs));
+        printers.BeginDoc(u"second"_qs, cdlPortrait)->EndDoc();
+        QCOMPARE(QDir(folder_->path()).entryList(QDir::Files).join(u' '), u"a.pdf b.pdf"_qs);
+        QString asked;
+        for (const FileRequest& request : doors.fileRequests) {
+            QVERIFY(request.save && request.confirmOverwrite);
+            asked += request.title + u'|' + request.fileName + u'\n';
+        }
+        QCOMPARE(asked, u"Print|Weir - Stage.pdf\nPrint the graph|\nPrint|second.pdf\n"_qs);
     }
 
 private:
+    std::unique_ptr<Printer> BeginPdf(const QString& name,
+                                      QPageSize::PageSizeId paper = QPageSize::Letter,
+                                      int orientation = cdlPortrait) {
+        ScriptedDoors doors;
+        doors.AnswerFileDialog(folder_->filePath(name));
+        return QtPrinterDoor(QPageSize(paper)).BeginDoc(u"Weir"_qs, orientation);
+    }
+
     std::unique_ptr<QTemporaryDir> folder_;
     std::unique_ptr<QtDoors> doors_;
     CommonDialog dialog_;

@@ -115,6 +115,8 @@ private Q_SLOTS:
             QVERIFY(after.copy(before.rect()) != before);
             Trigger(form, u"mnuEditCopy"_qs);
             QCOMPARE(QGuiApplication::clipboard()->image().convertToFormat(after.format()), after);
+            Trigger(form, u"mnuEditRefresh"_qs);
+            QCOMPARE(Loadings(), std::size_t{1});
         });
     }
 
@@ -133,8 +135,8 @@ private Q_SLOTS:
         LateReading(*station_);
         for (const bool daily : {false, true}) {
             InGraph(daily, [&](QWidget& form) {
-                Loadings();
                 for (const QString& button : {u"cmdCancel"_qs, u"cmdOK"_qs}) {
+                    Loadings();
                     const NextWindow settings([&](QWidget& dialog) {
                         QCOMPARE(Child<QWidget>(dialog, u"chkMean"_qs).isVisible(), daily);
                         Click(dialog, button);
@@ -142,8 +144,6 @@ private Q_SLOTS:
                     Trigger(form, u"mnuEditSettings"_qs);
                     QCOMPARE(Loadings(), std::size_t{button == u"cmdOK" ? 1U : 0U});
                 }
-                Trigger(form, u"mnuEditRefresh"_qs);
-                QCOMPARE(Loadings(), std::size_t{1});
             });
         }
     }
