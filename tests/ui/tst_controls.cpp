@@ -1,13 +1,11 @@
 #include <QAbstractItemModelTester>
 #include <QCalendarWidget>
-#include <QLineEdit>
 #include <QSignalSpy>
 #include <QtTest/QTest>
 
 #include "platform/qt/DTPicker.h"
 #include "platform/qt/MSFlexGrid.h"
 #include "platform/qt/Twips.h"
-#include "platform/qt/UpDown.h"
 #include "tests/support/CompareEach.h"
 #include "tests/support/UiDriver.h"
 
@@ -152,28 +150,6 @@ private Q_SLOTS:
         QCOMPARE(picker.text(), u"Oct, 2002"_qs);
         picker.SetValue(-36158);
         QCOMPARE(picker.Value(), -36157.0);
-    }
-
-    void spinButtonsStepTheirBuddy() {
-        QWidget form;
-        auto* box = new QLineEdit(&form);
-        auto* spin = new UpDown(&form);
-        spin->setGeometry(100, 0, 16, 20);
-        spin->SetBuddy(box);
-        spin->SetMin(1);
-        spin->SetMax(12);
-        form.show();
-        const auto stepped = [&](const QString& textAndButton) {
-            const QString button = textAndButton.section(u' ', 1);
-            box->setText(textAndButton.section(u' ', 0, 0));
-            Click(form, button);
-            const QString clicked = box->text();
-            QTest::keyClick(box, button == u"up" ? Qt::Key_Up : Qt::Key_Down);
-            return clicked + u' ' + box->text();
-        };
-        CompareEach(stepped,
-                    "7 up => 8 9; 12 up => 12 12; 1 down => 1 1; 80 down => 12 11; "
-                    "abc up => 1 2; 1E300 up => 12 12");
     }
 };
 

@@ -105,9 +105,9 @@ private Q_SLOTS:
             "80 optDays to Mar 21, 2002|24 optMonths to Dec 31, 2003|10 optYears to Dec 31, 2011");
         row(ReportMode::DailyGraph, "2002-01-01 9325 optYears",
             "24 optMonths to Dec 31, 2003|3 optYears to Dec 31, 2004");
-        row(table, "2002-01-01 9312 up optDays down up",
-            "12 optMonths to Dec 31, 2002|12 optMonths to Dec 31, 2002|12 optDays to Jan 12, 2002|"
-            "11 optDays to Jan 11, 2002|12 optDays to Jan 12, 2002");
+        row(table, "2002-01-01 9312 up optYears down optDays up",
+            "12 optMonths to Dec 31, 2002|12 optMonths to Dec 31, 2002|1 optYears to Dec 31, 2002|"
+            "1 optYears to Dec 31, 2002|1 optDays to Jan 01, 2002|2 optDays to Jan 02, 2002");
         row(table, "2002-01-01 921 2002-02-26",
             "1 optWeeks to Jan 07, 2002|1 optWeeks to Mar 04, 2002");
         // Of another make, and of an unknown unit.
@@ -222,11 +222,6 @@ private Q_SLOTS:
         RegionalSettings().decimalSign = u","_qs;
         RegionalSettings().groupSign = u"."_qs;
         ChannelInfo[kChan].GraphMax = 12345.5;
-        InSettings(ReportMode::AnnualTable, [](QWidget& form) {
-            QCOMPARE(TextOf(form, u"tbFactor"_qs), u"1,98"_qs);
-            TypeText(form, u"tbIncre"_qs, u"0,5"_qs);
-            Click(form, u"cmdOK"_qs);
-        });
         InSettings(ReportMode::InstantaneousGraph, [](QWidget& form) {
             QCOMPARE(TextOf(form, u"tbMax"_qs), u"12345,5"_qs);
             TypeText(form, u"tbMin"_qs, u"-0,25"_qs);
@@ -234,7 +229,6 @@ private Q_SLOTS:
         });
         QCOMPARE(Settled().section(u"; "_qs, 1),
                  u"2 | 1.98 | ac-ft | -0.25 | 12345.5 | 11000 | 0 | 0"_qs);
-        QCOMPARE(StationInfo.TimeIncrement, 30 * kMinute);
     }
 
     // DialogCancelled before and after.

@@ -322,10 +322,8 @@ private Q_SLOTS:
                 SheetText(form).endsWith(u"Max: Jan 50, Feb 30.5, Total 50\n"
                                          "Total (ac-ft): Jan 148.50, Feb 66.33, Total 214.83"_qs));
             doors_->pointers.clear();
-            {
-                const NextWindow cancel([](QWidget& dialog) { Click(dialog, u"cmdCancel"_qs); });
-                Trigger(form, u"mnuEditSettings"_qs);
-            }
+            const NextWindow cancel([](QWidget& dialog) { Click(dialog, u"cmdCancel"_qs); });
+            Trigger(form, u"mnuEditSettings"_qs);
             QVERIFY(doors_->pointers.empty());
             // A year without readings: the sheet is cleared, the peak stands.
             doors_->ExpectMessage(u"No data within dates!"_qs);
@@ -374,20 +372,22 @@ private Q_SLOTS:
         QCOMPARE(recording->orientation, 2);
         QCOMPARE(PageText(*recording),
                  u"text 1152,1008 Arial 10 black \"Kettle Creek - Daily Mean Stage (ft)\"\n"
-                 "text 1152,1258 Arial 10 black \"Jan-2002 to Dec-2002\"\ntext 1152,1608 Arial 8 "
-                 "black \"Instantaneous Peak: by the high-water mark\"\ntext 1152,10398 Arial 8 "
-                 "italic black \"station.mdb    today\"\ntext 1152,10598 Arial 8 italic black "
-                 "\"Rillbook v1.0.0\"\nend of document\n2152: 2038 *1, 2269 *2, 2499 *3, 2729 *4, "
-                 "2959 *5, 3190 *6, 3420 *7, 3650 *8, 3881 *9, 4111 *10, 4341 *11, 4571 *12, 4802 "
-                 "*13, 5032 *14, 5262 *15, 5492 *16, 5723 *17, 5953 *18, 6183 *19, 6414 *20, 6644 "
-                 "*21, 6874 *22, 7104 *23, 7335 *24, 7565 *25, 7795 *26, 8026 *27, 8256 *28, 8486 "
-                 "*29, 8716 *30, 8947 *31, 9407 *Avg, 9637 *Min, 9868 *Max, 10098 *Total (ac-ft)\n"
-                 "3168: 1808 *Jan, 8716 12.50, 8947 25.00, 9407 18.75, 9637 12.5, 9868 25, 10098 "
-                 "74.25\n4185: 1808 *Feb, 2038 15.25, 2499 1.50, 9407 8.38, 9637 1.5, 9868 15.25, "
+                 "text 1152,1258 Arial 10 black \"Jan-2002 to Dec-2002\"\n"
+                 "text 1152,1608 Arial 8 black \"Instantaneous Peak: by the high-water mark\"\n"
+                 "text 1152,10398 Arial 8 italic black \"station.mdb    today\"\n"
+                 "text 1152,10598 Arial 8 italic black \"Rillbook v1.0.0\"\nend of document\n"
+                 "2152: 2038 *1, 2269 *2, 2499 *3, 2729 *4, 2959 *5, 3190 *6, 3420 *7, 3650 *8, "
+                 "3881 *9, 4111 *10, 4341 *11, 4571 *12, 4802 *13, 5032 *14, 5262 *15, 5492 *16, "
+                 "5723 *17, 5953 *18, 6183 *19, 6414 *20, 6644 *21, 6874 *22, 7104 *23, 7335 *24, "
+                 "7565 *25, 7795 *26, 8026 *27, 8256 *28, 8486 *29, 8716 *30, 8947 *31, 9407 *Avg, "
+                 "9637 *Min, 9868 *Max, 10098 *Total (ac-ft)\n"
+                 "3168: 1808 *Jan, 8716 12.50, 8947 25.00, 9407 18.75, 9637 12.5, 9868 25, "
+                 "10098 74.25\n"
+                 "4185: 1808 *Feb, 2038 15.25, 2499 1.50, 9407 8.38, 9637 1.5, 9868 15.25, "
                  "10098 33.17\n5201: 1808 *Mar\n6218: 1808 *Apr\n7234: 1808 *May\n"
                  "8251: 1808 *Jun\n9267: 1808 *Jul\n10284: 1808 *Aug\n11300: 1808 *Sep\n"
-                 "12317: 1808 *Oct\n13333: 1808 *Nov\n14350: 1808 *Dec\n15366: 1808 *Total, 9407 "
-                 "13.57, 9637 1.5, 9868 25, 10098 107.42"_qs);
+                 "12317: 1808 *Oct\n13333: 1808 *Nov\n14350: 1808 *Dec\n"
+                 "15366: 1808 *Total, 9407 13.57, 9637 1.5, 9868 25, 10098 107.42"_qs);
     }
 
     // All else stands where it does on the whole page.
