@@ -80,6 +80,7 @@ private Q_SLOTS:
         StationInfo.OutputChannel = kChan;
         StationInfo.TimeIncrement = 15 * kMinute;
         ChannelInfo[kChan].OutputSeries = 11000;
+        ChannelInfo[kChan].Conversion = 1;
         ReportBeginDate = At("2002-01-01");
         ReportPeriodCode = u"914"_qs;
     }
@@ -147,15 +148,15 @@ private Q_SLOTS:
     void SavesWhatItsReportShows_data() {
         const DataRows<ReportMode, QString> row("mode", "saved");
         row(ReportMode::AnnualTable,
-            "1/1/2002 to 12/31/2002, 941; 3 | 0.5 | ML | 0 | 10 | 11000 | 1 | 1");
+            "1/1/2002 to 12/31/2002, 941; 3 | 0.5 | ML | 0 | 10 | 11000 | 1 | 0");
         row(ReportMode::InstantaneousGraph,
-            "1/1/2002 to 1/28/2002, 924; 2 | 1.98 | ac-ft | -1 | 12.5 | 11000 | 1 | 1; measured");
+            "1/1/2002 to 1/28/2002, 924; 2 | 1.98 | ac-ft | -1 | 12.5 | 11000 | 1 | 0; measured");
         row(ReportMode::DailyGraph,
-            "1/1/2002 to 1/28/2002, 924; 2 | 1.98 | ac-ft | -1 | 12.5 | 11101 | 1 | 1; measured");
+            "1/1/2002 to 1/28/2002, 924; 2 | 1.98 | ac-ft | -1 | 12.5 | 11101 | 1 | 0; measured");
         row(ReportMode::InstantaneousTable,
-            "1/1/2002 to 1/28/2002, 924; 3 | 1.98 | ac-ft | 0 | 10 | 11000 | 1 | 1");
+            "1/1/2002 to 1/28/2002, 924; 3 | 1.98 | ac-ft | 0 | 10 | 11000 | 1 | 0");
         row(ReportMode::DailyTable,
-            "1/1/2002 to 1/28/2002, 924; 3 | 1.98 | ac-ft | 0 | 10 | 11000 | 1 | 1");
+            "1/1/2002 to 1/28/2002, 924; 3 | 1.98 | ac-ft | 0 | 10 | 11000 | 1 | 0");
     }
     void SavesWhatItsReportShows() {
         QFETCH(ReportMode, mode);
@@ -228,7 +229,7 @@ private Q_SLOTS:
             Click(form, u"cmdOK"_qs);
         });
         QCOMPARE(Settled().section(u"; "_qs, 1),
-                 u"2 | 1.98 | ac-ft | -0.25 | 12345.5 | 11000 | 0 | 0"_qs);
+                 u"2 | 1.98 | ac-ft | -0.25 | 12345.5 | 11000 | 0 | 1"_qs);
     }
 
     // DialogCancelled before and after.
