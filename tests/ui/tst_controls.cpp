@@ -1,9 +1,7 @@
 #include <QAbstractItemModelTester>
-#include <QCalendarWidget>
 #include <QSignalSpy>
 #include <QtTest/QTest>
 
-#include "platform/qt/DTPicker.h"
 #include "platform/qt/MSFlexGrid.h"
 #include "platform/qt/Twips.h"
 #include "tests/support/CompareEach.h"
@@ -136,20 +134,6 @@ private Q_SLOTS:
         QTest::mouseClick(grid.viewport(), Qt::LeftButton, {},
                           QPoint(grid.viewport()->width() - 2, 2));
         QCOMPARE(told, u"click 51,1 double 51,1 click 0,1 "_qs);
-    }
-
-    // Also before the first day, which stands for it.
-    void pickerSpeaksEnglish() {
-        QLocale::setDefault(QLocale(QLocale::German));
-        DTPicker picker;
-        QLocale::setDefault(QLocale::c());
-        QCOMPARE(picker.calendarWidget()->locale().language(), QLocale::English);
-        picker.SetValue(DateSerial(2002, 10, 5));
-        QCOMPARE(picker.text(), u"Oct 05, 2002"_qs);
-        picker.SetCustomFormat(u"MMM, yyy"_qs);
-        QCOMPARE(picker.text(), u"Oct, 2002"_qs);
-        picker.SetValue(-36158);
-        QCOMPARE(picker.Value(), -36157.0);
     }
 };
 

@@ -3,7 +3,6 @@
 #include <QRegularExpression>
 #include <QtTest/QtTest>
 
-#include "app/InitialFile.h"
 #include "app/SharedState.h"
 #include "graphs/frmDailyG.h"
 #include "graphs/frmInstG.h"
@@ -11,7 +10,6 @@
 #include "platform/qt/PictureBox.h"
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
-#include "store/StationDatabase.h"
 #include "tests/support/MessageLog.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/RecordingSurface.h"
@@ -50,6 +48,18 @@ void LateReading(StationFixture& station) {
 PictureBox& Picture(QWidget& form) {
     return Child<PictureBox>(form, u"Picture1"_qs);
 }
+
+// The window gets another size while the user reads the message.
+struct SlowReader : MessageLog {
+    QWidget* form = nullptr;
+
+    MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
+                      const QString& title) override {
+        form->resize(700, 500);
+        QCoreApplication::processEvents();
+        return MessageLog::Show(text, buttons, icon, title);
+    }
+};
 
 }  // namespace
 
@@ -118,10 +128,21 @@ private Q_SLOTS:
         });
     }
 
-    void RebuildsAfterSettings() {
+    void TellsOnceWhileTheSizeChanges() {
+        const std::unique_ptr<GraphForm> form = MakeForm(false);
+        SlowReader messages;
+        messages.form = form.get();
+        form->show();
+        QTRY_VERIFY(!messages.texts.isEmpty());
+        QCoreApplication::processEvents();
+        QCOMPARE(messages.texts.join(u' '), u"! No data within dates!"_qs);
+    }
+
+    void RebuildsAfterSettingsAndSharesOnePlace() {
         LateReading(*station_);
         for (const bool daily : {false, true}) {
             InGraph(daily, [&](QWidget& form) {
+                QCOMPARE(QRect(form.pos(), form.size()) == QRect(20, 30, 640, 400), daily);
                 Loadings();
                 const NextWindow settings([&](QWidget& dialog) {
                     QCOMPARE(Child<QWidget>(dialog, u"chkMean"_qs).isVisible(), daily);
@@ -129,6 +150,8 @@ private Q_SLOTS:
                 });
                 Trigger(form, u"mnuEditSettings"_qs);
                 QCOMPARE(Loadings(), std::size_t{1});
+                form.move(20, 30);
+                form.resize(640, 400);
             });
         }
     }

@@ -1,6 +1,5 @@
 #include <QClipboard>
 #include <QFile>
-#include <QLineEdit>
 #include <QMenu>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -92,7 +91,6 @@ public:
                  StationConnection->State() == 0 ? u"none open"_qs
                                                  : open.arg(StationInfo.OutputChannel));
     }
-    // A query of a station's file.
     QString Stored(const QString& name, const QString& query) const {
         return Short(DumpTable(File(name), query));
     }
@@ -201,26 +199,25 @@ private Q_SLOTS:
         QCOMPARE(program.Story(), u"0 [] none open"_qs);
     }
 
-    // The second station's file and the channel clicked in it (0 for its own node); the selected
-    // node, the open station, and the channel that the first one stored.
+    // The second station's file and the channel clicked in it (0 for its own node); the channel
+    // that it stored before, the selected node, what is open, and the channel that the first one
+    // stored.
     void followsTheSelectedNode() {
         const auto followed = [](const QString& clicked) {
             const QString second = clicked.section(u' ', 0, 0);
             const int channel = clicked.section(u' ', 1).toInt();
             Program program({u"a.mdb"_qs, second}, 12);
             QTest::keyClick(&program.Tree(), Qt::Key_Up);
-            const QString keyed = QString::number(StationInfo.OutputChannel);
             const QString stored = u"SELECT outputchannel FROM Information LIMIT 1"_qs;
             program.ClickNode(0, 2);
             const QString left = program.Stored(second, stored);
             const QString story = program.ClickNode(1, channel).section(u' ', 1);
-            return QStringList{keyed, left, story, program.Stored(u"a.mdb"_qs, stored)}.join(u", ");
+            return QStringList{left, story, program.Stored(u"a.mdb"_qs, stored)}.join(u", ");
         };
-        CompareEach(
-            followed,
-            "b.mdb 12 => 12, 12, [12: Channel 12 - Stage (ft)] open: b.mdb, channel 12, 12; "
-            "b.mdb 0 => 12, 12, [b.mdb] open: b.mdb, channel 1, 1; "
-            "gauge7 2 => 12, 12, [2: Channel 2 - Stage (ft)] open: gauge7, channel 2, 2");
+        CompareEach(followed,
+                    "b.mdb 12 => 12, [12: Channel 12 - Stage (ft)] open: b.mdb, channel 12, 12; "
+                    "b.mdb 0 => 12, [b.mdb] open: b.mdb, channel 1, 1; "
+                    "gauge7 2 => 12, [2: Channel 2 - Stage (ft)] open: gauge7, channel 2, 2");
     }
 
     // Days of the report, and the lower end of an axis up to 10.

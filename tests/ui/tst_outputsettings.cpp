@@ -6,7 +6,6 @@
 #include "forms/reports/frmOutputSettings.h"
 #include "platform/qt/DTPicker.h"
 #include "platform/qt/UpDown.h"
-#include "platform/text/Numbers.h"
 #include "platform/text/Regional.h"
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"

@@ -254,16 +254,13 @@ private Q_SLOTS:
         form.show();
         form.grab();
         const qint64 opening = clock.restart() - loading;  // loads them anew
-        Grid(form).SetTopRow(350592);
-        form.grab();
-        const qint64 scrolling = clock.restart();
         Grid(form).selectAll();
         Trigger(form, u"mnuEditCopy"_qs);
         const qint64 copying = clock.restart();
         QCOMPARE(doors_->clipboardText.count(u'\r'), 350591);
         QVERIFY(doors_->clipboardText.endsWith(u"\r12/31/2011 11:45:00 PM\t192.25"_qs));
-        QVERIFY2(opening < 1000 && scrolling < 1500 && copying < 4000,
-                 qPrintable(u"%1, %2, %3 ms"_qs.arg(opening).arg(scrolling).arg(copying)));
+        QVERIFY2(opening < 1000 && copying < 4000,
+                 qPrintable(u"%1, %2 ms"_qs.arg(opening).arg(copying)));
     }
 
     void AnnualSheet_data() {
