@@ -45,10 +45,6 @@ void LateReading(StationFixture& station) {
     station.WithReadings("2002-01-01", 15, {2, 4}).WithReadings("2002-01-01 01:15", 15, {5, 6});
 }
 
-PictureBox& Picture(QWidget& form) {
-    return Child<PictureBox>(form, u"Picture1"_qs);
-}
-
 // The window gets another size while the user reads the message.
 struct SlowReader : MessageLog {
     QWidget* form = nullptr;
@@ -113,13 +109,14 @@ private Q_SLOTS:
         LateReading(*station_);
         InGraph(false, [&](QWidget& form) {
             QCOMPARE(Loadings(), std::size_t{1});
-            const QImage before = Picture(form).Image();
+            const auto& picture = Child<PictureBox>(form, u"Picture1"_qs);
+            const QImage before = picture.Image();
             ChannelInfo[1].RecDesc = u"Depth of the water"_qs;
             form.resize(700, 500);
-            QCOMPARE(Picture(form).Image().copy(before.rect()), before);
+            QCOMPARE(picture.Image().copy(before.rect()), before);
             QCoreApplication::processEvents();
             QCOMPARE(Loadings(), std::size_t{1});
-            const QImage after = Picture(form).Image();
+            const QImage after = picture.Image();
             QVERIFY(after.copy(before.rect()) != before);
             Trigger(form, u"mnuEditCopy"_qs);
             QCOMPARE(QGuiApplication::clipboard()->image().convertToFormat(after.format()), after);
@@ -198,17 +195,17 @@ private Q_SLOTS:
     void TellsOnceWhatCantBeRead() {
         LateReading(*station_);
         InGraph(false, [&](QWidget& form) {
-            const QImage before = Picture(form).Image();
+            const auto& picture = Child<PictureBox>(form, u"Picture1"_qs);
+            const QImage before = picture.Image();
             const auto page = doors_->ExpectPrint();
             RunPlainSql(station_->Path(), "DROP TABLE Calibration");
             MessageLog log;
             Trigger(form, u"mnuEditRefresh"_qs);
             QCOMPARE(log.texts.size(), 1);
-            QCOMPARE(Picture(form).Image(), before);
+            QCOMPARE(picture.Image(), before);
             Trigger(form, u"mnuFilePrint"_qs);
             QCOMPARE(log.texts.size(), 2);
             QCOMPARE(page->Text(), u"given up"_qs);
-            QCOMPARE(doors_->MousePointer(), static_cast<int>(vbDefault));
         });
     }
 

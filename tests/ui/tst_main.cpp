@@ -137,8 +137,9 @@ private Q_SLOTS:
             "lblProjName mnuFileProjectClose mnuFileProjectSave mnuFileStationNew "
             "mnuFileStationOpen Save tbProjectName TreeView1");
         const auto ofStation = names(
-            "Frame1 mnuFileImport mnuFileStationClose mnuFileStationSave mnuOutAnnual "
-            "mnuOutDailyG mnuOutDailyT mnuOutInstG mnuOutInstT");
+            "Frame1 mnuEditCalibration mnuRat mnuFileImport mnuFileImportSetup "
+            "mnuFileStationClose mnuFileStationSave mnuOutAnnual mnuOutDailyG mnuOutDailyT "
+            "mnuOutInstG mnuOutInstT");
         const auto all = always + ofProject + ofStation;
         Program program;
         QCOMPARE(program.Usable(all), always);
@@ -160,7 +161,6 @@ private Q_SLOTS:
         TypeText(*program.window, u"tbProjectName"_qs, u"Upper \"wild\" basin"_qs);
         program.window->move(4000, -10);
         Trigger(*program.window, u"mnuFileExit"_qs);
-        QVERIFY(!program.window->isVisible());
         QCOMPARE(program.ProjectText(),
                  u"\"Rillbook\",\"100\"\n0\n#2002-01-01#,\"921\"\n\"Upper wild basin\"\n"_qs);
         const auto& settings = program.doors.settings;
@@ -284,7 +284,6 @@ private Q_SLOTS:
                    "Time,Stage\n01/02/02 00:00,1.5\n01/03/02 00:15,1.6\n");
         program.doors.ExpectMessage(ImportMessage(2, 1, 0));
         program.Choose("mnuFileImport", u"log.csv"_qs);
-        QCOMPARE(program.doors.fileRequests.back().title, u"File Import - a.mdb"_qs);
         QCOMPARE(program.Stored(u"a.mdb"_qs,
                                 u"SELECT noofrec, begdate, EndDate, importdir FROM Information"_qs),
                  u"2 | 1/2/2002 | 1/3/2002 | ~/"_qs);

@@ -12,6 +12,7 @@
 #include "forms/reports/frmAnnualT.h"
 #include "forms/reports/frmDailyT.h"
 #include "forms/reports/frmInstT.h"
+#include "platform/desktop/CommonDialog.h"
 #include "platform/qt/DTPicker.h"
 #include "platform/qt/MSFlexGrid.h"
 #include "platform/text/Regional.h"
@@ -33,14 +34,14 @@ using enum ReportMode;
 
 // Shows a table, does this in it, and closes it.
 void InTable(ReportMode mode, const std::function<void(QWidget&)>& steps) {
-    const QString project = u"Upper basin"_qs;
+    CommonDialog printer;
     std::unique_ptr<ReportForm> form;
     if (mode == InstantaneousTable) {
-        form = std::make_unique<frmInstT>(project);
+        form = std::make_unique<frmInstT>(u"Upper basin"_qs, printer);
     } else if (mode == DailyTable) {
-        form = std::make_unique<frmDailyT>(project);
+        form = std::make_unique<frmDailyT>(u"Upper basin"_qs, printer);
     } else {
-        form = std::make_unique<frmAnnualT>(project);
+        form = std::make_unique<frmAnnualT>(u"Upper basin"_qs, printer);
     }
     const NextWindow window([&](QWidget& shown) {
         steps(shown);
@@ -250,7 +251,8 @@ private Q_SLOTS:
         clock.start();
         LoadSeries(ReportBeginDate, ReportEndDate + 1, 1);
         const qint64 loading = clock.restart();
-        frmInstT form(u"Upper basin"_qs);
+        CommonDialog printer;
+        frmInstT form(u"Upper basin"_qs, printer);
         form.show();
         form.grab();
         const qint64 opening = clock.restart() - loading;  // loads them anew
@@ -404,9 +406,8 @@ private Q_SLOTS:
 
     void CancelledPrintsNothing() {
         WinterDays(*station_);
-        PrintSheet({u"cmdCancel"_qs});
         DialogCancelled = false;
-        PrintSheet({});  // closes the dialog
+        PrintSheet({u"cmdCancel"_qs});
         QVERIFY(DialogCancelled);
         doors_->CancelPrinter();
         PrintSheet();
