@@ -398,6 +398,7 @@ bool MSFlexGrid::viewportEvent(QEvent* event) {
 void MSFlexGrid::mousePressEvent(QMouseEvent* event) {
     NoteMouse(event->globalPosition().toPoint());
     doubleClicked_ = false;
+    pressed_ = QPoint(mouseCol_, mouseRow_);
     if (event->button() != Qt::LeftButton || !indexAt(event->position().toPoint()).isValid()) {
         return;
     }
@@ -423,8 +424,9 @@ void MSFlexGrid::mouseReleaseEvent(QMouseEvent* event) {
         selecting_ = false;
         NoteCurrent();
     }
+    const bool isDrag = pressed_ != QPoint(mouseCol_, mouseRow_);
     const bool overCell = mouseRow_ >= 0 && mouseCol_ >= 0;
-    if (overCell && !std::exchange(doubleClicked_, false)) {
+    if (!std::exchange(doubleClicked_, false) && overCell && !isDrag) {
         Q_EMIT Click();
     }
 }

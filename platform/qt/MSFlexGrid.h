@@ -94,7 +94,8 @@ public:
     void selectAll() override;
 
 Q_SIGNALS:
-    // Left button, over any cell; the second of two quick clicks is a DblClick alone.
+    // Left button, pressed and released over the same cell; the second of two quick clicks is a
+    // DblClick alone.
     void Click();
     void DblClick();
     void EnterCell();  // the current cell has changed
@@ -133,6 +134,7 @@ private:
     bool sized_ = false;      // by the form; until then sizes follow the font
     bool selecting_ = false;  // with the mouse, from anchor_
     bool doubleClicked_ = false;
+    QPoint pressed_;  // the cell (x is the column) where the mouse button went down
     QPersistentModelIndex anchor_;
 };
 

@@ -19,6 +19,7 @@
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
 #include "tests/support/CompareEach.h"
+#include "tests/support/DataRows.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/ReportedChannel.h"
 #include "tests/support/ScriptedDoors.h"
@@ -238,6 +239,44 @@ private Q_SLOTS:
                 StationInfo.OutputChannel = 2;
             }
             QTEST(tables, "tables");
+        });
+    }
+
+    // A window that changed something has the report read the records anew; one that didn't, not.
+    void EditorsRebuild_data() {
+        const DataRows<QString, bool, QString, bool> row("item", "changes", "button", "rebuilds");
+        row("mnuCal", false, "", false);
+        row("mnuCal", true, "No", false);
+        row("mnuCal", true, "Yes", true);
+        row("mnuRat", false, "cmdCancel", false);
+        row("mnuRat", true, "cmdCancel", true);  // a rating was deleted
+        row("mnuRat", false, "cmdOK", true);
+    }
+    void EditorsRebuild() {
+        QFETCH(QString, item);
+        QFETCH(bool, changes);
+        QFETCH(QString, button);
+        QFETCH(bool, rebuilds);
+        station_->WithRecord("2002-02-01", {1, 2}).WithEquation("2002-01-01", 1, 0, 1, 1);
+        if (item == u"mnuCal" && changes) {
+            doors_->ExpectMessage(u"Save changes?"_qs,
+                                  button == u"Yes" ? MsgBoxAnswer::Yes : MsgBoxAnswer::No);
+        }
+        InTable(InstantaneousTable, [&](QWidget& form) {
+            const QString before = TableText(form);
+            station_->WithRecord("2002-02-02", {3, 4});
+            const NextWindow editor([&](QWidget& opened) {
+                if (changes) {
+                    Trigger(opened, item == u"mnuCal" ? u"mnuEditIns"_qs : u"mnuDeleteRow"_qs);
+                }
+                if (item == u"mnuCal") {
+                    opened.close();
+                } else {
+                    Click(opened, button);
+                }
+            });
+            Trigger(form, item);
+            QCOMPARE(TableText(form) != before, rebuilds);
         });
     }
 
