@@ -50,13 +50,7 @@ void CompactStation() {
     }
 }
 
-// Counted in the table: a header that disagrees with it is put right.
-int CountReadingColumns() {
-    Recordset readings;
-    readings.Open(QStringLiteral("Records"), *StationConnection);
-    return readings.FieldCount() - 1;
-}
-
+// A header that disagrees with the table is put right.
 void FitRecords(int channels) {
     const int present = CountReadingColumns();
     for (int chan = present + 1; chan <= channels; ++chan) {
@@ -119,6 +113,12 @@ void TakeShape(const StationShape& shape) {
 }
 
 }  // namespace
+
+int CountReadingColumns() {
+    Recordset readings;
+    readings.Open(QStringLiteral("Records"), *StationConnection);
+    return readings.FieldCount() - 1;
+}
 
 void ReshapeStation(const StationShape& shape) {
     const StationInfoData formerStation = StationInfo;

@@ -20,6 +20,9 @@ struct StationShape {
     std::vector<Channel> channels;
 };
 
+// Columns of readings in the open station's table, whatever its header says. Raises AdoError.
+int CountReadingColumns();
+
 // Gives the open station this shape: the file is compacted, columns of readings are added or
 // dropped at the end, the header gets a row for each channel, and StationInfo and ChannelInfo
 // follow. A new channel has no readings, and settings as in a new station.

@@ -1,5 +1,6 @@
 #include "import/frmImport.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 #include <utility>
@@ -27,6 +28,7 @@ constexpr int kDescriptionCol = 4;
 constexpr int kFixedWidth = 2;  // the first of the layouts whose fields have widths
 constexpr int kNewChannelWidth = 9;
 constexpr int kMostChannels = 99;
+constexpr qsizetype kLongestText = 255;
 
 int RowOf(int chan) {
     return chan + 1;
@@ -41,12 +43,17 @@ std::optional<std::int16_t> DateWidth(const QString& text) {
     return ToInt16(*number);
 }
 
+// A header that has lost its count still stands for one channel.
+int ShownChannels() {
+    return std::max<int>(StationInfo.Channels, 1);
+}
+
 }  // namespace
 
 frmImport::frmImport(QWidget* parent) : QDialog(parent), ui_(std::make_unique<Ui::frmImport>()) {
     ui_->setupUi(this);
     setWindowTitle(QStringLiteral("Import Setup - ") + StationTitle);
-    ui_->tbChan->setText(QString::number(StationInfo.Channels));
+    ui_->tbChan->setText(QString::number(ShownChannels()));
     ui_->updChan->SetBuddy(ui_->tbChan);
     ui_->updChan->SetMin(1);
     ui_->updChan->SetMax(kMostChannels);
@@ -71,7 +78,7 @@ frmImport::~frmImport() = default;
 void frmImport::FillGrid() {
     MSFlexGrid& grid = *ui_->MSFlexGrid1;
     grid.SetCols(5);
-    grid.SetRows(StationInfo.Channels + 2);
+    grid.SetRows(ShownChannels() + 2);
     int col = 0;
     for (const auto& [width, heading] : {std::pair{800, "Channel"},
                                          {800, "Width"},
@@ -83,7 +90,7 @@ void frmImport::FillGrid() {
     }
     grid.SetTextMatrix(kDateRow, kLabelCol, QStringLiteral("date"));
     grid.SetTextMatrix(kDateRow, kWidthCol, QString::number(StationInfo.ImportDtWidth));
-    for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
+    for (int chan = 1; chan <= ShownChannels(); ++chan) {
         grid.SetTextMatrix(RowOf(chan), 0, QString::number(chan));
         FillChannel(chan);
     }
@@ -149,19 +156,42 @@ StationShape frmImport::TypedShape() const {
     return shape;
 }
 
+QString frmImport::FaultOfInput() const {
+    const MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    if (!DateWidth(grid.TextMatrix(kDateRow, kWidthCol))) {
+        return QStringLiteral("The width of the date must be a whole number.");
+    }
+    for (int row = RowOf(1); row < grid.Rows(); ++row) {
+        for (const int col : {kUnitsCol, kLabelCol, kDescriptionCol}) {
+            if (grid.TextMatrix(row, col).size() > kLongestText) {
+                return QStringLiteral("The texts of a channel can have %1 characters at most.")
+                    .arg(kLongestText);
+            }
+        }
+    }
+    return {};
+}
+
+// Counted in the table as well: what the header doesn't know of would be erased all the same.
+bool frmImport::MayErase() const {
+    const int channels = ui_->updChan->Value();
+    return (channels >= StationInfo.Channels && channels >= CountReadingColumns()) ||
+           MsgBox(QStringLiteral("You have decreased the number of channels. "
+                                 "Data will be erased.  Do you want to continue?"),
+                  MsgBoxButtons::YesNo, MsgBoxIcon::Exclamation) == MsgBoxAnswer::Yes;
+}
+
 void frmImport::Confirm() {
     editing_->EndEdit();
-    if (!DateWidth(ui_->MSFlexGrid1->TextMatrix(kDateRow, kWidthCol))) {
-        WarnOfInput(QStringLiteral("The width of the date must be a whole number."));
-        return;
-    }
-    if (ui_->updChan->Value() < StationInfo.Channels &&
-        MsgBox(QStringLiteral("You have decreased the number of channels. "
-                              "Data will be erased.  Do you want to continue?"),
-               MsgBoxButtons::YesNo, MsgBoxIcon::Exclamation) != MsgBoxAnswer::Yes) {
+    const QString fault = FaultOfInput();
+    if (!fault.isEmpty()) {
+        WarnOfInput(fault);
         return;
     }
     try {
+        if (!MayErase()) {
+            return;
+        }
         const Hourglass hourglass;
         ReshapeStation(TypedShape());
     } catch (const AdoError& error) {

@@ -28,6 +28,10 @@ private:
     void FillChannel(int chan);
     void ChannelCountChanged();
     void Confirm();
+    // Empty where there is none.
+    QString FaultOfInput() const;
+    // Asks where readings would be lost. Raises AdoError.
+    bool MayErase() const;
     StationShape TypedShape() const;
 
     std::unique_ptr<Ui::frmImport> ui_;

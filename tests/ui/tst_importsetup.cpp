@@ -213,6 +213,15 @@ private Q_SLOTS:
         QCOMPARE(FolderText(station_->Folder()), before);
     }
 
+    // Readings of which the header doesn't know aren't erased without a question either.
+    void asksForWhatTheHeaderForgot() {
+        StationInfo.Channels = 1;
+        Show();
+        doors_->ExpectMessage(kDecrease, MsgBoxAnswer::No);
+        Click(*form_, u"cmdOK"_qs);
+        QCOMPARE(station_->Dump("Records"), u"2002-01-01 00:00:00 | 1.5 | 2.5"_qs);
+    }
+
     // The column of readings that a header has lost count of is put right; the space of what was
     // deleted is given back.
     void repairsAndCompacts() {
