@@ -58,29 +58,25 @@ private Q_SLOTS:
     }
     void cleanup() { connection_.reset(); }
 
+    // Each source read-only and updatable: the two walk alike.
     void sources_data() {
         const DataRows<QString, int, QString> row("source", "count", "rows");
         row("Information", 3, "b | 1; a | 2; NULL | 3");
         row("records", 4,
             "1/1/2002 | 1 | 10; 1/2/2002 | 2 | 20; 1/3/2002 | 3 | 30; 1/4/2002 | 4 | NULL");
-        row("SELECT chan2, datetime FROM Records ORDER BY CHAN1 DESC", 4,
-            "NULL | 1/4/2002; 30 | 1/3/2002; 20 | 1/2/2002; 10 | 1/1/2002");
-        row("SELECT * FROM Records WHERE DateTime >= #1/2/2002# AND DateTime <= #1/3/2002# ORDER "
-            "BY "
-            "DateTime ",
-            2, "1/2/2002 | 2 | 20; 1/3/2002 | 3 | 30");
-        row("SELECT * FROM [Records] WHERE chan1 = 9", 0, "");
+        row("SELECT chan2, datetime FROM [Records] WHERE DateTime >= #1/2/2002# AND DateTime <= "
+            "#1/3/2002# ORDER BY CHAN1 DESC ",
+            2, "30 | 1/3/2002; 20 | 1/2/2002");
+        row("SELECT * FROM Records WHERE chan1 = 9", 0, "");
     }
-    // Each source read-only and updatable: the two walk alike.
     void sources() {
         QFETCH(QString, source);
         QFETCH(int, count);
         QFETCH(QString, rows);
         const AdoErrorNumber error = count == 0 ? adErrNoCurrentRecord : noError;
-        for (const LockTypeEnum lock : {adLockUnspecified, adLockReadOnly, adLockOptimistic}) {
+        for (const LockTypeEnum lock : {adLockReadOnly, adLockOptimistic}) {
             Recordset set;
-            set.LockType = lock;
-            set.Open(source, *connection_);
+            set.Open(source, *connection_, adOpenStatic, lock);
             QCOMPARE(set.RecordCount(), count);
             QCOMPARE(Rest(set), rows);
             QCOMPARE(ErrorOf([&] { set.MoveNext(); }), adErrNoCurrentRecord);
@@ -93,42 +89,16 @@ private Q_SLOTS:
         }
     }
 
-    // Each is counted as it is walked, though not by the rows of one table.
-    void countsOtherForms() {
-        const auto count = [this](const QString& select) {
-            Recordset rows;
-            const auto update = [&] {
-                rows.Open(select, *connection_, adOpenStatic, adLockOptimistic);
-            };
-            if (ErrorOf(update) != adErrNotUpdatable) {
-                return u"can be updated"_qs;
-            }
-            rows.Open(select, *connection_, adOpenStatic, adLockReadOnly);
-            const std::int64_t told = rows.RecordCount();
-            return u"%1 of %2"_qs.arg(told).arg(Rest(rows).count(u';') + 1);
-        };
-        CompareEach(count,
-                    "SELECT max(chan1) FROM Records => 1 of 1; "
-                    "SELECT DISTINCT chan1 > 2 AS high FROM Records ORDER BY high => 2 of 2; "
-                    "SELECT chan1 FROM Records GROUP BY chan1 > 1 => 2 of 2; "
-                    "SELECT * FROM Records LIMIT 3 => 3 of 3; "
-                    "SELECT * FROM Records, Information => 12 of 12");
-    }
-
     void refusals() {
         Recordset rows;
         const auto open = [&](const QString& source) {
             return ErrorText(ErrorOf([&] { rows.Open(source, *connection_); }));
         };
-        QCOMPARE(ErrorOf([&] { rows.Eof(); }), adErrObjectClosed);
         CompareAll(open, ErrorText(adErrSyntax),
                    "Nothing; SELECT nothing FROM Records; "
                    "SELECT * FROM Records WHERE DateTime >= #13/32/2002#");
         QCOMPARE(open(u"Records"_qs), ErrorText(noError));
-        QCOMPARE(open(u"Records"_qs), ErrorText(adErrObjectOpen));
-        QCOMPARE(ErrorOf([&] { rows.Fields(3); }), adErrItemNotFound);
         QCOMPARE(ErrorOf([&] { rows.Fields(u"chan3"); }), adErrItemNotFound);
-        QCOMPARE(rows.Fields(u"DATETIME").Name(), u"DateTime"_qs);
         QCOMPARE(ErrorOf([&] { rows.AddNew(); }), adErrNotUpdatable);
         QCOMPARE(ErrorOf([&] { rows.Fields(1).SetValue(1); }), adErrNotUpdatable);
     }
@@ -187,19 +157,13 @@ private Q_SLOTS:
                    "TEXT(5) = 'caf\u00e9s!'; TEXT(5) = 1234.5");
     }
 
-    void numbersInTexts() {
-        RunPlainSql(path_,
-                    "UPDATE Information SET Name = CASE chan WHEN 1 THEN ' 2.5 ' WHEN 2 THEN "
-                    "'2.5 ft' END");
+    void aTextIsANumberAsAWhole() {
+        RunPlainSql(path_, "UPDATE Records SET chan1 = ' 2.5 ', chan2 = '2.5 ft'");
         for (const LockTypeEnum lock : {adLockReadOnly, adLockOptimistic}) {
             Recordset rows;
-            rows.Open(u"SELECT Name FROM Information"_qs, *connection_, adOpenStatic, lock);
-            QCOMPARE(rows.Fields(0).Number(), 2.5);
-            for (rows.MoveNext(); !rows.Eof(); rows.MoveNext()) {
-                QVERIFY(!rows.Fields(0).IsNumeric());
-                QCOMPARE(ErrorOf([&] { rows.Fields(0).Number(); }), adErrTypeMismatch);
-            }
-            QCOMPARE(rows.RecordCount(), 3);
+            OpenReadings(rows, lock);
+            QCOMPARE(rows.Fields(1).Number(), 2.5);
+            QVERIFY(!rows.Fields(2).IsNumeric());
         }
     }
 
@@ -256,17 +220,12 @@ private Q_SLOTS:
         rows.AddNew();
         rows.Fields(0).SetValue(37256);
         rows.Fields(2).SetValue(5);
-        QCOMPARE(FieldText(rows.Fields(1)) + FieldText(rows.Fields(2)), u"NULL5"_qs);
         rows.AddNew();  // writes the first
-        QCOMPARE(FieldText(rows.Fields(2)), u"NULL"_qs);
         rows.Fields(0).SetValue(37258);
         QCOMPARE(ErrorOf([&] { rows.Update(); }), adErrDuplicate);
         QCOMPARE(ErrorOf([&] { rows.AddNew(); }), adErrDuplicate);  // still pending
         rows.CancelUpdate();
         QCOMPARE(rows.Fields(0).Text(), u"12/31/2001"_qs);  // the row before
-        rows.AddNew();
-        QCOMPARE(ErrorOf([&] { rows.Update(); }), adErrGeneral);  // no time
-        rows.CancelUpdate();
         rows.Fields(1).SetValue(6);
         rows.Update();
         QCOMPARE(Rest(rows), u"12/31/2001 | 6 | 5"_qs);  // new rows are the last ones
@@ -278,25 +237,6 @@ private Q_SLOTS:
         QCOMPARE(rows.Fields(0).Text(), u"12/25/2001 6:00:00 AM"_qs);
         QCOMPARE(DumpTable(path_, u"SELECT * FROM Records LIMIT 2"_qs),
                  u"2001-12-25 06:00:00 | NULL | NULL\n2001-12-31 00:00:00 | 6 | 5"_qs);
-    }
-
-    void appendingReadsNoTable() {
-        RunPlainSql(path_,
-                    "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE "
-                    "i < 50000) INSERT INTO Records SELECT 37260 + i, i, i FROM n");
-        connection_->Close();
-        connection_->Open(u"Data Source = "_qs + path_);
-        Recordset rows;
-        rows.Open(u"Records"_qs, *connection_, adOpenUnspecified, adLockOptimistic);
-        QCOMPARE(rows.FieldCount(), 3);
-        rows.AddNew();
-        rows.Fields(0).SetValue(37255);
-        rows.Update();
-        int pagesRead = 0;
-        int unused = 0;
-        sqlite3_db_status(connection_->database()->handle(), SQLITE_DBSTATUS_CACHE_MISS, &pagesRead,
-                          &unused, 0);
-        QVERIFY2(pagesRead < 20, qPrintable(QString::number(pagesRead)));
     }
 
     void deletes() {
@@ -314,12 +254,8 @@ private Q_SLOTS:
         rows.Delete();
         QVERIFY(rows.Eof());
         QCOMPARE(ErrorOf([&] { rows.Delete(); }), adErrNoCurrentRecord);
-        QCOMPARE(ErrorOf([&] { rows.Fields(0).SetValue(1); }), adErrNoCurrentRecord);
-        rows.AddNew();
-        rows.Fields(1).SetValue(4);
-        rows.Update();
-        QCOMPARE(rows.RecordCount(), 2);
-        QCOMPARE(DumpTable(path_, u"Information"_qs), u"b | 1\nNULL | 4"_qs);
+        QCOMPARE(rows.RecordCount(), 1);
+        QCOMPARE(DumpTable(path_, u"Information"_qs), u"b | 1"_qs);
     }
 
     void rowsThatLeftTheTableArePassedOver() {
@@ -334,12 +270,8 @@ private Q_SLOTS:
         QCOMPARE(rows.Fields(1).Number(), 4.0);
         rows.MoveFirst();
         QCOMPARE(Rest(rows), u"1/1/2002 | 1 | 10; 1/4/2002 | 4 | NULL"_qs);
-        rows.SetAbsolutePosition(3);
-        QCOMPARE(rows.AbsolutePosition(), 4);
-        QCOMPARE(ErrorOf([&] { rows.SetAbsolutePosition(5); }), adErrNoCurrentRecord);
         connection_->Execute(u"DELETE * FROM Records"_qs);
         QCOMPARE(ErrorOf([&] { rows.MoveLast(); }), adErrNoCurrentRecord);
-        QVERIFY(rows.Eof());
     }
 
     void finds() {
