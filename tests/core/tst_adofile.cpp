@@ -177,8 +177,10 @@ private Q_SLOTS:
         {
             Transaction transaction(connection);
             remove();
-            const FullDisk full(4096);
-            QCOMPARE(ErrorOf([&] { transaction.Commit(); }), adErrGeneral);
+            {
+                const FullDisk full(4096);
+                QCOMPARE(ErrorOf([&] { transaction.Commit(); }), adErrGeneral);
+            }
             // What comes after a lost beginning isn't stored either.
             QCOMPARE(ErrorOf(remove), adErrGeneral);
             QCOMPARE(ErrorOf([&] { Append(records, 1); }), adErrGeneral);
