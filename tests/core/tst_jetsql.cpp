@@ -21,7 +21,7 @@ private Q_SLOTS:
                     "CREATE TABLE Journal (\n"
                     "  \"DateTime\" DATETIME PRIMARY KEY, -- of the visit, local\n"
                     "  chan SMALLINT NOT NULL DEFAULT (1 + 0) CHECK (chan > 0 AND chan < 100),\n"
-                    "  notes TEXT ( 50 ) COLLATE NOCASE, [read 1] SINGLE UNIQUE) WITHOUT ROWID;"
+                    "  notes TEXT ( 50 ), [read 1] SINGLE UNIQUE) WITHOUT ROWID;"
                     "CREATE INDEX byNotes ON Journal (notes);"
                     "INSERT INTO Journal VALUES (3, 2, 'x', 1.5), (1, 1, NULL, 2.5)");
         connection_.Open(u"Data Source = "_qs + path_);
