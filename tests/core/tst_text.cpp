@@ -177,7 +177,8 @@ private Q_SLOTS:
     void typedNumbers() {
         CompareEach(TypedNumbers,
                     "en_US  1,234,567.5  => 1, 1234567.5; en_US 1.5E-05 => 1.5e-05, 1.5e-05; "
-                    "en_US 12,34 => 12, nothing; en_US ,123 => 0, nothing; "
+                    "en_US 12,34 => 12, nothing; en_US 1234,567 => 1234, nothing; en_US ,123 => 0, "
+                    "nothing; "
                     "en_US 1.234,567 => 1.234, nothing; en_US 2 ft => 2, nothing; "
                     "en_US  => 0, nothing; de_DE 1.234.567,5 => 1.234, 1234567.5; "
                     "de_DE -1,5 => -1.5, -1.5; de_DE 1.5 => 1.5, nothing; "
