@@ -47,81 +47,73 @@ private Q_SLOTS:
         QCOMPARE(between(kEnd, kEnd), u"5"_qs);
     }
 
+    // The stories begin with hourly readings from 2002-03-01 on.
     void Corrections_data() {
         const DataRows<QString, QString, QString> row("rule", "story", "values");
-        row("records without a reading are left out", "readings 2002-03-01 every 15: 1 - 3", "1 3");
+        row("records without a reading are left out", "1 - 3", "1 3");
 
         // 0.10 at the first visit, 0.30 at the second; a quarter of the way: 0.10 + 0.25 * 0.20
         row("straight line between two visits, constant beyond",
-            "readings 1890-01-01 every 60: 0; readings 2002-02-28 every 1440: 0 0 0 0 0 0 0; "
+            "0; readings 1890-01-01 every 60: 0; readings 2002-03-02 every 1440: 0 0 0 0 0; "
             "readings 4000-01-01 every 60: 0; visit 2002-03-05: 2 2.3; visit 2002-03-01: 1 1.1",
-            "0.1 0.1 0.1 0.15 0.2 0.25 0.3 0.3 0.3");
+            "0.1 0.1 0.15 0.2 0.25 0.3 0.3 0.3");
         row("visits long before the readings; those not in use and of other channels take no part",
-            "readings 2002-03-02 every 2880: 0 0; visit 2002-01-01: 1 9; visit 2002-02-01: 1 5; "
-            "visit 2002-03-01: 3 1; unused 2002-03-02: 0 100; visit2 2002-03-02: 0 200; "
-            "visit 2002-03-03: 3 2",
-            "-1.5 -1");
+            "0 0 0; visit 2002-01-01: 1 9; visit 2002-02-01: 1 5; visit 2002-03-01: 3 1; unused "
+            "2002-03-01 01:00: 0 100; visit2 2002-03-01 01:00: 0 200; visit 2002-03-01 02:00: 3 2",
+            "-2 -1.5 -1");
         row("two visits at one time: a step",
-            "readings 2002-03-02 every 720: 0 0; visit 2002-03-01: 0 1; visit 2002-03-02: 0 2; "
-            "visit 2002-03-02: 0 6; visit 2002-03-03: 0 8",
-            "2 7");
+            "0 0 0 0 0; visit 2002-03-01: 0 1; visit 2002-03-01 02:00: 0 2; "
+            "visit 2002-03-01 02:00: 0 6; visit 2002-03-01 04:00: 0 8",
+            "1 1.5 2 7 8");
         row("a visit without a reading voids both of its intervals",
-            "readings 2002-03-01 every 720: 0 0 0 0 0 0; visit 2002-03-01: 0 1; "
-            "visit 2002-03-02: - 2; visit 2002-03-03: 0 3",
+            "0 0 0 0 0 0; visit 2002-03-01: 0 1; visit 2002-03-01 02:00: - 2; "
+            "visit 2002-03-01 04:00: 0 3",
             "1 nan nan nan nan 3");
 
         // 3 * (3 - 1)^2, and no flow at or below 1
-        row("equation", "readings 2002-03-01 every 60: 3 1.5 1 0.5 -4; equation 2002-01-01: 1 2 3",
-            "12 0.75 0 0 0");
+        row("equation", "3 1.5 1 0.5 -4; equation 2002-01-01: 1 2 3", "12 0.75 0 0 0");
         // Slopes 20 and 10: below 1 the first goes on, above 4 the second.
-        row("table",
-            "readings 2002-03-01 every 60: 3 2 4 1 0.5 0 5 1.25; "
-            "table 2002-01-01: 4 50 1 10 2 30",
+        row("table", "3 2 4 1 0.5 0 5 1.25; table 2002-01-01: 4 50 1 10 2 30",
             "40 30 50 10 0 -10 60 15");
-        row("one point", "readings 2002-03-01 every 60: 0 2 9; table 2002-01-01: 2 30", "30 30 30");
+        row("one point", "0 2 9; table 2002-01-01: 2 30", "30 30 30");
         row("equal depths at both ends",
-            "readings 2002-03-01 every 60: 0.5 1 1.5 3 4; "
-            "table 2002-01-01: 1 10 1 10 2 30 3 40 3 40",
-            "10 10 20 40 40");
-        row("no points", "readings 2002-03-01 every 60: -1 0.5 7; table 2002-01-01:", "-1 0.5 7");
+            "0.5 1 1.5 3 4; table 2002-01-01: 1 10 1 10 2 30 3 40 3 40", "10 10 20 40 40");
+        row("no points", "-1 0.5 7; table 2002-01-01:", "-1 0.5 7");
 
         row("the first rating serves before its time, the others just after theirs",
-            "readings 1850-01-01 every 60: 1; readings 2002-02-28 23:00 every 60: 1 1 1 1; "
+            "1 1 1; readings 1850-01-01 every 60: 1; readings 5000-01-01 every 60: 1; "
             "equation 2002-03-01: 0 1 7; equation2 2002-03-01: 0 1 9; "
-            "equation 2002-03-01 01:00: 0 1 8; readings 5000-01-01 every 60: 1",
-            "7 7 7 7 8 8");
-        // The second table comes into force, and the third, while the equation rules.
+            "equation 2002-03-01 01:00: 0 1 8",
+            "7 7 7 8 8");
+        // Both apply from just after their time, and each table where it is its turn.
         row("tables and an equation by turns",
-            "readings 2002-03-01 every 60: 1 1 1 1 1 1; table 2002-01-01: 0 0 1 10; "
-            "table 2002-03-01: 0 0 1 20; equation 2002-03-01 01:00: 0 1 7; "
-            "table 2002-03-01 04:00: 0 0 1 30; table2 2002-03-01 04:00: 0 0 1 900",
+            "1 1 1 1 1 1; table 2002-01-01: 0 0 1 10; table 2002-03-01: 0 0 1 20; equation "
+            "2002-03-01 01:00: 0 1 7; table 2002-03-01 04:00: 0 0 1 30; table2 2002-03-01: 0 0 1 9",
             "10 20 7 7 7 30");
 
         // 3 * (1 + 1 - 1)^2; 3 * (2 + 2 - 1)^2; 100 * (3 + 3)
         row("the rating sees the corrected reading",
-            "readings 2002-03-01 every 60: 1 2 3; visit 2002-03-01: 1 2; "
-            "visit 2002-03-01 02:00: 1 4; equation 2002-01-01: 1 2 3; "
-            "table 2002-03-01 01:00: 0 0 1 100",
+            "1 2 3; visit 2002-03-01: 1 2; visit 2002-03-01 02:00: 1 4; "
+            "equation 2002-01-01: 1 2 3; table 2002-03-01 01:00: 0 0 1 100",
             "3 27 600");
         // The table gives 30 whatever the depth.
         row("a reading that the journal voids",
-            "readings 2002-03-01 every 60: 1 2 3; visit 2002-03-01: 0 1; "
-            "visit 2002-03-01 01:00: 0 -; visit 2002-03-01 01:30: 0 1; table 2002-01-01: 2 30",
+            "1 2 3; visit 2002-03-01: 0 1; visit 2002-03-01 01:00: 0 -; "
+            "visit 2002-03-01 01:30: 0 1; table 2002-01-01: 2 30",
             "30 nan 30");
     }
     void Corrections() {
         QFETCH(QString, story);
         ScriptedDoors doors;
         StationFixture station(2);
-        Tell(station, story);
+        Tell(station, u"readings 2002-03-01 every 60: "_qs + story);
         // Only 1 turns a step on.
         ChannelInfo[1].Calibration = story.contains(u"visit ") ? 1 : 2;
         ChannelInfo[1].Conversion =
             story.contains(u"equation ") || story.contains(u"table ") ? 1 : 2;
-        for (const int chan : {1, 2, 1}) {  // the second has no readings, which isn't told
-            LoadSeries(At("1800-01-01"), At("6000-01-01"), chan);
-            QCOMPARE(InstCount == 0, chan == 2);
-        }
+        LoadSeries(At("1800-01-01"), At("6000-01-01"), 2);
+        QCOMPARE(InstCount, 0);  // it has rows without readings, which isn't told
+        LoadSeries(At("1800-01-01"), At("6000-01-01"), 1);
         QTEST(ValuesText(), "values");
     }
 
@@ -157,24 +149,12 @@ private Q_SLOTS:
         load(kBegin, kEnd, u"No offset data for this channel"_qs);
         ChannelInfo[1].Conversion = 1;
         load(kBegin, kEnd, u"No rating/conversion data this channel"_qs);
-    }
-
-    void DatabaseFailureLeavesNoSeries() {
-        ScriptedDoors doors;
-        StationFixture station;
-        Tell(station,
-             u"readings 2002-03-01 every 60: 1 2; visit 2002-01-01: 1 2; "
-             "equation 2002-01-01: 0 1 1"_qs);
-        ChannelInfo[1].Calibration = ChannelInfo[1].Conversion = 1;
-        LoadSeries(kBegin, kEnd, 1);
-        QCOMPARE(ValuesText(), u"2 3"_qs);
+        Tell(station, u"equation 2002-01-01: 0 1 1; visit 2002-01-01: 0 1"_qs);
         // Each is missed before the one that is lost already.
         for (const char* lost : {"Records", "Calibration", "ConversionT", "ConversionEq"}) {
             StationConnection->Execute(u"DROP TABLE "_qs + QLatin1String(lost));
-            doors.ExpectMessage(u"The readings can't be read: no such table: "_qs +
-                                QLatin1String(lost));
-            LoadSeries(kBegin, kEnd, 1);
-            QCOMPARE(InstCount, 0);
+            load(kBegin, kEnd,
+                 u"The readings can't be read: no such table: "_qs + QLatin1String(lost));
         }
     }
 
@@ -227,7 +207,7 @@ private Q_SLOTS:
         station.WithReadings("2002-03-01", 15, readings);
         StationInfo.TimeIncrement = 15 / 1440.0;
         LoadDailySeries(kBegin, kEnd, 1);
-        QCOMPARE(QString::number(DailyMean[1], 'g', 17), QString::number(sum / 96, 'g', 17));
+        QVERIFY(DailyMean[1] == sum / 96);
     }
 
     void StepOfTheIncrementIsNoGap() {
