@@ -81,7 +81,7 @@ private Q_SLOTS:
     void refuses() {
         const QString before = TableText();
         const auto execute = [this](const QString& statement) { return ExecuteError(statement); };
-        CompareAll(execute, QString::number(adErrSyntax),
+        CompareAll(execute, ErrorText(adErrSyntax),
                    "DELETE * FROM Journal WHERE DateTime < #31/1/2002#; "
                    "DELETE * FROM Journal WHERE DateTime < #1/1/2002; DELETE FROM Journal '; "
                    "ALTER TABLE Journal ALTER COLUMN notes FLOWS; "
@@ -130,7 +130,7 @@ private Q_SLOTS:
         rows.Open(u"Journal"_qs, *connection_);
         const QString before = TableText();
         QCOMPARE(ExecuteError(u"ALTER TABLE Journal ALTER COLUMN notes TEXT(255)"_qs),
-                 QString::number(adErrGeneral));
+                 ErrorText(adErrGeneral));
         QCOMPARE(TableText(), before);
         rows.MoveNext();
         QCOMPARE(rows.Fields(1).Number(), 2.0);
@@ -168,10 +168,8 @@ private Q_SLOTS:
         Recordset rows;
         OpenReadings(rows, adLockReadOnly);
         RunPlainSql(path_, "DELETE FROM Records WHERE chan1 > 1");
-        QCOMPARE(rows.RecordCount(), 4);
         rows.MoveNext();
-        rows.MoveFirst();
-        QCOMPARE(Rest(rows).count(u','), 3);
+        QCOMPARE(Rest(rows).count(u','), 2);
         rows.MoveFirst();
         QCOMPARE(Rest(rows), u"1/1/2002 | 1 | 10"_qs);
     }
@@ -287,55 +285,27 @@ private Q_SLOTS:
         rows.Delete();  // with its change; the next row is current
         QCOMPARE(rows.Fields(1).Text(), u"3"_qs);
         rows.AddNew();
-        rows.Fields(1).SetValue(9);
-        rows.Delete();
-        rows.Fields(0).SetValue(u"c"_qs);
-        rows.Update();
+        rows.Delete();  // the new one
         rows.Delete();
         QVERIFY(rows.Eof());
         QCOMPARE(ErrorOf([&] { rows.Delete(); }), adErrNoCurrentRecord);
-        QCOMPARE(rows.RecordCount(), 1);
         QCOMPARE(DumpTable(path_, u"Information"_qs), u"b | 1"_qs);
     }
 
     void rowsThatLeftTheTableArePassedOver() {
         Recordset rows;
         OpenReadings(rows, adLockOptimistic);
-        QCOMPARE(rows.RecordCount(), 4);
         rows.MoveNext();
         rows.Fields(1).SetValue(7);
         connection_->Execute(u"DELETE * FROM Records WHERE chan1 = 2 or chan1 = 3"_qs);
         QCOMPARE(ErrorOf([&] { rows.MoveNext(); }), adErrGeneral);
         rows.CancelUpdate();
         QCOMPARE(rows.Fields(1).Number(), 4.0);
-        rows.MoveFirst();
-        QCOMPARE(Rest(rows), u"1/1/2002 | 1 | 10, 1/4/2002 | 4 | NULL"_qs);
-        connection_->Execute(u"DELETE * FROM Records"_qs);
-        QCOMPARE(ErrorOf([&] { rows.MoveLast(); }), adErrNoCurrentRecord);
-    }
-
-    void finds() {
-        for (const LockTypeEnum lock : {adLockReadOnly, adLockOptimistic}) {
-            // The column chan1 of the row, or the error.
-            const auto find = [this, lock](const QString& criterion) {
-                Recordset rows;
-                OpenReadings(rows, lock);
-                const AdoErrorNumber error = ErrorOf([&] { rows.Find(criterion); });
-                const QString row = rows.Eof() ? u"end"_qs : rows.Fields(1).Text();
-                return error == noError ? row : ErrorText(error);
-            };
-            CompareEach(find,
-                        "DateTime >= #1/2/2002# => 2; datetime>#1/2/2002 12:00:00 AM# => 3; "
-                        "DateTime >= #1/2/2002 00:00:01# => 3; DateTime <= #1/2/2002# => 1; "
-                        "[DateTime] = #1/4/2002# => 4; chan2 <> 10 => 2; chan2 > -1e9  => 1; "
-                        "DateTime >= #1/5/2002# => end; chan3 = 30 => 3265");
-            CompareAll(find, ErrorText(adErrSyntax), "chan2 =; chan2 == 30; DateTime >= #noon#");
-        }
     }
 
 private:
     QString ExecuteError(const QString& statement) {
-        return QString::number(ErrorOf([&] { connection_->Execute(statement); }));
+        return ErrorText(ErrorOf([&] { connection_->Execute(statement); }));
     }
 
     // The statements that make the journal, then its rows.

@@ -1,3 +1,4 @@
+#include <QBuffer>
 #include <QtTest>
 #include <algorithm>
 
@@ -11,32 +12,23 @@ using namespace rillbook;
 namespace {
 
 // Gives its bytes in pieces, and fails where it should.
-class Trickle : public QIODevice {
+class Trickle : public QBuffer {
 public:
-    Trickle(QByteArray bytes, qint64 piece, qint64 failAt = -1)
-        : bytes_(std::move(bytes)), piece_(piece), failAt_(failAt) {
+    Trickle(const QByteArray& bytes, qint64 piece, qint64 failAt = -1)
+        : piece_(piece), failAt_(failAt) {
+        setData(bytes);
         open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
-    bool isSequential() const override { return true; }
 
 protected:
     qint64 readData(char* data, qint64 size) override {
-        if (failAt_ >= 0 && at_ >= failAt_) {
-            return -1;
-        }
-        const qint64 end = failAt_ >= 0 ? failAt_ : bytes_.size();
-        const qint64 count = std::min({piece_, size, end - at_});
-        std::copy_n(bytes_.constData() + at_, count, data);
-        at_ += count;
-        return count;
+        const qint64 left = failAt_ < 0 ? size : failAt_ - pos();
+        return left == 0 ? -1 : QBuffer::readData(data, std::min({piece_, size, left}));
     }
-    qint64 writeData(const char*, qint64) override { return -1; }
 
 private:
-    const QByteArray bytes_;
     const qint64 piece_;
     const qint64 failAt_;
-    qint64 at_ = 0;
 };
 
 // The lines in brackets, of a reader that keeps eight bytes of each.
