@@ -3,10 +3,12 @@
 
 #include "compute/Compute.h"
 #include "compute/Summary.h"
+#include "import/Import.h"
 #include "platform/ado/Recordset.h"
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
 #include "tests/support/DataRows.h"
+#include "tests/support/PlainFiles.h"
 #include "tests/support/ScriptedDoors.h"
 #include "tests/support/SeriesText.h"
 #include "tests/support/StationFixture.h"
@@ -23,6 +25,18 @@ QString ValuesText() {
         values += ValueText(InstValues[i]);
     }
     return values.join(u' ');
+}
+
+const QString kFieldFolder = QStringLiteral(RILLBOOK_SOURCE_DIR "/../shared/data/");
+
+// The lines of a file as columns.
+QList<QStringList> Lines(const QString& name) {
+    QList<QStringList> lines;
+    for (const QString& line :
+         QString::fromLatin1(ReadBytes(kFieldFolder + name)).split(u'\n', Qt::SkipEmptyParts)) {
+        lines += line.trimmed().split(u',');
+    }
+    return lines;
 }
 
 class TestSeries : public QObject {
@@ -219,6 +233,68 @@ private Q_SLOTS:
             }
             QVERIFY(IsGap(MomentOf(0, seconds + 1), MomentOf(0, seconds)));
         }
+    }
+
+    // Loggers' own files against what their owners published.
+    void StageCorrectedByTheJournal() {
+        if (!QDir(kFieldFolder).exists()) {
+            QSKIP("The field data isn't on this machine");
+        }
+        ScriptedDoors doors;
+        StationFixture station;
+        doors.ExpectMessage(ImportMessage(8841, 0, 0));
+        ImportFile(kFieldFolder + u"type1_stage_raw.csv"_qs);
+        Tell(station,
+             u"visit 2019-08-21 11:45: 0 9; visit 2019-09-20 10:45: 0 9.75; "
+             "visit 2019-09-20 11:15: 0 9; visit 2019-10-24 11:00: 0 9.3; "
+             "visit 2019-10-24 11:30: 0 9; visit 2019-11-21 13:45: 0 10.5"_qs);
+        ChannelInfo[1].Calibration = 1;
+        LoadSeries(At("2019-08-21"), At("2019-11-22"), 1);
+        QStringList differing;
+        int byHand = 0;
+        std::size_t i = 0;
+        for (const QStringList& row : Lines(u"type1_stage_corrected_expected.csv"_qs)) {
+            QCOMPARE(MomentText(InstTimes.at(++i)), row[0] + u":00"_qs);
+            if (row[3] == u"1") {
+                ++byHand;
+            } else if (!(std::abs(InstValues[i] - row[2].toDouble()) <= 1e-5)) {
+                differing += row[0] + u' ' + row[2];
+            }
+        }
+        QCOMPARE(differing.join(u'\n'), QString());
+        QCOMPARE(QList<int>({InstCount, byHand}), QList<int>({static_cast<int>(i), 3}));
+    }
+
+    void DailyMeansOfDischarge() {
+        if (!QDir(kFieldFolder).exists()) {
+            QSKIP("The field data isn't on this machine");
+        }
+        ScriptedDoors doors;
+        StationFixture station;
+        StationInfo.ImportType = 1;
+        StationInfo.TimeIncrement = MomentOf(0, 15 * 60);
+        doors.ExpectMessage(ImportMessage(216115, 0, 24));
+        ImportFile(kFieldFolder + u"type2_discharge_15min.csv"_qs);
+        LoadDailySeries(At("2008-01-01"), At("2016-01-01"), 1);
+        QHash<QString, double> means;
+        for (std::size_t i = 1; i <= static_cast<std::size_t>(DailyCount); ++i) {
+            means.insert(MomentText(DailyDates[i]).left(10), DailyMean[i]);
+        }
+        int compared = 0;
+        int withinHalf = 0;
+        int withinFive = 0;
+        for (const QStringList& row : Lines(u"type2_discharge_published_daily.csv"_qs)) {
+            if (row.last() == u"1" && means.contains(row[0])) {
+                const double published = row[1].toDouble();
+                const double difference = std::abs(means.value(row[0]) - published);
+                ++compared;
+                withinHalf += difference <= std::max(0.0051 * published, 0.005) ? 1 : 0;
+                withinFive += difference <= 0.05 * published ? 1 : 0;
+            }
+        }
+        // The published rule takes trapezoids from midnight to midnight, so that not every day
+        // agrees.
+        QCOMPARE(QList<int>({compared, withinHalf, withinFive}), QList<int>({1575, 1415, 1573}));
     }
 };
 
