@@ -124,18 +124,6 @@ private Q_SLOTS:
                  "1900-01-02 00:00:00 | 2 | x | 1.5 | NULL"_qs);
     }
 
-    // An older station is upgraded whole or stays as it was.
-    void anOpenWalkKeepsItsTable() {
-        Recordset rows;
-        rows.Open(u"Journal"_qs, *connection_);
-        const QString before = TableText();
-        QCOMPARE(ExecuteError(u"ALTER TABLE Journal ALTER COLUMN notes TEXT(255)"_qs),
-                 ErrorText(adErrGeneral));
-        QCOMPARE(TableText(), before);
-        rows.MoveNext();
-        QCOMPARE(rows.Fields(1).Number(), 2.0);
-    }
-
     // A walk, and a second one from the first row on, read-only and updatable: they walk alike.
     void sources() {
         for (const LockTypeEnum lock : {adLockReadOnly, adLockOptimistic}) {
@@ -162,16 +150,6 @@ private Q_SLOTS:
                 "SELECT * FROM Records WHERE chan1 = 9 => 0:  then 3021; "
                 "Nothing => -2147217900; SELECT nothing FROM Records => -2147217900");
         }
-    }
-
-    void aWalkSeesTheDataAsTheyWere() {
-        Recordset rows;
-        OpenReadings(rows, adLockReadOnly);
-        RunPlainSql(path_, "DELETE FROM Records WHERE chan1 > 1");
-        rows.MoveNext();
-        QCOMPARE(Rest(rows).count(u','), 2);
-        rows.MoveFirst();
-        QCOMPARE(Rest(rows), u"1/1/2002 | 1 | 10"_qs);
     }
 
     // What a column of a type makes of a value: as SQLite has it, and as the field shows it.
@@ -290,17 +268,6 @@ private Q_SLOTS:
         QVERIFY(rows.Eof());
         QCOMPARE(ErrorOf([&] { rows.Delete(); }), adErrNoCurrentRecord);
         QCOMPARE(DumpTable(path_, u"Information"_qs), u"b | 1"_qs);
-    }
-
-    void rowsThatLeftTheTableArePassedOver() {
-        Recordset rows;
-        OpenReadings(rows, adLockOptimistic);
-        rows.MoveNext();
-        rows.Fields(1).SetValue(7);
-        connection_->Execute(u"DELETE * FROM Records WHERE chan1 = 2 or chan1 = 3"_qs);
-        QCOMPARE(ErrorOf([&] { rows.MoveNext(); }), adErrGeneral);
-        rows.CancelUpdate();
-        QCOMPARE(rows.Fields(1).Number(), 4.0);
     }
 
 private:

@@ -2,7 +2,6 @@
 #include <sqlite3.h>
 
 #include <QtTest>
-#include <iostream>
 
 #include "platform/ado/Connection.h"
 #include "platform/ado/JetEngine.h"
@@ -36,32 +35,12 @@ void OpenToAppend(Recordset& records, Connection& connection) {
     records.Open(u"Records"_qs, connection, adOpenUnspecified, adLockOptimistic);
 }
 
-void Append(Recordset& records, int number) {
-    records.AddNew();
-    records.Fields(0).SetValue(37257 + number / 96.0);
-    records.Fields(1).SetValue(number * 0.5);
-    records.Update();
-}
-
 const QByteArray kRecords =
     "CREATE TABLE Records (\"DateTime\" DATETIME NOT NULL PRIMARY KEY, chan1 SINGLE) WITHOUT ROWID;"
     "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 4999) "
     "INSERT INTO Records SELECT 30000 + i / 96.0, i FROM n;";
 const QByteArray kWriteAhead = "PRAGMA journal_mode = WAL;" + kRecords;
 const QByteArray kLateRow = "INSERT INTO Records VALUES (50000, 1.5)";
-
-// Appends in a transaction and says after each row how many there are.
-[[noreturn]] void AppendUntilKilled(const QString& path) {
-    Connection connection;
-    connection.Open(Source(path));
-    connection.BeginTrans();
-    Recordset records;
-    OpenToAppend(records, connection);
-    for (int i = 0;; ++i) {
-        Append(records, i);
-        std::cout << i + 1 << std::endl;
-    }
-}
 
 }  // namespace
 
@@ -156,23 +135,14 @@ private Q_SLOTS:
         QCOMPARE(FolderText(folder_->path()), before);
     }
 
-    void aKilledTransactionLeavesNothing() {
-        RunPlainSql(path_, kRecords);
-        OtherProgram other(u"--append"_qs, {path_});
-        for (int rows = 0; rows < 3000; ++rows) {
-            QVERIFY(!other.NextLine().isEmpty());
-        }
-        other.Kill();
-        QCOMPARE(OpenError(path_), noError);
-        QCOMPARE(DumpTable(path_, u"SELECT count(*) FROM Records"_qs), u"5000"_qs);
-    }
-
     void fullDiskLosesNothing() {
         RunPlainSql(path_, kRecords);
         Connection connection;
         connection.Open(Source(path_));
         Recordset records;
         OpenToAppend(records, connection);
+        records.AddNew();
+        records.Fields(0).SetValue(1);
         const auto remove = [&] { connection.Execute(u"DELETE * FROM Records"_qs); };
         {
             Transaction transaction(connection);
@@ -183,7 +153,7 @@ private Q_SLOTS:
             }
             // What comes after a lost beginning isn't stored either.
             QCOMPARE(ErrorOf(remove), adErrGeneral);
-            QCOMPARE(ErrorOf([&] { Append(records, 1); }), adErrGeneral);
+            QCOMPARE(ErrorOf([&] { records.Update(); }), adErrGeneral);
             QCOMPARE(ErrorOf([&] { transaction.Commit(); }), adErrGeneral);
             records.CancelUpdate();
         }
@@ -222,8 +192,6 @@ private Q_SLOTS:
         connection.Close();
         QCOMPARE(ErrorOf([&] { reader.MoveNext(); }), adErrObjectClosed);
         QCOMPARE(ErrorOf([&] { writer.Update(); }), adErrObjectClosed);
-        QCOMPARE(ErrorOf([&] { connection.Execute(u"DELETE * FROM t"_qs); }), adErrObjectClosed);
-        QCOMPARE(ErrorOf([&] { writer.Open(u"Records"_qs, connection); }), adErrObjectClosed);
     }
 
 private:
@@ -244,13 +212,5 @@ private:
     QString path_;
 };
 
-int main(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() == 3 && arguments[1] == u"--append") {
-        AppendUntilKilled(arguments[2]);
-    }
-    TestAdoFile test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_GUILESS_MAIN(TestAdoFile)
 #include "tst_adofile.moc"

@@ -7,11 +7,9 @@
 #include <unistd.h>
 
 #include <QElapsedTimer>
-#include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QtTest>
 #include <csignal>
-#include <numeric>
 
 #include "app/SharedState.h"
 #include "import/Import.h"
@@ -189,25 +187,6 @@ private Q_SLOTS:
     }
     void fieldFiles() { CheckIn(fieldFolder); }
 
-    // Whatever the bytes: each line is counted once, and what counts as readable is stored.
-    void noise() {
-        const QByteArray alphabet("00112345:/,,.  \n\n\r\t-+eEAPM\0\xEF\xBB\xBF", 31);
-        for (int type = 0; type <= 3; ++type) {
-            QRandomGenerator random(20020101);
-            QByteArray bytes;
-            for (int i = 0; i < 300'000; ++i) {
-                bytes += alphabet[random.bounded(static_cast<int>(alphabet.size()))];
-            }
-            StationFixture station(3);
-            SetLayout(type, u"6, 2, 0, 1"_qs);
-            const QList<int> counts = Numbers(Import(station.LoggerFile(bytes)));
-            bytes.replace("\r\n", "\n").replace('\r', '\n');
-            const auto lines = bytes.count('\n') + (bytes.endsWith('\n') ? 0 : 1);
-            QCOMPARE(std::accumulate(counts.begin(), counts.end(), 0), static_cast<int>(lines));
-            QCOMPARE(station.Dump("SELECT count(*) FROM Records"), QString::number(counts[0]));
-        }
-    }
-
     // Each attempt waits for the lock: thousands of lines must not wait in turn.
     void lockedByAnotherProgram() {
         StationFixture station;
@@ -274,26 +253,6 @@ private Q_SLOTS:
                      lines - stored));
         QCOMPARE(Import(file), u"%1, 0, %2"_qs.arg(lines - stored).arg(stored));
         QCOMPARE(StoredReadings(station), lines);
-    }
-
-    void readOnly() {
-        StationFixture station;
-        station.WithRecord("2002-01-01 00:01", {8.5});
-        station.Close();
-        const QString file = station.LoggerFile(Readings(3));
-        const QString before = FolderText(station.Folder());
-        QFile::setPermissions(station.Path(), QFile::Permissions(0x4444));
-        QFile::setPermissions(station.Folder(), QFile::Permissions(0x5555));
-        QString told;
-        {
-            const OrdinaryUser user;
-            station.Open();
-            told = Import(file);
-            station.Close();
-        }
-        QFile::setPermissions(station.Folder(), QFile::Permissions(0x7777));
-        QCOMPARE(told, u"3, 0, 0\n! 3 of the readable records could not be stored!"_qs);
-        QCOMPARE(FolderText(station.Folder()), before);
     }
 
 private:

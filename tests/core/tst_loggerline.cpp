@@ -76,25 +76,6 @@ private Q_SLOTS:
         }
     }
 
-    // Lines of all lengths across the borders of what is read at a time.
-    void manyLines() {
-        QByteArray bytes;
-        QByteArray expected;
-        for (int i = 0; i < 40000; ++i) {
-            const QByteArray line(i % 97, static_cast<char>('a' + i % 26));
-            bytes += line + (i % 2 == 0 ? "\r\n" : "\n");
-            expected += line + ' ';
-        }
-        Trickle device(bytes, 300'000);
-        LineReader reader(device);
-        QByteArray read;
-        std::string_view line;
-        while (reader.ReadLine(line)) {
-            read.append(line.data(), static_cast<qsizetype>(line.size())).append(' ');
-        }
-        QVERIFY(read == expected);
-    }
-
     // The line at which the device fails could be half a number.
     void failure() {
         Trickle device("a,1.25\nb,1.50\nc,1.75\n", 4, 12);

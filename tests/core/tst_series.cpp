@@ -174,7 +174,6 @@ private Q_SLOTS:
 
     void Days_data() {
         const DataRows<QString, int, QString, QString> row("rule", "increment", "story", "days");
-        row("one reading gives no day", 15, "readings 2002-03-01 every 15: 3", "");
         // (2 * 0.5 + 4 + 6) / 2.5
         row("weights of 0.5, 1 and 1 hour", 60, "readings 2002-03-01 every 30: 2 4 - 6",
             "2002-03-01 4.4 2 6 12");
@@ -186,7 +185,6 @@ private Q_SLOTS:
         row("days without readings have no entry", 15,
             "readings 2002-03-01 12:00 every 15: -1 -3; readings 2002-03-05 12:00 every 15: 2 4",
             "2002-03-01 -2 -3 -1 -4\n2002-03-05 3 2 4 6");
-        row("no time increment, no day", 0, "readings 2002-03-01 12:00 every 720: 1 2 3 4", "");
         // The journal voids what lies in the three hours from 00:00 to 03:00, except at 00:00.
         const QString visits =
             u"visit 2002-03-01: 0 0; visit 2002-03-01 01:30: 0 -; visit 2002-03-01 03:00: 0 0; "_qs;

@@ -5,7 +5,10 @@
 #include "app/InitialFile.h"
 #include "store/FileError.h"
 #include "store/FormStuff.h"
+#include "store/ProjectFile.h"
 #include "store/StationDatabase.h"
+#include "tests/support/CompareEach.h"
+#include "tests/support/Hardship.h"
 #include "tests/support/PlainFiles.h"
 #include "tests/support/ScriptedDoors.h"
 #include "tests/support/StationFixture.h"
@@ -13,7 +16,25 @@
 using namespace rillbook;
 using Item = StationPanel::Item;
 
-class TestStation : public QObject {
+namespace {
+
+// The stations of a project file, a line each, then what else stands in it and what is wrong.
+QString ReadText(const ProjectReading& reading) {
+    QString text;
+    for (const ProjectStation& station : reading.contents.stations) {
+        text += station.path + u'|' + station.title + u'\n';
+    }
+    return text + MomentText(reading.contents.reportBeginDate) + u'|' +
+           reading.contents.reportPeriodCode + u'|' + reading.contents.name + u'|' + reading.fault;
+}
+
+const QByteArray kCreek =
+    "\"Rillbook\",\"202\"\r\n1\r\n\"C:\\Data\\creek.mdb\",\"creek.mdb\"\r\n"
+    "#2002-01-01#,\"921\"\r\n\"Upper basin\"\r\n";
+
+}  // namespace
+
+class TestStore : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -23,20 +44,17 @@ private Q_SLOTS:
     void refusesWhatIsNoStation() {
         StationFixture station;
         station.Close();
+        const QString before = FolderText(station.Folder());
         const QString path = station.Folder() + u"/other.mdb"_qs;
-        for (const QByteArray& bytes :
-             {QByteArray(), QByteArray(""), QByteArray("01/01/02 00:00,1.2\r\n").repeated(500),
-              ReadBytes(station.Path()).chopped(5000)}) {
-            if (!bytes.isNull()) {
-                WriteBytes(path, bytes);
+        for (const bool missing : {true, false}) {
+            if (!missing) {
+                WriteBytes(path, "01/01/02 00:00,1.2\r\n");
             }
-            const QString before = FolderText(station.Folder());
             doors_->ExpectMessage(path + u" not found!"_qs);
-            QVERIFY(!OpenDB(path));
-            QCOMPARE(StationConnection->State(), 0);
-            QVERIFY(!station.panel.visible);
-            QCOMPARE(FolderText(station.Folder()), before);
+            QVERIFY(!OpenDB(path) && StationConnection->State() == 0 && !station.panel.visible);
         }
+        QVERIFY(QFile::remove(path));
+        QCOMPARE(FolderText(station.Folder()), before);
     }
 
     void opensCountsAndCloses() {
@@ -150,9 +168,89 @@ private Q_SLOTS:
         QCOMPARE(loaded({{u"GraphH"_qs, u"32768"_qs}}), u"c:\\ 1000 1500 0"_qs);
     }
 
+    void writesItsLinesAndReadsThemBack() {
+        ProjectContents contents{.stations = {{u"C:\\Data\\creek.mdb"_qs, u"creek.mdb"_qs}},
+                                 .reportBeginDate = At("2002-01-01"),
+                                 .reportPeriodCode = u"921"_qs,
+                                 .name = u"Upper basin"_qs};
+        WriteProjectFile(path_, contents);
+        QCOMPARE(ReadBytes(path_), QByteArray(kCreek).replace("202\"", "100\""));
+        contents.stations.push_back({u"/a,b/Øvre Δέλτα/川.mdb"_qs, u"t"_qs});
+        contents.reportBeginDate = At("2002-01-01 13:05:09");
+        contents.name = u"Rhône, \u2013 Река"_qs;
+        WriteProjectFile(path_, contents);
+        QCOMPARE(ReadText(ReadProjectFile(path_, {})),
+                 u"C:\\Data\\creek.mdb|creek.mdb\n/a,b/Øvre Δέλτα/川.mdb|t\n"
+                 "2002-01-01 13:05:09|921|Rhône, \u2013 Река|"_qs);
+    }
+
+    // Whatever the byte at which a file ends, what stands before it is read and nothing is made up.
+    void readsWhatACutFileHolds() {
+        const ProjectContents defaults{.stations = {},
+                                       .reportBeginDate = At("1990-05-05"),
+                                       .reportPeriodCode = u"911"_qs,
+                                       .name = u"kept"_qs};
+        const QString station = u"C:\\Data\\creek.mdb|creek.mdb\n"_qs;
+        const QString kept = u"1990-05-05 00:00:00|911|kept|"_qs;
+        const QString read = u"2002-01-01 00:00:00|921|kept|"_qs;
+        const qsizetype afterStation = kCreek.indexOf("creek.mdb\"\r") + 10;
+        const qsizetype afterPeriod = kCreek.indexOf("921\"\r") + 4;
+        for (qsizetype size = 0; size < kCreek.size() - 2; ++size) {
+            WriteBytes(path_, kCreek.left(size));
+            const QString expected = (size < afterStation ? QString() : station) +
+                                     (size < afterPeriod ? kept : read) + u"It could not be"_qs;
+            const QString text = ReadText(ReadProjectFile(path_, defaults));
+            QCOMPARE(text.left(expected.size()), expected);
+        }
+        WriteBytes(path_, kCreek.chopped(2));
+        QVERIFY(ReadText(ReadProjectFile(path_, defaults)).endsWith(u"|921|Upper basin|"_qs));
+    }
+
+    // The first line may hold any two items.
+    void doesNotBelieveAnAbsurdCount() {
+        WriteBytes(path_, "\"x, y\",202\r\n99999999999\r\n\"a.mdb\",\"a\"\r\n");
+        QCOMPARE(ReadText(ReadProjectFile(path_, {})),
+                 u"a.mdb|a\n"_qs + MomentText(0) +
+                     u"|||It could not be read from station 2 of 99999999999 on."_qs);
+    }
+
+    void leavesTheOldFileWhereTheNewOneCannotBeWritten() {
+        const QString inNoFolder = folder_.filePath(QStringLiteral("gone/basin.prj"));
+        QVERIFY_EXCEPTION_THROWN(WriteProjectFile(inNoFolder, {}), FileError);
+        WriteBytes(path_, kCreek);
+        {
+            const FullDisk full(8);
+            QVERIFY_EXCEPTION_THROWN(WriteProjectFile(path_, {}), FileError);
+            QVERIFY_EXCEPTION_THROWN(KeepOldProjectFile(path_), FileError);
+        }
+        QCOMPARE(ReadBytes(path_), kCreek);
+        KeepOldProjectFile(path_);
+        WriteProjectFile(path_, {});
+        QCOMPARE(ReadBytes(path_ + u".bak"_qs), kCreek);
+        QVERIFY(ReadBytes(path_) != kCreek);
+    }
+
+    void periodEndsOn() {
+        const auto end = [](const QString& beginAndCode) {
+            ReportPeriodCode = u"kept"_qs;
+            const DateTime begin = At(qPrintable(beginAndCode.left(10)));
+            return ReportEndFromPeriod(begin, beginAndCode.mid(11)) + u' ' + ReportPeriodCode;
+        };
+        // February has no day 30.
+        CompareEach(end,
+                    "2002-01-01 941 => Dec 31, 2002 kept; 2003-03-01 941 => Feb 29, 2004 kept; "
+                    "2002-03-15 9312 => Mar 14, 2003 kept; 2002-01-01 922 => Jan 14, 2002 kept; "
+                    "2002-01-01 911 => Jan 01, 2002 kept; 2002-01-31 931 => Mar 02, 2002 kept; "
+                    "2002-11-15 933 => Feb 14, 2003 kept; 2002-01-01 7312 => Dec 31, 2002 9312; "
+                    "2002-01-01  => Dec 31, 2002 9312; 2002-01-01 95 => Dec 31, 2002 9312; "
+                    "2002-01-01 94999999999999999999 => Dec 30, 9999 kept");
+    }
+
 private:
+    QTemporaryDir folder_;
+    const QString path_ = folder_.filePath(u"basin.prj"_qs);
     std::unique_ptr<ScriptedDoors> doors_;
 };
 
-QTEST_GUILESS_MAIN(TestStation)
-#include "tst_station.moc"
+QTEST_GUILESS_MAIN(TestStore)
+#include "tst_store.moc"
