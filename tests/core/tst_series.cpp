@@ -18,15 +18,6 @@ namespace rillbook {
 const DateTime kBegin = At("2002-03-01");
 const DateTime kEnd = At("2002-03-02");
 
-// The values of the series with a blank between them.
-QString ValuesText() {
-    QStringList values;
-    for (std::size_t i = 1; i <= static_cast<std::size_t>(InstCount); ++i) {
-        values += ValueText(InstValues[i]);
-    }
-    return values.join(u' ');
-}
-
 const QString kFieldFolder = QStringLiteral(RILLBOOK_SOURCE_DIR "/../shared/data/");
 
 // The lines of a file as columns.
