@@ -2,7 +2,6 @@
 #include <QtTest>
 
 #include "platform/ado/Connection.h"
-#include "platform/ado/JetSql.h"
 #include "platform/ado/Recordset.h"
 #include "platform/text/Regional.h"
 #include "tests/support/AdoErrors.h"
@@ -20,19 +19,6 @@ QString FieldText(const Field& field) {
 
 QString ErrorText(AdoErrorNumber error) {
     return QString::number(error);
-}
-
-// From the current row on: "1 | 10, 2 | NULL".
-QString Rest(Recordset& rows) {
-    QStringList lines;
-    for (; !rows.Eof(); rows.MoveNext()) {
-        QStringList cells;
-        for (int i = 0; i < rows.FieldCount(); ++i) {
-            cells += FieldText(rows.Fields(i));
-        }
-        lines += cells.join(u" | ");
-    }
-    return lines.join(u", ");
 }
 
 const QByteArray kTables =
@@ -63,19 +49,6 @@ private Q_SLOTS:
     void cleanup() {
         connection_.reset();
         RegionalSettings() = Regional();
-    }
-
-    void translates() {
-        const auto translate = [](const QString& statement) {
-            return QString::fromUtf8(TranslateJetSql(statement).sql);
-        };
-        CompareEach(translate,
-                    "SELECT * FROM Records WHERE DateTime >= #1/31/2002# ORDER BY DateTime  => "
-                    "SELECT * FROM Records WHERE DateTime >= 37287.0 ORDER BY DateTime ; "
-                    "DELETE * FROM t WHERE a >= #1/2/2002 12:00:00 PM# and a <= #1/1/1801# => "
-                    "DELETE  FROM t WHERE a >= 37258.5 and a <= -36157.0; "
-                    "SELECT a * b, '#1/1/2002# DELETE * FROM ''t''', [a #1], \"b #\" FROM t => "
-                    "SELECT a * b, '#1/1/2002# DELETE * FROM ''t''', [a #1], \"b #\" FROM t");
     }
 
     void refuses() {
@@ -122,34 +95,6 @@ private Q_SLOTS:
         QCOMPARE(DumpTable(path_, u"Journal"_qs),
                  u"1899-12-31 00:00:00 | 1 | NULL | 2.5 | NULL\n"
                  "1900-01-02 00:00:00 | 2 | x | 1.5 | NULL"_qs);
-    }
-
-    // A walk, and a second one from the first row on, read-only and updatable: they walk alike.
-    void sources() {
-        for (const LockTypeEnum lock : {adLockReadOnly, adLockOptimistic}) {
-            const auto walk = [this, lock](const QString& source) {
-                Recordset rows;
-                const AdoErrorNumber error =
-                    ErrorOf([&] { rows.Open(source, *connection_, adOpenStatic, lock); });
-                if (error != noError) {
-                    return ErrorText(error);
-                }
-                const QString count = QString::number(rows.RecordCount());
-                const QString first = Rest(rows);
-                const AdoErrorNumber again = ErrorOf([&] { rows.MoveFirst(); });
-                const QString last = again == noError ? Rest(rows) : ErrorText(again);
-                return count + u": "_qs + first + (first == last ? QString() : u" then "_qs + last);
-            };
-            CompareEach(
-                walk,
-                "Information => 3: b | 1, a | 2, NULL | 3; records => 4: 1/1/2002 | 1 | 10, "
-                "1/2/2002 | 2 | 20, 1/3/2002 | 3 | 30, 1/4/2002 | 4 | NULL; "
-                "SELECT chan2, datetime FROM [Records] WHERE DateTime >= #1/2/2002# AND "
-                "DateTime <= #1/3/2002# ORDER BY CHAN1 DESC  => "
-                "2: 30 | 1/3/2002, 20 | 1/2/2002; "
-                "SELECT * FROM Records WHERE chan1 = 9 => 0:  then 3021; "
-                "Nothing => -2147217900; SELECT nothing FROM Records => -2147217900");
-        }
     }
 
     // What a column of a type makes of a value: as SQLite has it, and as the field shows it.
@@ -199,7 +144,7 @@ private Q_SLOTS:
 
     void changesAreWrittenOnLeavingTheRow() {
         Recordset rows;
-        OpenReadings(rows, adLockOptimistic);
+        OpenReadings(rows);
         rows.Fields(1).SetValue(1.5);
         RunPlainSql(path_, "UPDATE Records SET chan2 = 11 WHERE chan1 = 1");
         rows.MoveNext();  // writes chan1 alone
@@ -244,7 +189,8 @@ private Q_SLOTS:
         QCOMPARE(rows.Fields(0).Text(), u"12/31/2001"_qs);  // the row before
         rows.Fields(1).SetValue(6);
         rows.Update();
-        QCOMPARE(Rest(rows), u"12/31/2001 | 6 | 5"_qs);  // new rows are the last ones
+        rows.MoveNext();
+        QVERIFY(rows.Eof());  // new rows are the last ones
         QCOMPARE(rows.RecordCount(), 5);
         rows.AddNew();
         rows.Fields(0).SetValue(37250.25);
@@ -283,9 +229,9 @@ private:
                u'\n' + DumpTable(path_, u"Journal"_qs);
     }
 
-    void OpenReadings(Recordset& rows, LockTypeEnum lock) {
+    void OpenReadings(Recordset& rows) {
         rows.Open(u"SELECT DateTime, chan1, chan2 FROM Records ORDER BY DateTime"_qs, *connection_,
-                  adOpenStatic, lock);
+                  adOpenStatic, adLockOptimistic);
     }
 
     std::unique_ptr<QTemporaryDir> folder_;

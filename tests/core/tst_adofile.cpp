@@ -180,20 +180,6 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(target));
     }
 
-    void closingEndsItsRecordsets() {
-        RunPlainSql(path_, kRecords);
-        Connection connection;
-        connection.Open(Source(path_));
-        Recordset reader;
-        Recordset writer;
-        reader.Open(u"Records"_qs, connection);
-        OpenToAppend(writer, connection);
-        writer.Fields(1).SetValue(99);
-        connection.Close();
-        QCOMPARE(ErrorOf([&] { reader.MoveNext(); }), adErrObjectClosed);
-        QCOMPARE(ErrorOf([&] { writer.Update(); }), adErrObjectClosed);
-    }
-
 private:
     void MakeFile(const QByteArray& change = {}) const {
         QFETCH(QByteArray, sql);

@@ -41,25 +41,6 @@ private Q_SLOTS:
         CompareAll(steps, u"0 0"_qs, "0; -5; 5e-324; inf; nan");
     }
 
-    void Values() {
-        const auto values = [](const QString& axis) {
-            const QStringList ends = axis.split(u' ');
-            QStringList texts;
-            for (const double value :
-                 AxisValues(ends[0].toDouble(), ends[1].toDouble(), ends[2].toDouble())) {
-                texts += Digits(value);
-            }
-            return texts.join(u' ');
-        };
-        CompareEach(values,
-                    "0.5 4.1 1 => 0.5 1.5 2.5 3.5; 0 0.7 0.1 => 0 0.1 0.2 0.3 0.4 0.5 0.6 0.7; "
-                    "-0.3 0.3 0.1 => -0.3 -0.2 -0.1 0 0.1 0.2 0.3; "
-                    "-1000.3 -999.9 0.1 => -1000.3 -1000.2 -1000.1 -1000 -999.9; "
-                    "0 3e-300 1e-300 => 0 1e-300 2e-300 3e-300");
-        CompareAll(values, QString(),
-                   "-1e308 1e308 1e307; 0 1 0; 0 1 1e-9; 1 0 0.1; 0 inf 1; 0 nan 1");
-    }
-
     void DateLines() {
         RegionalSettings().shortDate = u"dd.MM.yyyy"_qs;  // labels put the month first
         // How many light and dark lines; the first two labels and the last.

@@ -155,19 +155,6 @@ private Q_SLOTS:
         CloseDB();
     }
 
-    void settingsThatAreNoneOrNoNumbers() {
-        const auto loaded = [this](const QMap<QString, QString>& stored) {
-            doors_->settings = stored;
-            LoadAppSettings();
-            return u"%1 %2 %3 %4"_qs.arg(InitDir).arg(MainTop).arg(MainLeft).arg(GraphH);
-        };
-        QCOMPARE(loaded({}), u"c:\\ 1000 1500 6500"_qs);  // the first run
-        QCOMPARE(loaded({{u"MainTop"_qs, u"0"_qs}, {u"InitDir"_qs, u"/a/"_qs}}),
-                 u"/a/ 0 1500 6500"_qs);
-        QCOMPARE(loaded({{u"MainTop"_qs, u"abc"_qs}}), u"c:\\ 0 0 0"_qs);
-        QCOMPARE(loaded({{u"GraphH"_qs, u"32768"_qs}}), u"c:\\ 1000 1500 0"_qs);
-    }
-
     void writesItsLinesAndReadsThemBack() {
         ProjectContents contents{.stations = {{u"C:\\Data\\creek.mdb"_qs, u"creek.mdb"_qs}},
                                  .reportBeginDate = At("2002-01-01"),
