@@ -6,6 +6,7 @@
 #include "graphs/Chart.h"
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
+#include "store/RatingStore.h"
 #include "store/StationDatabase.h"
 
 namespace rillbook {
@@ -24,6 +25,7 @@ void ResetSharedState() {
     ResetStationDatabase();
     ResetFormStuff();
     ResetProjectFile();
+    ResetRatingStore();
     ResetCompute();
     ResetSummary();
     ResetChart();

@@ -3,16 +3,25 @@
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
+#include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QTemporaryDir>
 #include <memory>
 
+#include "app/SharedState.h"
 #include "bench/LoggerYears.h"
 #include "compute/Compute.h"
 #include "compute/Summary.h"
+#include "forms/reference/frmCalibration.h"
 #include "forms/reports/frmAnnualT.h"
 #include "import/Import.h"
+#include "import/frmImport.h"
+#include "platform/ado/Database.h"
+#include "platform/desktop/CommonDialog.h"
+#include "platform/qt/UpDown.h"
 #include "store/FormStuff.h"
+#include "store/Journal.h"
 #include "store/ProjectFile.h"
 #include "store/StationDatabase.h"
 #include "tests/support/ScriptedDoors.h"
@@ -216,7 +225,8 @@ BENCHMARK(DailySeries)->Arg(kRowsOfYear)->Arg(kRowsOfTenYears)->Unit(benchmark::
 
 void FillSheet(benchmark::State& state) {
     const RatedStation station(static_cast<int>(state.range(0)));
-    frmAnnualT sheet(QStringLiteral("Bench"));
+    CommonDialog printerDialog;
+    frmAnnualT sheet(QStringLiteral("Bench"), printerDialog);
     sheet.show();
     QApplication::processEvents();
     for (auto _ : state) {
@@ -224,6 +234,127 @@ void FillSheet(benchmark::State& state) {
     }
 }
 BENCHMARK(FillSheet)->Arg(kRowsOfYear)->Unit(benchmark::kMillisecond);
+
+// A closed station of ten years in its own folder, the same one for each measurement.
+class TenYears {
+public:
+    TenYears() : station_(3) {
+        ImportYears(doors_, kRowsOfTenYears);
+        station_.Close();
+        Require(QFile::copy(station_.Path(), Original()), "copy");
+    }
+
+    QString Original() const { return station_.Folder() + QStringLiteral("/original.mdb"); }
+    QString Path() const { return station_.Path(); }
+    // The station as it was imported, open.
+    void Renew() {
+        if (StationConnection->State() != 0) {
+            station_.Close();
+        }
+        QFile::remove(Path());
+        Require(QFile::copy(Original(), Path()), "copy");
+        station_.Open();
+    }
+
+private:
+    ScriptedDoors doors_;
+    StationFixture station_;
+};
+
+void BareNewChannel(benchmark::State& state) {
+    const TenYears years;
+    const QString copy = years.Original() + QStringLiteral(".copy");
+    for (auto _ : state) {
+        Require(QFile::copy(years.Original(), copy), "copy");
+        sqlite3* database = nullptr;
+        Require(sqlite3_open(qPrintable(copy), &database) == SQLITE_OK, "open");
+        RunSql(database, "ALTER TABLE Records ADD COLUMN chan4 SINGLE");
+        sqlite3_close(database);
+        state.PauseTiming();
+        QFile::remove(copy);
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(BareNewChannel)->Unit(benchmark::kMillisecond)->Iterations(5)->UseRealTime();
+
+void NewChannel(benchmark::State& state) {
+    TenYears years;
+    for (auto _ : state) {
+        state.PauseTiming();
+        years.Renew();
+        frmImport setup;
+        setup.show();
+        setup.findChild<UpDown*>(QStringLiteral("updChan"))->Step(1);
+        state.ResumeTiming();
+        setup.findChild<QAbstractButton*>(QStringLiteral("cmdOK"))->click();
+        Require(setup.result() == QDialog::Accepted && StationInfo.Channels == 4, "no channel");
+    }
+}
+BENCHMARK(NewChannel)->Unit(benchmark::kMillisecond)->Iterations(5)->UseRealTime();
+
+constexpr int kVisits = 200;
+
+std::vector<JournalRow> Visits() {
+    std::vector<JournalRow> visits;
+    for (int i = 0; i < kVisits; ++i) {
+        visits.push_back({i % 2 == 0, DateSerial(1990, 1, 1 + 30 * i), 1.25, 1.3, 40.5,
+                          QStringLiteral("weeds cut, logger cleaned")});
+    }
+    return visits;
+}
+
+void BareJournal(benchmark::State& state) {
+    const ScriptedDoors doors;
+    StationFixture station;
+    WriteJournal(1, Visits());
+    sqlite3* database = StationConnection->database()->handle();
+    for (auto _ : state) {
+        RunSql(database, "SELECT * FROM Calibration WHERE chan = 1 ORDER BY DateTime");
+        RunSql(database, "BEGIN; DELETE FROM Calibration WHERE chan = 1");
+        sqlite3_stmt* insert = nullptr;
+        Require(
+            sqlite3_prepare_v2(database, "INSERT INTO Calibration VALUES(?,1,1.25,1.3,1,40.5,?)",
+                               -1, &insert, nullptr) == SQLITE_OK,
+            "prepare");
+        for (int i = 0; i < kVisits; ++i) {
+            sqlite3_bind_double(insert, 1, 32874 + 30 * i);
+            sqlite3_bind_text(insert, 2, "weeds cut, logger cleaned", -1, SQLITE_STATIC);
+            Require(sqlite3_step(insert) == SQLITE_DONE, "insert");
+            sqlite3_reset(insert);
+        }
+        sqlite3_finalize(insert);
+        RunSql(database, "COMMIT");
+    }
+}
+BENCHMARK(BareJournal)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void StoredJournal(benchmark::State& state) {
+    const ScriptedDoors doors;
+    StationFixture station;
+    WriteJournal(1, Visits());
+    for (auto _ : state) {
+        WriteJournal(1, ReadJournal(1));
+    }
+}
+BENCHMARK(StoredJournal)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The window opened, a row changed, and closed with a save.
+void JournalWindow(benchmark::State& state) {
+    ScriptedDoors doors;
+    StationFixture station;
+    WriteJournal(1, Visits());
+    CommonDialog printerDialog;
+    for (auto _ : state) {
+        doors.ExpectMessage(QStringLiteral("Save changes?"), MsgBoxAnswer::Yes);
+        frmCalibration journal(printerDialog);
+        journal.show();
+        QApplication::processEvents();
+        journal.findChild<QAction*>(QStringLiteral("mnuEditIns"))->trigger();
+        journal.close();
+        Require(!DialogCancelled, "not saved");
+    }
+}
+BENCHMARK(JournalWindow)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 

@@ -1,4 +1,4 @@
--- The station that every new one starts as: one channel of stage in feet, readings an hour apart or less,
+-- The station that every new one starts as: one channel of stage in feet, readings an hour apart,
 -- logger files with the date and time in one column (Type 1). It shows a yearly sheet as soon as a
 -- file is imported: neither offsets nor a rating are asked for until the journal has rows.
 --

@@ -26,10 +26,9 @@ const RememberedWindow kPlace{GraphH, GraphW, GraphT, GraphL, GraphM};
 
 GraphForm::GraphForm(const Kind& kind, const QString& projectName, CommonDialog& printerDialog,
                      QWidget* parent)
-    : ReportForm(kind.mode, parent),
+    : ReportForm(kind.mode, printerDialog, parent),
       seriesCount_(kind.seriesCount),
       projectName_(projectName),
-      cdbprinter_(printerDialog),
       ui_(std::make_unique<Ui::GraphForm>()) {
     ui_->setupUi(this);
     setObjectName(kind.name);

@@ -38,7 +38,6 @@ protected:
         int seriesCount;
     };
 
-    // `printerDialog` is the one of the main window, and outlives the form.
     GraphForm(const Kind& kind, const QString& projectName, CommonDialog& printerDialog,
               QWidget* parent);
 
@@ -58,7 +57,6 @@ private:
 
     const int seriesCount_;
     const QString projectName_;
-    CommonDialog& cdbprinter_;
     std::unique_ptr<Ui::GraphForm> ui_;
     bool rebuildsSoon_ = false;
 };

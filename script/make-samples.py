@@ -38,6 +38,11 @@ def temperature(day: float) -> float:
             + 1.1 * math.cos(2 * math.pi * (day - 0.67)))
 
 
+def conductance(day: float) -> float:
+    """In microsiemens a centimetre: high water is thin."""
+    return 310.0 / (1 + 0.35 * stage(day))
+
+
 def times(begin: datetime.datetime, minutes: int, count: int):
     """Pairs of a time and its day, counted from January 1 of its year."""
     new_year = datetime.datetime(begin.year, 1, 1)
@@ -99,7 +104,7 @@ def campbell() -> None:
         value = stage(day) + 0.004 * (noise.random() - 0.5)
         battery = 12.9 - 0.02 * (day - 151) + 0.2 * math.cos(2 * math.pi * (day - 0.5))
         lines.append(f"{date.year:5d}{date.month:3d}{date.day:2d} {clock:4d}"
-                     f"{value:9.3f}{temperature(day):9.2f}{battery:9.2f}")
+                     f"{value:9.3f}{temperature(day):9.2f}{battery:9.2f}{conductance(day):9.1f}")
     lines[960:960] = lines[948:960]
     lines.insert(960, "")
     write("campbell.dat", lines, "\r\n")

@@ -7,6 +7,7 @@
 
 #include "platform/ado/Recordset.h"
 #include "platform/desktop/MsgBox.h"
+#include "store/FieldTexts.h"
 #include "store/StationDatabase.h"
 #include "store/StationPanel.h"
 
@@ -53,18 +54,6 @@ constexpr std::array<ColumnOf<ChannelMember>, 15> kChannelColumns{
      {u"recsta", &ChannelInfoData::RecSta},
      {u"convlabel", &ChannelInfoData::ConvLabel},
      {u"convdesc", &ChannelInfoData::ConvDesc}}};
-
-QString TextOrEmpty(const Field& field) {
-    return field.IsNull() ? QString() : field.Text();
-}
-
-void SetTextOrNull(Field field, const QString& text) {
-    if (text.isEmpty()) {
-        field.SetValue(Null{});
-    } else {
-        field.SetValue(text);
-    }
-}
 
 void ReadInto(std::int16_t& variable, Recordset& rows, QStringView column) {
     const double number = std::nearbyint(rows.Fields(column).Number());
@@ -200,17 +189,21 @@ void ReadStationInfo() {
     Attempt([&] { rows.Close(); });
 }
 
+void WriteInformation() {
+    Recordset rows;
+    rows.LockType = adLockOptimistic;
+    rows.Open(QStringLiteral("Information"), *StationConnection);
+    WriteInformationRows(rows);
+    rows.Close();
+}
+
 void WriteStationInfo() {
     UpgradeInformation();
     // All rows or none: were a row refused in the middle, the next channel's values would land in
     // it.
     Attempt([] {
         Transaction transaction(*StationConnection);
-        Recordset rows;
-        rows.LockType = adLockOptimistic;
-        rows.Open(QStringLiteral("Information"), *StationConnection);
-        WriteInformationRows(rows);
-        rows.Close();
+        WriteInformation();
         transaction.Commit();
     });
 }

@@ -65,6 +65,10 @@ void ReadStationInfo();
 // Writes them back, in one transaction. Does nothing where the file can't be changed.
 void WriteStationInfo();
 
+// The same as a part of a larger change: raises AdoError where the rows can't be written. REQUIRES:
+// a transaction, and the columns that UpgradeInformation adds.
+void WriteInformation();
+
 // Sets the panel's count of records and their first and last date from the table Records; they
 // reach the table Information with the next WriteStationInfo. A failing query is told to the user.
 void RefreshRecordStats();

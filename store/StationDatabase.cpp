@@ -43,9 +43,12 @@ QString RemoveCompanions(const QString& path) {
 
 }  // namespace
 
+QString ConnectionTo(const QString& path) {
+    return QStringLiteral("Provider = Microsoft.Jet.OLEDB.4.0; Data Source = ") + path;
+}
+
 bool OpenDB(const QString& path) {
-    StationConnectionString =
-        QStringLiteral("Provider = Microsoft.Jet.OLEDB.4.0; Data Source = ") + path;
+    StationConnectionString = ConnectionTo(path);
     StationConnection->OwnTables = kStationTables;
     try {
         StationConnection->Open(StationConnectionString);
@@ -65,6 +68,10 @@ bool OpenDB(const QString& path) {
 void CloseDB() {
     WriteStationInfo();
     StationConnection->Close();
+    ShowNoStation();
+}
+
+void ShowNoStation() {
     TheStationPanel->ShowPanel(false);
     TheStationPanel->EnableStationMenus(false);
     TheStationPanel->SetWindowCaption(Application::Title());

@@ -16,6 +16,9 @@ extern QString StationConnectionString;
 extern QString StationPath;
 extern QString StationTitle;  // file name without folder
 
+// The connection text of a station's file.
+QString ConnectionTo(const QString& path);
+
 // Opens the station and loads its header; true on success. Tells the user where the file can't be
 // opened. StationPath and StationTitle are the caller's to set, on true only.
 // REQUIRES: StationConnection closed.
@@ -23,6 +26,9 @@ bool OpenDB(const QString& path);
 
 // Writes the header and closes the connection. REQUIRES: StationConnection open.
 void CloseDB();
+
+// What CloseDB leaves on the screen; by itself, for a station whose file was lost.
+void ShowNoStation();
 
 // CloseDB if a station is open.
 void CloseOpenStation();

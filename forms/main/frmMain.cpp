@@ -11,6 +11,8 @@
 #include "forms/main/Icons.h"
 #include "forms/main/StationNodes.h"
 #include "forms/main/frmAbout.h"
+#include "forms/reference/frmCalibration.h"
+#include "forms/reference/frmRating.h"
 #include "forms/reports/frmAnnualT.h"
 #include "forms/reports/frmDailyT.h"
 #include "forms/reports/frmInstT.h"
@@ -18,6 +20,7 @@
 #include "graphs/frmDailyG.h"
 #include "graphs/frmInstG.h"
 #include "import/Import.h"
+#include "import/frmImport.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/desktop/Screen.h"
 #include "platform/qt/RememberedWindow.h"
@@ -87,8 +90,14 @@ void frmMain::ConnectCommands() {
         {ui_->mnuFileStationOpen, &frmMain::AddExistingStation},
         {ui_->mnuFileStationClose, &frmMain::RemoveStation},
         {ui_->mnuFileStationSave, &frmMain::SaveStationData},
+        {ui_->mnuFileImportSetup, &frmMain::SetUpImport},
+        {ui_->mnuFileImportSetup2, &frmMain::SetUpImport},
         {ui_->mnuFileImport, &frmMain::ImportLoggerFile},
         {ui_->mnuFileImport2, &frmMain::ImportLoggerFile},
+        {ui_->mnuEditCalibration, &frmMain::ShowJournal},
+        {ui_->mnuEditCalibration2, &frmMain::ShowJournal},
+        {ui_->mnuRat, &frmMain::ShowRatings},
+        {ui_->mnuRat2, &frmMain::ShowRatings},
         {ui_->mnuHelpAbout, &frmMain::ShowAboutBox},
     };
     for (const auto& [item, command] : commands) {
@@ -111,11 +120,11 @@ void frmMain::ConnectReports() {
         {ui_->mnuOutDailyG, ui_->mnuOutDailyG2, ReportMode::DailyGraph,
          [=, this] { return std::make_unique<frmDailyG>(project(), cdbprinter, this); }},
         {ui_->mnuOutInstT, ui_->mnuOutInstT2, ReportMode::InstantaneousTable,
-         [=, this] { return std::make_unique<frmInstT>(project(), this); }},
+         [=, this] { return std::make_unique<frmInstT>(project(), cdbprinter, this); }},
         {ui_->mnuOutDailyT, ui_->mnuOutDailyT2, ReportMode::DailyTable,
-         [=, this] { return std::make_unique<frmDailyT>(project(), this); }},
+         [=, this] { return std::make_unique<frmDailyT>(project(), cdbprinter, this); }},
         {ui_->mnuOutAnnual, ui_->mnuOutAnnual2, ReportMode::AnnualTable,
-         [=, this] { return std::make_unique<frmAnnualT>(project(), this); }},
+         [=, this] { return std::make_unique<frmAnnualT>(project(), cdbprinter, this); }},
     };
     for (const auto& report : reports) {
         const auto show = [this, mode = report.mode, make = report.make] {
@@ -151,7 +160,8 @@ void frmMain::Run(const std::function<void()>& command) {
 }
 
 void frmMain::EnableStationMenus(bool on) {
-    for (QAction* item : {ui_->mnuFileStationClose, ui_->mnuFileStationSave, ui_->mnuFileImport}) {
+    for (QAction* item : {ui_->mnuFileStationClose, ui_->mnuFileStationSave, ui_->mnuFileImport,
+                          ui_->mnuFileImportSetup}) {
         item->setEnabled(on);
     }
     ui_->mnuEdit->setEnabled(on);
@@ -246,6 +256,26 @@ void frmMain::ShowTreeMenu(const QPoint& globalPosition) {
     if (node != nullptr) {
         QMenu* menu = node == StationOf(node) ? ui_->mnuPopup2 : ui_->mnuPopup;
         menu->popup(globalPosition);
+    }
+}
+
+void frmMain::SetUpImport() {
+    if (StationConnection->State() == 0 || frmImport(this).exec() != QDialog::Accepted) {
+        return;
+    }
+    delete FindStation(*ui_->TreeView1, StationPath);
+    AddStaToTree();
+}
+
+void frmMain::ShowJournal() {
+    if (StationConnection->State() != 0) {
+        frmCalibration(cdbprinter, this).exec();
+    }
+}
+
+void frmMain::ShowRatings() {
+    if (StationConnection->State() != 0) {
+        frmRating(this).exec();
     }
 }
 

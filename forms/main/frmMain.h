@@ -79,7 +79,10 @@ private:
     void AddExistingStation();
     void RemoveStation();
     void SaveStationData();
+    void SetUpImport();
     void ImportLoggerFile();
+    void ShowJournal();
+    void ShowRatings();
     std::unique_ptr<QDialog> MakeInstG();
     // The output settings of a report, then its form unless the user cancelled.
     void ShowReport(ReportMode mode, const ReportMaker& make);

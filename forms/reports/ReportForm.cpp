@@ -3,6 +3,8 @@
 #include <QAction>
 
 #include "forms/main/frmAbout.h"
+#include "forms/reference/frmCalibration.h"
+#include "forms/reference/frmRating.h"
 #include "forms/reports/frmOutputSettings.h"
 #include "platform/desktop/Clipboard.h"
 #include "platform/desktop/Desktop.h"
@@ -10,7 +12,8 @@
 
 namespace rillbook {
 
-ReportForm::ReportForm(ReportMode mode, QWidget* parent) : QDialog(parent), mode_(mode) {
+ReportForm::ReportForm(ReportMode mode, CommonDialog& printerDialog, QWidget* parent)
+    : QDialog(parent), cdbprinter_(printerDialog), mode_(mode) {
     setWindowFlags(windowFlags() | Qt::WindowMinMaxButtonsHint);
 }
 
@@ -22,7 +25,19 @@ QAction& ReportForm::Item(const char* name) const {
 
 void ReportForm::ConnectCommonCommands() {
     connect(&Item("mnuFileExit"), &QAction::triggered, this, &QWidget::close);
-    connect(&Item("mnuEditSettings"), &QAction::triggered, this, &ReportForm::ShowSettings);
+    connect(&Item("mnuCal"), &QAction::triggered, this, [this] {
+        frmCalibration journal(cdbprinter_, this);
+        ShowEditor(journal);
+    });
+    connect(&Item("mnuRat"), &QAction::triggered, this, [this] {
+        frmRating ratings(this);
+        ShowEditor(ratings);
+    });
+    connect(&Item("mnuEditSettings"), &QAction::triggered, this, [this] {
+        SettingsMode = mode_;
+        frmOutputSettings settings(this);
+        ShowEditor(settings);
+    });
     connect(&Item("mnuHelpAbout"), &QAction::triggered, this, [this] { frmAbout(this).exec(); });
 }
 
@@ -34,9 +49,8 @@ void ReportForm::ConnectCopy(const MSFlexGrid& grid) {
     });
 }
 
-void ReportForm::ShowSettings() {
-    SettingsMode = mode_;
-    frmOutputSettings(this).exec();
+void ReportForm::ShowEditor(QDialog& editor) {
+    editor.exec();
     if (!DialogCancelled) {
         Rebuild();
     }

@@ -6,6 +6,7 @@
 
 namespace rillbook {
 
+class CommonDialog;
 class MSFlexGrid;
 
 // What the windows of the reports have in common: they can be maximised, and the commands of their
@@ -13,11 +14,12 @@ class MSFlexGrid;
 class ReportForm : public QDialog {
     Q_OBJECT
 protected:
-    // `mode` is the report for which its menu opens the output settings.
-    explicit ReportForm(ReportMode mode, QWidget* parent = nullptr);
+    // `mode` is the report for which its menu opens the output settings. `printerDialog` is the one
+    // of the main window, and outlives the form.
+    ReportForm(ReportMode mode, CommonDialog& printerDialog, QWidget* parent);
 
-    // Gives the items mnuFileExit, mnuEditSettings and mnuHelpAbout their work. REQUIRES: the form
-    // has its menus.
+    // Gives the items mnuFileExit, mnuCal, mnuRat, mnuEditSettings and mnuHelpAbout their work.
+    // REQUIRES: the form has its menus.
     void ConnectCommonCommands();
     // mnuEditCopy, and Ctrl+C, put the selected cells on the clipboard.
     void ConnectCopy(const MSFlexGrid& grid);
@@ -25,9 +27,12 @@ protected:
     // Reads the readings anew and shows what they have become.
     virtual void Rebuild() = 0;
 
+    CommonDialog& cdbprinter_;
+
 private:
     QAction& Item(const char* name) const;
-    void ShowSettings();
+    // Shows a form in which the user may change what the report is made of.
+    void ShowEditor(QDialog& editor);
 
     const ReportMode mode_;
 };

@@ -50,8 +50,9 @@ QString StatisticWord(DailyStatistic statistic) {
 
 }  // namespace
 
-frmAnnualT::frmAnnualT(const QString& projectName, QWidget* parent)
-    : ReportForm(ReportMode::AnnualTable, parent), ui_(std::make_unique<Ui::frmAnnualT>()) {
+frmAnnualT::frmAnnualT(const QString& projectName, CommonDialog& printerDialog, QWidget* parent)
+    : ReportForm(ReportMode::AnnualTable, printerDialog, parent),
+      ui_(std::make_unique<Ui::frmAnnualT>()) {
     ui_->setupUi(this);
     QFont titleFont = FontOfForm(QStringLiteral("MS Sans Serif"));
     titleFont.setBold(true);

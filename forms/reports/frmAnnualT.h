@@ -17,7 +17,7 @@ class frmAnnualT;
 class frmAnnualT : public ReportForm {
     Q_OBJECT
 public:
-    explicit frmAnnualT(const QString& projectName, QWidget* parent = nullptr);
+    frmAnnualT(const QString& projectName, CommonDialog& printerDialog, QWidget* parent = nullptr);
     ~frmAnnualT() override;
 
     // Reads the readings anew, whatever the sheet showed before.

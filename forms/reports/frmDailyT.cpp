@@ -33,8 +33,9 @@ void WriteDays(MSFlexGrid& grid, int days, int digits) {
 
 }  // namespace
 
-frmDailyT::frmDailyT(const QString& projectName, QWidget* parent)
-    : ReportForm(ReportMode::DailyTable, parent), ui_(std::make_unique<Ui::frmDailyT>()) {
+frmDailyT::frmDailyT(const QString& projectName, CommonDialog& printerDialog, QWidget* parent)
+    : ReportForm(ReportMode::DailyTable, printerDialog, parent),
+      ui_(std::make_unique<Ui::frmDailyT>()) {
     ui_->setupUi(this);
     setWindowTitle(QStringLiteral("Daily Summary Table - ") + projectName);
     ConnectCommonCommands();

@@ -18,7 +18,7 @@ class frmDailyT;
 class frmDailyT : public ReportForm {
     Q_OBJECT
 public:
-    explicit frmDailyT(const QString& projectName, QWidget* parent = nullptr);
+    frmDailyT(const QString& projectName, CommonDialog& printerDialog, QWidget* parent = nullptr);
     ~frmDailyT() override;
 
     void RefreshTable();

@@ -16,8 +16,9 @@ constexpr int kValueCol = 2;
 
 }  // namespace
 
-frmInstT::frmInstT(const QString& projectName, QWidget* parent)
-    : ReportForm(ReportMode::InstantaneousTable, parent), ui_(std::make_unique<Ui::frmInstT>()) {
+frmInstT::frmInstT(const QString& projectName, CommonDialog& printerDialog, QWidget* parent)
+    : ReportForm(ReportMode::InstantaneousTable, printerDialog, parent),
+      ui_(std::make_unique<Ui::frmInstT>()) {
     ui_->setupUi(this);
     setWindowTitle(QStringLiteral("Instantaneous Table - ") + projectName);
     ConnectCommonCommands();

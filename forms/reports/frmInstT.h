@@ -16,7 +16,7 @@ class frmInstT;
 class frmInstT : public ReportForm {
     Q_OBJECT
 public:
-    explicit frmInstT(const QString& projectName, QWidget* parent = nullptr);
+    frmInstT(const QString& projectName, CommonDialog& printerDialog, QWidget* parent = nullptr);
     ~frmInstT() override;
 
     void RefreshTable();

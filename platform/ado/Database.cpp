@@ -48,7 +48,7 @@ Database::Database(const QString& path, const QStringList& ownTables) : path_(pa
     const bool isOpenHere = WriterMark::CountOf(path) > 0;
     if (!isOpenHere) {
         handle_ = OpenUntouched(path);
-        RequireSound(handle_.get());
+        RequireSound(handle_.get(), path);
         if (!ownTables.isEmpty() && !HasTableOf(handle_.get(), ownTables)) {
             return;
         }
@@ -84,6 +84,9 @@ void Database::Close() noexcept {
         TryRun(handle_.get(), "PRAGMA journal_mode = DELETE");
     }
     handle_.reset();
+    if (mark_) {
+        NoteSound(path_);
+    }
     mark_.reset();
 }
 

@@ -1,11 +1,14 @@
 #include "platform/ado/DatabaseFile.h"
 
+#include <sys/stat.h>
+
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QRegularExpression>
 #include <QUrl>
 #include <QtEndian>
+#include <optional>
 
 #include "platform/ado/AdoError.h"
 
@@ -109,6 +112,34 @@ QHash<QString, int>& Writers() {
     return writers;
 }
 
+// What tells that a file is the same one with the same bytes, also under another name.
+struct FileStamp {
+    std::uint64_t inode = 0;
+    std::int64_t size = 0;
+    std::int64_t changed = 0;  // nanoseconds
+    friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+
+std::optional<FileStamp> StampOf(const QString& path) {
+    struct stat status {};
+    if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
+        return std::nullopt;
+    }
+    return FileStamp{status.st_ino, status.st_size,
+                     status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec};
+}
+
+// By inode: few, as a process opens few stations.
+QHash<std::uint64_t, FileStamp>& SoundFiles() {
+    static QHash<std::uint64_t, FileStamp> files;
+    return files;
+}
+
+bool IsKnownToBeSound(const QString& path) {
+    const std::optional<FileStamp> stamp = StampOf(path);
+    return stamp && !HasCompanion(path) && SoundFiles().value(stamp->inode) == *stamp;
+}
+
 }  // namespace
 
 QString PathInConnection(const QString& connectionString) {
@@ -166,11 +197,27 @@ Handle OpenForWriting(const QString& path) {
     return handle;
 }
 
-void RequireSound(sqlite3* handle) {
+void RequireSound(sqlite3* handle, const QString& path) {
+    if (IsKnownToBeSound(path)) {
+        return;
+    }
     const QString verdict = Ask(handle, "PRAGMA quick_check(1)");
     if (verdict != u"ok") {
         RaiseGeneral(QStringLiteral("The file is damaged: %1").arg(verdict));
     }
+    NoteSound(path);
+}
+
+void NoteSound(const QString& path) {
+    if (const std::optional<FileStamp> stamp = StampOf(path)) {
+        SoundFiles().insert(stamp->inode, *stamp);
+    }
+}
+
+bool HasCompanion(const QString& path) {
+    const QString file = QFileInfo(path).canonicalFilePath();
+    return QFileInfo::exists(file + QStringLiteral("-wal")) ||
+           QFileInfo::exists(file + QStringLiteral("-journal"));
 }
 
 WriterMark::WriterMark(const QString& path) : file_(QFileInfo(path).canonicalFilePath()) {

@@ -23,8 +23,16 @@ Handle OpenUntouched(const QString& path);
 // file or folder, no room for the companion); raises adErrGeneral where another program has it.
 Handle OpenForWriting(const QString& path);
 
-// Raises adErrGeneral where the pages don't hang together as they should.
-void RequireSound(sqlite3* handle);
+// Raises adErrGeneral where the pages don't hang together as they should. A file that is known to
+// be sound, has no companion and hasn't changed since isn't read again. REQUIRES: the handle is the
+// path's.
+void RequireSound(sqlite3* handle, const QString& path);
+
+// A file that this process has just written whole, or closed, is known to be sound.
+void NoteSound(const QString& path);
+
+// Whether something that a killed program left, or another one uses, belongs to the file.
+bool HasCompanion(const QString& path);
 
 // Stands for one connection of this process that writes to a file. While there is one, the file is
 // known to be sound, and may not be read by other means than the database's: systems of the Unix

@@ -4,6 +4,8 @@
 
 namespace rillbook {
 
+// Lines of text end with a carriage return, or with that and a line feed; the text of other
+// programs comes with both.
 class Clipboard {
 public:
     virtual ~Clipboard() = default;

@@ -10,4 +10,8 @@ MsgBoxAnswer MsgBox(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
                                title.isEmpty() ? TheDesktop().programTitle : title);
 }
 
+void WarnOfInput(const QString& text) {
+    MsgBox(text, MsgBoxButtons::Ok, MsgBoxIcon::Information, QStringLiteral("Warning"));
+}
+
 }  // namespace rillbook

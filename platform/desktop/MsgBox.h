@@ -20,4 +20,7 @@ public:
 MsgBoxAnswer MsgBox(const QString& text, MsgBoxButtons buttons = MsgBoxButtons::Ok,
                     MsgBoxIcon icon = MsgBoxIcon::None, const QString& title = {});
 
+// What a form says of input that it doesn't take.
+void WarnOfInput(const QString& text);
+
 }  // namespace rillbook

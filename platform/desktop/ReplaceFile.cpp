@@ -1,6 +1,12 @@
 #include "platform/desktop/ReplaceFile.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
+#include <cstdio>
 
 namespace rillbook {
 
@@ -23,6 +29,21 @@ QString ReplaceFile(const QString& path, const QByteArray& bytes,
         return objection;
     }
     return file.commit() ? QString() : file.errorString();
+}
+
+QString MoveOver(const QString& finished, const QString& path) {
+    if (std::rename(QFile::encodeName(finished).constData(), QFile::encodeName(path).constData()) !=
+        0) {
+        return qt_error_string();
+    }
+    // The new name, too, must outlast a loss of power before anything is written under it.
+    const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
+    const int handle = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle >= 0) {
+        ::fsync(handle);
+        ::close(handle);
+    }
+    return {};
 }
 
 }  // namespace rillbook

@@ -13,4 +13,10 @@ namespace rillbook {
 QString ReplaceFile(const QString& path, const QByteArray& bytes,
                     const std::function<QString()>& beforeRename = {});
 
+// Puts a finished file in the place of another one of the same folder, at once: whoever opens
+// `path`, also after a loss of power, finds either the one or the other. Returns the system's
+// reason where that fails, and both are as they were; empty if it was done. REQUIRES: the bytes of
+// `finished` are on the disk.
+QString MoveOver(const QString& finished, const QString& path);
+
 }  // namespace rillbook

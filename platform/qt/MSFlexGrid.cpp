@@ -5,7 +5,9 @@
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScrollBar>
+#include <QStyleOptionHeader>
 #include <QTextDocument>
 #include <QToolTip>
 #include <algorithm>
@@ -58,10 +60,24 @@ void MSFlexGrid::FollowFixedCells() {
         connect(header, &QHeaderView::sectionClicked, this, &MSFlexGrid::Click);
         connect(header, &QHeaderView::sectionDoubleClicked, this, &MSFlexGrid::DblClick);
     }
-    if (auto* corner = findChild<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly)) {
-        corner->installEventFilter(this);
-        connect(corner, &QAbstractButton::clicked, this, &MSFlexGrid::Click);
+    corner_ = findChild<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly);
+    if (corner_ != nullptr) {
+        corner_->installEventFilter(this);
+        connect(corner_, &QAbstractButton::clicked, this, &MSFlexGrid::Click);
     }
+}
+
+// The cell that is fixed both ways, of which the view only paints the ground.
+void MSFlexGrid::PaintCorner() {
+    QStyleOptionHeader option;
+    option.initFrom(corner_);
+    option.rect = corner_->rect();
+    option.position = QStyleOptionHeader::OnlyOneSection;
+    option.textAlignment = Qt::AlignCenter;
+    option.text = fontMetrics().elidedText(TextMatrix(0, 0), Qt::ElideRight, option.rect.width());
+    QPainter painter(corner_);
+    painter.setFont(font());
+    style()->drawControl(QStyle::CE_Header, &option, &painter, horizontalHeader());
 }
 
 void MSFlexGrid::UseDefaultSizes() {
@@ -123,6 +139,9 @@ QString MSFlexGrid::TextMatrix(int row, int col) const {
 
 void MSFlexGrid::SetTextMatrix(int row, int col, const QString& text) {
     model_->SetText(row, col, text);
+    if (row == 0 && col == 0 && corner_ != nullptr) {
+        corner_->update();
+    }
 }
 
 void MSFlexGrid::BeginFill() {
@@ -349,6 +368,12 @@ bool MSFlexGrid::eventFilter(QObject* watched, QEvent* event) {
         case QEvent::MouseButtonRelease:
         case QEvent::MouseButtonDblClick:
             NoteMouse(static_cast<QMouseEvent*>(event)->globalPosition().toPoint());
+            break;
+        case QEvent::Paint:
+            if (watched == corner_) {
+                PaintCorner();
+                return true;
+            }
             break;
         default:
             break;

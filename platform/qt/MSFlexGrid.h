@@ -5,6 +5,8 @@
 #include <functional>
 #include <optional>
 
+class QAbstractButton;
+
 namespace rillbook {
 
 class GridModel;
@@ -109,6 +111,7 @@ protected:
 
 private:
     void FollowFixedCells();
+    void PaintCorner();
     void UseDefaultSizes();
     int WidthOf(const QString& text) const;
     void EnsureCurrent();
@@ -122,6 +125,7 @@ private:
     QRect SelectedCells() const;
 
     GridModel* model_;
+    QAbstractButton* corner_ = nullptr;
     int mouseRow_ = -1;
     int mouseCol_ = -1;
     int enteredRow_ = 0;

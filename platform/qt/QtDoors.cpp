@@ -181,12 +181,17 @@ void QtDoors::Clear() {
     QGuiApplication::clipboard()->clear();
 }
 
+// Other programs end a line as their system does: here with a line feed.
 void QtDoors::SetText(const QString& text) {
-    QGuiApplication::clipboard()->setText(text);
+    QGuiApplication::clipboard()->setText(
+        QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n'));
 }
 
 QString QtDoors::GetText() {
-    return QGuiApplication::clipboard()->text();
+    return QGuiApplication::clipboard()
+        ->text()
+        .replace(QStringLiteral("\r\n"), QStringLiteral("\n"))
+        .replace(u'\n', QStringLiteral("\r\n"));
 }
 
 void QtDoors::SetMousePointer(int pointer) {

@@ -12,6 +12,9 @@
 #include <QtTest/QTest>
 #include <deque>
 
+#include "platform/qt/CellTextBox.h"
+#include "platform/qt/MSFlexGrid.h"
+
 namespace rillbook {
 
 namespace {
@@ -37,6 +40,20 @@ void FailOnAnyWarning() {
 
 void FailTest(const QString& what) {
     QTest::qFail(qPrintable(what), __FILE__, __LINE__);
+}
+
+void TypeCell(QWidget& form, int row, int col, const QString& text) {
+    auto& grid = Child<MSFlexGrid>(form, QStringLiteral("MSFlexGrid1"));
+    grid.SetSelection(row, col, row, col);
+    grid.setFocus();
+    if (text.isEmpty()) {
+        QTest::keyClick(&grid, Qt::Key_Delete);
+        return;
+    }
+    QTest::keyClicks(&grid, text.left(1));
+    auto& box = Child<CellTextBox>(form, QStringLiteral("tbSel"));
+    QTest::keyClicks(&box, text.mid(1));
+    QTest::keyClick(&box, Qt::Key_Return);
 }
 
 bool IsUsable(const QWidget& control) {

@@ -45,6 +45,9 @@ void Trigger(QWidget& form, const QString& actionName);
 void Click(QWidget& form, const QString& buttonName);
 // Types a text in place of what a QLineEdit or QPlainTextEdit holds.
 void TypeText(QWidget& form, const QString& name, const QString& text);
+// Types a text into a cell of the form's grid MSFlexGrid1, in place of what it holds, and presses
+// Enter; the empty text empties the cell. REQUIRES: the form's window is shown.
+void TypeCell(QWidget& form, int row, int col, const QString& text);
 // True if the user can use the control.
 bool IsUsable(const QWidget& control);
 

@@ -4,6 +4,7 @@
 // out.
 #include <QAbstractButton>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialog>
 #include <QDir>
 #include <QFile>
@@ -19,12 +20,12 @@
 #include "app/SharedState.h"
 #include "forms/main/DesktopApplication.h"
 #include "forms/main/frmMain.h"
-#include "platform/ado/Recordset.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/qt/DTPicker.h"
 #include "platform/qt/MSFlexGrid.h"
 #include "platform/qt/QtDoors.h"
 #include "platform/qt/QtPrinter.h"
+#include "platform/qt/UpDown.h"
 #include "store/StationDatabase.h"
 #include "tests/support/StationFixture.h"
 #include "tests/support/UiDriver.h"
@@ -45,11 +46,8 @@ QString ReadText(const QString& path) {
                                           : path + QStringLiteral(" can't be read");
 }
 
-// What the hydrographer read on the sheet: titles, peak, and every cell.
-QString SheetText(QWidget& form) {
-    QString text = Child<QLabel>(form, QStringLiteral("lblTitle1")).text() + u'\n' +
-                   Child<QLabel>(form, QStringLiteral("lblTitle2")).text() + u'\n' +
-                   Child<QLineEdit>(form, QStringLiteral("tbPMax")).text() + u'\n';
+QString GridText(QWidget& form) {
+    QString text;
     const auto& grid = Child<MSFlexGrid>(form, QStringLiteral("MSFlexGrid1"));
     for (int row = 1; row < grid.Rows(); ++row) {
         QStringList cells;
@@ -61,6 +59,13 @@ QString SheetText(QWidget& form) {
     return text;
 }
 
+// What the hydrographer read on the sheet: titles, peak, and every cell.
+QString SheetText(QWidget& form) {
+    return Child<QLabel>(form, QStringLiteral("lblTitle1")).text() + u'\n' +
+           Child<QLabel>(form, QStringLiteral("lblTitle2")).text() + u'\n' +
+           Child<QLineEdit>(form, QStringLiteral("tbPMax")).text() + u'\n' + GridText(form);
+}
+
 }  // namespace
 
 class Tour : public QObject {
@@ -69,8 +74,8 @@ class Tour : public QObject {
 private Q_SLOTS:
     void initTestCase() {
         QDir().mkpath(folderOfTour);
-        for (const char* name :
-             {"creek.mdb", "upper-basin.prj", "yearly-sheet.pdf", "stage-graph.pdf"}) {
+        for (const char* name : {"creek.mdb", "spring.mdb", "upper-basin.prj", "yearly-sheet.pdf",
+                                 "stage-graph.pdf", "spring-journal.pdf"}) {
             QFile::remove(InFolder(QString::fromLatin1(name)));
         }
         ResetSharedState();
@@ -91,49 +96,30 @@ private Q_SLOTS:
     }
 
     void addsAStation() {
-        const NextWindow dialog([this](QWidget& form) { ChooseFile(form, "creek"); });
-        Trigger(*window_, QStringLiteral("mnuFileStationNew"));
-        QCOMPARE(StationPath, InFolder(QStringLiteral("creek.mdb")));
-        TypeText(*window_, QStringLiteral("tbName"), QStringLiteral("Alder Creek above the mill"));
-        TypeText(*window_, QStringLiteral("tbNotes"),
-                 QStringLiteral("Staff gauge on the left bank, read at each visit."));
+        AddStation("creek", "Alder Creek above the mill",
+                   "Staff gauge on the left bank, read at each visit.");
     }
 
     void importsALoggerFile() {
-        QString counts;
-        const NextWindow dialog([this](QWidget& form) {
-            ChooseFile(form, RILLBOOK_SOURCE_DIR "/samples/type1_stage_hourly.csv");
-        });
-        const NextWindow message([&](QWidget& form) {
-            Picture(form, "import-counts");
-            auto& box = dynamic_cast<QMessageBox&>(form);
-            counts = box.text();
-            box.button(QMessageBox::Ok)->click();
-        });
-        Trigger(*window_, QStringLiteral("mnuFileImport"));
-        QCOMPARE(counts, QStringLiteral(" 8755 Readable Records,  4 Unreadable Records(s), and  6 "
-                                        "Dupulicate(s)."));
-        Picture(*window_, "imported");
+        ImportSample("type1_stage_hourly.csv",
+                     " 8755 Readable Records,  4 Unreadable Records(s), "
+                     "and  6 Dupulicate(s).");
     }
 
-    // Both have no editor yet.
-    void writesJournalAndRating() {
-        AddRow("Calibration", {{"DateTime", At("2002-01-15 10:00")},
-                               {"chan", 1},
-                               {"read1", 1.20},
-                               {"actual1", 1.25},
-                               {"read2", 1}});
-        AddRow("Calibration", {{"DateTime", At("2002-07-15 10:00")},
-                               {"chan", 1},
-                               {"read1", 2.10},
-                               {"actual1", 2.00},
-                               {"read2", 1}});
-        AddRow("ConversionEq", {{"DateTime", At("2002-01-01")},
-                                {"chan", 1},
-                                {"A", 0.3},
-                                {"r", 1.6},
-                                {"c", 25},
-                                {"RatingTable", 0}});
+    void writesTheJournal() {
+        KeepJournal({{" x", "1/15/2002 10:00", "1.20", "1.25", "", "ice at the edges"},
+                     {"", "4/2/2002 9:30", "1.31", "1.33", "33.5", "high water, wading only half"},
+                     {" x", "7/15/2002 10:00", "2.10", "2.00", "58.2", "logger cleaned"}},
+                    "journal", {});
+    }
+
+    void ratesByAnEquation() {
+        EditRatings([this](QWidget& list) {
+            AddEquation(list, {"1/1/2002", "25", "0.3", "1.6", "six measurements"}, "equation");
+            QCOMPARE(GridText(list),
+                     QStringLiteral("1/1/2002\tEquation\tQ = 25*(ght - 0.3)^1.6\tsix "
+                                    "measurements\n"));
+        });
     }
 
     void readsTheYearlySheet() {
@@ -160,10 +146,7 @@ private Q_SLOTS:
             Trigger(form, QStringLiteral("mnuFileExit"));
         });
         Trigger(*window_, QStringLiteral("mnuOutAnnual"));
-        QFile dump(InFolder(QStringLiteral("yearly-sheet.txt")));
-        QVERIFY(dump.open(QIODevice::WriteOnly));
-        dump.write(sheet.toUtf8());
-        QCOMPARE(sheet, ReadText(QStringLiteral(RILLBOOK_SOURCE_DIR "/tests/data/tour-sheet.txt")));
+        CompareSheet(sheet, "yearly-sheet.txt");
     }
 
     void readsTables() {
@@ -194,6 +177,78 @@ private Q_SLOTS:
         });
     }
 
+    void setsUpAFourChannelLogger() {
+        AddStation("spring", "Mill Spring", "");
+        const NextWindow setup([this](QWidget& form) {
+            Child<QComboBox>(form, QStringLiteral("cmbFileType")).setCurrentIndex(3);
+            for (int step = 1; step < 4; ++step) {
+                Child<UpDown>(form, QStringLiteral("updChan")).Step(1);
+            }
+            const std::vector<Cells> channels{{"9", "ft", "Stage", "Pool below the weir"},
+                                              {"9", "C", "Temperature", "Water at the intake"},
+                                              {"9", "V", "Battery", "Logger"},
+                                              {"9", "uS/cm", "Conductance", "Water at the intake"}};
+            TypeCell(form, 1, 1, QStringLiteral("15"));
+            int row = 1;
+            for (const Cells& channel : channels) {
+                ++row;
+                int col = 0;
+                for (const char* text : channel) {
+                    TypeCell(form, row, ++col, QString::fromLatin1(text));
+                }
+            }
+            Picture(form, "import-setup");
+            Click(form, QStringLiteral("cmdOK"));
+        });
+        Trigger(*window_, QStringLiteral("mnuFileImportSetup"));
+        ImportSample("campbell.dat",
+                     " 1440 Readable Records,  1 Unreadable Records(s), and  12 "
+                     "Dupulicate(s).");
+    }
+
+    void visitsAndRatesTheSpring() {
+        KeepJournal(
+            {{" x", "6/3/2002 11:00", "2.05", "2.07", "31", "weir clear"},
+             {" x", "6/17/2002 8:15", "1.55", "1.50", "", "weeds cut"},
+             {"", "6/28/2002 16:40", "1.27", "1.20", "11.9",
+              "Silt behind the weir, a hand high, dug out and carried off by two; the staff "
+              "was under water for an hour."}},
+            "spring-journal", QStringLiteral("spring-journal"));
+        EditRatings([this](QWidget& list) {
+            AddEquation(list, {"6/1/2002", "12.5", "0.4", "1.5", ""}, "spring-equation");
+            AddTable(list, "6/15/2002 12:00", {{"1.0", "6"}, {"1.5", "14.5"}, {"2.5", "41"}},
+                     "spring-table");
+            Picture(list, "ratings");
+            QCOMPARE(GridText(list), QStringLiteral("6/1/2002\tEquation\tQ = 12.5*(ght - "
+                                                    "0.4)^1.5\t\n6/15/2002 12:00:00 PM\tTable\t\t"
+                                                    "weir rating\n"));
+        });
+    }
+
+    void reportsTheSpring() {
+        const Steps june = [](QWidget& settings) {
+            Child<DTPicker>(settings, QStringLiteral("DTPicker1")).SetValue(At("2002-06-01"));
+            Click(settings, QStringLiteral("optMonths"));
+            for (int months = 12; months > 1; --months) {
+                Child<UpDown>(settings, QStringLiteral("updN")).Step(-1);
+            }
+        };
+        ShowReport(
+            "mnuOutAnnual", "spring-sheet",
+            [](QWidget& settings) {
+                TypeText(settings, QStringLiteral("tbIncre"), QStringLiteral("0.5"));
+                Click(settings, QStringLiteral("cbxRating"));
+                Click(settings, QStringLiteral("cbxCal"));
+            },
+            [](QWidget& report) { CompareSheet(SheetText(report), "spring-sheet.txt"); });
+        ShowReport("mnuOutInstT", "spring-instantaneous-table", june);
+        ShowReport("mnuOutDailyT", "spring-daily-table");
+        ShowReport("mnuOutInstG", "spring-instantaneous-graph", [](QWidget& settings) {
+            TypeText(settings, QStringLiteral("tbMax"), QStringLiteral("60"));
+        });
+        ShowReport("mnuOutDailyG", "spring-daily-graph");
+    }
+
     void showsTheAboutBox() {
         const NextWindow about([this](QWidget& form) {
             Picture(form, "about");
@@ -206,7 +261,7 @@ private Q_SLOTS:
         Trigger(*window_, QStringLiteral("mnuFileExit"));
         QVERIFY(!window_->isVisible());
         QCOMPARE(ReadText(InFolder(QStringLiteral("upper-basin.prj"))).section(u'\n', 1, 1),
-                 QStringLiteral("1\r"));
+                 QStringLiteral("2\r"));
         QCOMPARE(DumpTable(InFolder(QStringLiteral("creek.mdb")),
                            QStringLiteral("SELECT Name, noofrec, Conversion, calibration "
                                           "FROM Information")),
@@ -214,7 +269,8 @@ private Q_SLOTS:
     }
 
 private:
-    using Values = std::vector<std::pair<const char*, double>>;
+    using Steps = std::function<void(QWidget& form)>;
+    using Cells = std::vector<const char*>;
 
     void Picture(QWidget& form, const char* name) {
         const QString file = QString::asprintf("%02d-%s.png", ++pictures_, name);
@@ -230,7 +286,104 @@ private:
         dynamic_cast<QDialog&>(dialog).accept();
     }
 
-    using Steps = std::function<void(QWidget& form)>;
+    void AddStation(const char* file, const char* name, const char* notes) {
+        const NextWindow dialog([&](QWidget& form) { ChooseFile(form, file); });
+        Trigger(*window_, QStringLiteral("mnuFileStationNew"));
+        QCOMPARE(StationPath, InFolder(QString::fromLatin1(file) + QStringLiteral(".mdb")));
+        TypeText(*window_, QStringLiteral("tbName"), QString::fromLatin1(name));
+        TypeText(*window_, QStringLiteral("tbNotes"), QString::fromLatin1(notes));
+    }
+
+    void ImportSample(const char* name, const char* counts) {
+        const NextWindow dialog([&](QWidget& form) {
+            ChooseFile(form, (QByteArray(RILLBOOK_SOURCE_DIR "/samples/") + name).constData());
+        });
+        const NextWindow message([&](QWidget& form) {
+            Picture(form, "import-counts");
+            auto& box = dynamic_cast<QMessageBox&>(form);
+            QCOMPARE(box.text(), QString::fromLatin1(counts));
+            box.button(QMessageBox::Ok)->click();
+        });
+        Trigger(*window_, QStringLiteral("mnuFileImport"));
+        Picture(*window_, "imported");
+    }
+
+    // Types visits: use, time, logger, actual, discharge, notes. Prints the journal where `pdf` has
+    // a name, and closes the window with a save.
+    void KeepJournal(const std::vector<Cells>& visits, const char* picture, const QString& pdf) {
+        const NextWindow journal([&](QWidget& form) {
+            int row = 0;
+            for (const Cells& visit : visits) {
+                ++row;
+                int col = 0;
+                for (const int place : {2, 3, 4, 6, 7}) {
+                    TypeCell(form, row, place, QString::fromLatin1(visit[++col]));
+                }
+                if (*visit[0] != 0) {
+                    auto& grid = Child<MSFlexGrid>(form, QStringLiteral("MSFlexGrid1"));
+                    grid.SetSelection(row, 1, row, 1);
+                    QTest::keyClick(&grid, Qt::Key_Space);
+                }
+            }
+            Picture(form, picture);
+            if (!pdf.isEmpty()) {
+                PrintTo(form, qPrintable(pdf));
+            }
+            const NextWindow question([](QWidget& box) {
+                dynamic_cast<QMessageBox&>(box).button(QMessageBox::Yes)->click();
+            });
+            Trigger(form, QStringLiteral("mnuFileExit"));
+        });
+        Trigger(*window_, QStringLiteral("mnuEditCalibration"));
+    }
+
+    void EditRatings(const Steps& steps) {
+        const NextWindow list([&](QWidget& form) {
+            TypeText(form, QStringLiteral("tbConvLabel"), QStringLiteral("cfs"));
+            TypeText(form, QStringLiteral("tbConvDesc"), QStringLiteral("Discharge"));
+            steps(form);
+            Click(form, QStringLiteral("cmdOK"));
+        });
+        Trigger(*window_, QStringLiteral("mnuRat"));
+    }
+
+    // Types time, C, A, R and notes.
+    void AddEquation(QWidget& list, const Cells& texts, const char* picture) {
+        const NextWindow editor([&](QWidget& form) {
+            int i = 0;
+            for (const char* box : {"tbDate", "tbC", "tbA", "tbR", "tbNotes"}) {
+                TypeText(form, QString::fromLatin1(box), QString::fromLatin1(texts[i++]));
+            }
+            Picture(form, picture);
+            Click(form, QStringLiteral("cmdOK"));
+        });
+        Trigger(list, QStringLiteral("mnuNewEquation"));
+    }
+
+    void AddTable(QWidget& list, const char* time, const std::vector<Cells>& points,
+                  const char* picture) {
+        const NextWindow editor([&](QWidget& form) {
+            TypeText(form, QStringLiteral("tbRatingDate"), QString::fromLatin1(time));
+            TypeText(form, QStringLiteral("tbNotes"), QStringLiteral("weir rating"));
+            int row = 0;
+            for (const Cells& point : points) {
+                ++row;
+                TypeCell(form, row, 1, QString::fromLatin1(point[0]));
+                TypeCell(form, row, 2, QString::fromLatin1(point[1]));
+            }
+            Picture(form, picture);
+            Click(form, QStringLiteral("cmdOK"));
+        });
+        Trigger(list, QStringLiteral("mnuNewTable"));
+    }
+
+    static void CompareSheet(const QString& sheet, const char* name) {
+        QFile dump(InFolder(QString::fromLatin1(name)));
+        QVERIFY(dump.open(QIODevice::WriteOnly));
+        dump.write(sheet.toUtf8());
+        QCOMPARE(sheet, ReadText(QStringLiteral(RILLBOOK_SOURCE_DIR "/tests/data/tour-") +
+                                 QString::fromLatin1(name)));
+    }
 
     // Settles a report, has a look at it, and does this with it before it is closed.
     void ShowReport(const char* item, const char* name, const Steps& settle = {},
@@ -257,18 +410,6 @@ private:
         const NextWindow dialog([&](QWidget& form) { ChooseFile(form, qPrintable(pdf)); });
         Trigger(report, QStringLiteral("mnuFilePrint"));
         QVERIFY(ReadText(pdf).startsWith(u"%PDF-"));
-    }
-
-    static void AddRow(const char* table, const Values& values) {
-        Recordset rows;
-        rows.LockType = adLockOptimistic;
-        rows.Open(QString::fromLatin1(table), *StationConnection, adOpenDynamic);
-        rows.AddNew();
-        for (const auto& [column, value] : values) {
-            rows.Fields(QString::fromLatin1(column)).SetValue(value);
-        }
-        rows.Update();
-        rows.Close();
     }
 
     std::unique_ptr<frmMain> window_;

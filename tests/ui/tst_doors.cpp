@@ -244,7 +244,7 @@ private Q_SLOTS:
     void clipboardHoldsTexts() {
         TheClipboard().SetText(u"1.25\t2\r3\t4"_qs);
         QCOMPARE(QGuiApplication::clipboard()->text(), u"1.25\t2\r3\t4"_qs);
-        QCOMPARE(TheClipboard().GetText(), u"1.25\t2\r3\t4"_qs);
+        QCOMPARE(TheClipboard().GetText(), u"1.25\t2\r\n3\t4"_qs);
         TheClipboard().Clear();
         QCOMPARE(TheClipboard().GetText(), QString());
     }

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QDialog>
+#include <functional>
+#include <optional>
+
+namespace rillbook {
+
+// "Rating - Kettle Creek Stage": a rating window of the output channel.
+QString RatingCaption(const QString& window);
+
+// Says in a box what became of a command, and why.
+void TellRatingFailure(const QString& outcome, const QString& reason);
+
+// In the user's regional form.
+QString NumberTextOrEmpty(std::optional<double> number);
+
+// What the editors of one rating, the output channel's at RatingEditDate, have in common.
+// DialogCancelled tells how one was closed; the title bar and Esc cancel.
+class RatingEditor : public QDialog {
+    Q_OBJECT
+public:
+    void reject() override;
+
+protected:
+    explicit RatingEditor(QWidget* parent) : QDialog(parent) {}
+
+    // Runs one step of loading, whose failure is passed over for the moment.
+    void Read(const std::function<void()>& step);
+    // To be asked after loading: false, having told the user, where a step failed. Such a rating
+    // mustn't be stored: what couldn't be read would be lost.
+    bool TellWhetherRead() const;
+
+    // Closes the window if the input is sound and stored.
+    void Confirm();
+    // Tells the user what is wrong.
+    virtual bool Check() = 0;
+    // Raises AdoError, having changed nothing. REQUIRES: Check.
+    virtual void Save() = 0;
+
+private:
+    QString fault_;  // the last that Read passed over
+};
+
+}  // namespace rillbook

@@ -1,0 +1,58 @@
+#include "forms/reference/frmConversionEq.h"
+
+#include "platform/desktop/MsgBox.h"
+#include "platform/text/Numbers.h"
+#include "store/FormStuff.h"
+#include "store/RatingStore.h"
+#include "ui_frmConversionEq.h"
+
+namespace rillbook {
+
+frmConversionEq::frmConversionEq(QWidget* parent)
+    : RatingEditor(parent), ui_(std::make_unique<Ui::frmConversionEq>()) {
+    ui_->setupUi(this);
+    setWindowTitle(RatingCaption(QStringLiteral("Rating Equation")));
+    LoadValues();
+    ui_->cmdOK->setEnabled(TellWhetherRead());
+    connect(ui_->cmdOK, &QPushButton::clicked, this, &frmConversionEq::Confirm);
+    connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmConversionEq::reject);
+}
+
+frmConversionEq::~frmConversionEq() = default;
+
+void frmConversionEq::LoadValues() {
+    std::optional<EquationRating> rating;
+    Read([&] { rating = ReadEquation(StationInfo.OutputChannel, RatingEditDate); });
+    if (rating) {
+        ui_->tbDate->setText(GeneralDateText(rating->time));
+        ui_->tbA->setText(NumberTextOrEmpty(rating->A));
+        ui_->tbC->setText(NumberTextOrEmpty(rating->c));
+        ui_->tbR->setText(NumberTextOrEmpty(rating->r));
+        ui_->tbNotes->setText(rating->notes);
+        ui_->tbNotes->setCursorPosition(0);
+    }
+}
+
+bool frmConversionEq::CheckValues() const {
+    if (!ReadDateTime(ui_->tbDate->text())) {
+        WarnOfInput(QStringLiteral("Not a valid Date."));
+        return false;
+    }
+    if (!IsNumber(ui_->tbC->text())) {
+        WarnOfInput(QStringLiteral("C must be numeric."));
+        return false;
+    }
+    return true;
+}
+
+void frmConversionEq::SaveValues() const {
+    WriteEquation(StationInfo.OutputChannel, RatingEditDate,
+                  {.time = ReadDateTime(ui_->tbDate->text()).value(),
+                   .A = ReadTypedNumber(ui_->tbA->text()),
+                   .r = ReadTypedNumber(ui_->tbR->text()),
+                   // As it was checked: the leading number of "1,250" would be 1.
+                   .c = ReadNumber(ui_->tbC->text()),
+                   .notes = ui_->tbNotes->text()});
+}
+
+}  // namespace rillbook

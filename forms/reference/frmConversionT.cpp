@@ -1,0 +1,153 @@
+#include "forms/reference/frmConversionT.h"
+
+#include <QKeyEvent>
+#include <QSet>
+
+#include "forms/reference/GridCellEditing.h"
+#include "platform/desktop/MsgBox.h"
+#include "platform/qt/MSFlexGrid.h"
+#include "platform/text/Numbers.h"
+#include "store/FormStuff.h"
+#include "store/RatingStore.h"
+#include "ui_frmConversionT.h"
+
+namespace rillbook {
+
+namespace {
+
+constexpr int kDepthCol = 1;
+constexpr int kFlowCol = 2;
+constexpr int kSpareRows = 50;
+
+const QString kIncomplete = QStringLiteral("All fields must be completed as date/time or numeric.");
+
+std::unique_ptr<Ui::frmConversionT> SetUp(QDialog* form) {
+    auto ui = std::make_unique<Ui::frmConversionT>();
+    ui->setupUi(form);
+    return ui;
+}
+
+}  // namespace
+
+frmConversionT::frmConversionT(QWidget* parent)
+    : RatingEditor(parent),
+      ui_(SetUp(this)),
+      editing_(*new GridCellEditing(*ui_->MSFlexGrid1,
+                                    {.keys = GridCellEditing::Keys::ForTable, .opens = {}})) {
+    setWindowTitle(RatingCaption(QStringLiteral("Rating Table")));
+    LoadTable();
+    ui_->cmdOK->setEnabled(TellWhetherRead());
+    connect(ui_->cmdIns, &QPushButton::clicked, &editing_, &GridCellEditing::InsertRow);
+    connect(ui_->cmdDel, &QPushButton::clicked, &editing_, &GridCellEditing::DeleteRow);
+    connect(ui_->cmdCopy, &QPushButton::clicked, &editing_, &GridCellEditing::Copy);
+    connect(ui_->cmdPaste, &QPushButton::clicked, &editing_, &GridCellEditing::Paste);
+    connect(ui_->cmdOK, &QPushButton::clicked, this, [this] {
+        editing_.EndEdit();  // where the button was pressed without taking the focus
+        Confirm();
+    });
+    connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmConversionT::reject);
+}
+
+frmConversionT::~frmConversionT() = default;
+
+// Enter belongs to the grid, so that no button is the default one; it still presses the button that
+// has the focus.
+void frmConversionT::keyPressEvent(QKeyEvent* event) {
+    auto* button = qobject_cast<QPushButton*>(focusWidget());
+    if (button != nullptr && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
+        button->click();
+    } else {
+        RatingEditor::keyPressEvent(event);
+    }
+}
+
+int frmConversionT::TableRows() const {
+    return ui_->MSFlexGrid1->Rows() - 1;
+}
+
+QString frmConversionT::DepthText(int row) const {
+    return ui_->MSFlexGrid1->TextMatrix(row, kDepthCol);
+}
+
+QString frmConversionT::FlowText(int row) const {
+    return ui_->MSFlexGrid1->TextMatrix(row, kFlowCol);
+}
+
+void frmConversionT::LoadTable() {
+    const int chan = StationInfo.OutputChannel;
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    grid.ClearTexts();
+    grid.SetCols(3);
+    grid.SetTextMatrix(0, kDepthCol, ChannelInfo[chan].RecLabel);
+    grid.SetTextMatrix(0, kFlowCol, ChannelInfo[chan].ConvLabel);
+    grid.SetColWidth(0, 300);
+    grid.SetColWidth(kDepthCol, 1200);
+    grid.SetColWidth(kFlowCol, 1200);
+
+    std::vector<TablePoint> points;
+    Read([&] { points = ReadTablePoints(chan, RatingEditDate); });
+    grid.SetRows(static_cast<int>(points.size()) + kSpareRows + 1);
+    int row = 1;
+    for (const TablePoint& point : points) {
+        grid.SetTextMatrix(row, kDepthCol, NumberTextOrEmpty(point.depth));
+        grid.SetTextMatrix(row, kFlowCol, NumberTextOrEmpty(point.flow));
+        ++row;
+    }
+
+    std::optional<TableHead> head;
+    Read([&] { head = ReadTableHead(chan, RatingEditDate); });
+    if (head) {
+        ui_->tbRatingDate->setText(GeneralDateText(head->time));
+        ui_->tbNotes->setText(head->notes);
+        ui_->tbNotes->setCursorPosition(0);
+    }
+}
+
+bool frmConversionT::CheckTable() const {
+    const QString fault = ReadDateTime(ui_->tbRatingDate->text()) ? FaultOfPoints() : kIncomplete;
+    if (!fault.isEmpty()) {
+        WarnOfInput(fault);
+    }
+    return fault.isEmpty();
+}
+
+QString frmConversionT::FaultOfPoints() const {
+    if (DepthText(1).isEmpty()) {
+        return QStringLiteral("Cancel for no data.");
+    }
+    QSet<QString> depths;
+    int points = 0;
+    bool ended = false;
+    for (int row = 1; row <= TableRows(); ++row) {
+        const QString depth = DepthText(row);
+        if (depth.isEmpty()) {
+            ended = true;
+            if (!FlowText(row).isEmpty()) {
+                return kIncomplete;
+            }
+            continue;
+        }
+        if (ended) {
+            return QStringLiteral("Remove gaps in the data.");
+        }
+        if (!IsNumber(depth) || !IsNumber(FlowText(row))) {
+            return kIncomplete;
+        }
+        depths.insert(depth);
+        ++points;
+    }
+    return depths.size() < points ? QStringLiteral("All depths must be unique.") : QString();
+}
+
+void frmConversionT::SaveTable() const {
+    std::vector<TablePoint> points;
+    for (int row = 1; row <= TableRows() && !DepthText(row).isEmpty(); ++row) {
+        points.push_back({.depth = ReadNumber(DepthText(row)), .flow = ReadNumber(FlowText(row))});
+    }
+    WriteTable(
+        StationInfo.OutputChannel, RatingEditDate,
+        {.time = ReadDateTime(ui_->tbRatingDate->text()).value(), .notes = ui_->tbNotes->text()},
+        points);
+}
+
+}  // namespace rillbook

@@ -1,0 +1,141 @@
+#include "forms/reference/frmRating.h"
+
+#include <QShortcut>
+
+#include "app/SharedState.h"
+#include "forms/reference/frmConversionEq.h"
+#include "forms/reference/frmConversionT.h"
+#include "platform/ado/AdoError.h"
+#include "store/FormStuff.h"
+#include "store/RatingStore.h"
+#include "ui_frmRating.h"
+
+namespace rillbook {
+
+namespace {
+
+constexpr int kTimeCol = 1;
+constexpr int kKindCol = 2;
+constexpr int kFormulaCol = 3;
+constexpr int kNotesCol = 4;
+
+const QString kEquation = QStringLiteral("Equation");
+const QString kTable = QStringLiteral("Table");
+
+}  // namespace
+
+frmRating::frmRating(QWidget* parent) : QDialog(parent), ui_(std::make_unique<Ui::frmRating>()) {
+    ui_->setupUi(this);
+    ConnectCommands();
+    Form_Load();
+}
+
+frmRating::~frmRating() = default;
+
+void frmRating::ConnectCommands() {
+    connect(ui_->mnuEditRow, &QAction::triggered, this, &frmRating::EditRow);
+    connect(ui_->mnuDeleteRow, &QAction::triggered, this, &frmRating::DeleteRow);
+    connect(ui_->mnuNewEquation, &QAction::triggered, this,
+            [this] { ShowEditor<frmConversionEq>(kNewRating); });
+    connect(ui_->mnuNewTable, &QAction::triggered, this,
+            [this] { ShowEditor<frmConversionT>(kNewRating); });
+    connect(ui_->MSFlexGrid1, &MSFlexGrid::DblClick, this, &frmRating::EditRow);
+    // What the double click is to the mouse.
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        connect(new QShortcut(key, ui_->MSFlexGrid1, nullptr, nullptr, Qt::WidgetShortcut),
+                &QShortcut::activated, this, &frmRating::EditRow);
+    }
+    connect(ui_->cmdOK, &QPushButton::clicked, this, &frmRating::Confirm);
+    connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmRating::reject);
+}
+
+void frmRating::Form_Load() {
+    DialogCancelled = true;
+    const int chan = StationInfo.OutputChannel;
+    UpgradeRatings(chan);
+    setWindowTitle(RatingCaption(QStringLiteral("Rating")));
+    const ChannelInfoData& channel = ChannelInfo[chan];
+    ui_->lblRecLabel->setText(channel.RecLabel);
+    ui_->lblRecDesc->setText(channel.RecDesc);
+    ui_->tbConvLabel->setText(channel.ConvLabel);
+    ui_->tbConvDesc->setText(channel.ConvDesc.isEmpty() ? channel.RecDesc : channel.ConvDesc);
+    FillGrid();
+}
+
+void frmRating::FillGrid() {
+    std::vector<ListedRating> ratings;
+    try {
+        ratings = ListRatings(StationInfo.OutputChannel);
+    } catch (const AdoError& error) {
+        TellRatingFailure(QStringLiteral("The ratings could not be read"), error.Description());
+    }
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    const int count = static_cast<int>(ratings.size());
+    grid.ClearTexts();
+    grid.SetRows(count + 1);
+    grid.SetCols(5);
+    grid.SetTextMatrix(0, kTimeCol, QStringLiteral("DateTime"));
+    grid.SetTextMatrix(0, kKindCol, QStringLiteral("Rating"));
+    grid.SetTextMatrix(0, kNotesCol, QStringLiteral("Notes"));
+    grid.SetColWidth(0, 300);
+    grid.SetColWidth(kTimeCol, 1500);
+    grid.SetColWidth(kKindCol, 1200);
+    grid.SetColWidth(kFormulaCol, 1800);
+    grid.SetColWidth(kNotesCol, 3000);
+    int row = 1;
+    for (const ListedRating& rating : ratings) {
+        grid.SetTextMatrix(row, kTimeCol, rating.time ? GeneralDateText(*rating.time) : QString());
+        grid.SetTextMatrix(row, kKindCol, rating.isTable ? kTable : kEquation);
+        grid.SetTextMatrix(row, kFormulaCol, rating.formula);
+        grid.SetTextMatrix(row, kNotesCol, rating.notes);
+        ++row;
+    }
+    grid.SetSelection(count, 1, count, 1);
+    grid.scrollTo(grid.currentIndex());
+}
+
+void frmRating::EditRow() {
+    const MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    const std::optional<DateTime> time = ReadDateTime(grid.TextMatrix(grid.Row(), kTimeCol));
+    const QString kind = grid.TextMatrix(grid.Row(), kKindCol);
+    if (time && kind == kEquation) {
+        ShowEditor<frmConversionEq>(*time);
+    } else if (time && kind == kTable) {
+        ShowEditor<frmConversionT>(*time);
+    } else {
+        FillGrid();
+    }
+}
+
+template <typename Editor>
+void frmRating::ShowEditor(DateTime rating) {
+    RatingEditDate = rating;
+    Editor(this).exec();
+    FillGrid();
+}
+
+void frmRating::DeleteRow() {
+    const MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    const std::optional<DateTime> time = ReadDateTime(grid.TextMatrix(grid.Row(), kTimeCol));
+    const bool isTable = grid.TextMatrix(grid.Row(), kKindCol) == kTable;
+    try {
+        if (time) {
+            DeleteRating(StationInfo.OutputChannel, *time, isTable);
+        }
+    } catch (const AdoError& error) {
+        TellRatingFailure(QStringLiteral("The rating could not be deleted"), error.Description());
+        return;
+    }
+    FillGrid();
+    DialogCancelled = false;
+}
+
+void frmRating::Confirm() {
+    DialogCancelled = false;
+    ChannelInfoData& channel = ChannelInfo[StationInfo.OutputChannel];
+    channel.ConvLabel = ui_->tbConvLabel->text();
+    channel.ConvDesc = ui_->tbConvDesc->text();
+    accept();
+}
+
+}  // namespace rillbook

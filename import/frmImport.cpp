@@ -1,0 +1,180 @@
+#include "import/frmImport.h"
+
+#include <cmath>
+#include <optional>
+#include <utility>
+
+#include "forms/reference/GridCellEditing.h"
+#include "platform/ado/AdoError.h"
+#include "platform/desktop/MsgBox.h"
+#include "platform/desktop/Screen.h"
+#include "platform/text/Numbers.h"
+#include "store/FormStuff.h"
+#include "store/StationDatabase.h"
+#include "store/StationPanel.h"
+#include "ui_frmImport.h"
+
+namespace rillbook {
+
+namespace {
+
+constexpr int kDateRow = 1;
+constexpr int kWidthCol = 1;
+constexpr int kUnitsCol = 2;
+constexpr int kLabelCol = 3;
+constexpr int kDescriptionCol = 4;
+
+constexpr int kFixedWidth = 2;  // the first of the layouts whose fields have widths
+constexpr int kNewChannelWidth = 9;
+constexpr int kMostChannels = 99;
+
+int RowOf(int chan) {
+    return chan + 1;
+}
+
+// The width of the date field, if the text is one.
+std::optional<std::int16_t> DateWidth(const QString& text) {
+    const std::optional<double> number = ReadNumber(text);
+    if (!number || *number != std::trunc(*number) || *number < 0 || ToInt16(*number) != *number) {
+        return std::nullopt;
+    }
+    return ToInt16(*number);
+}
+
+}  // namespace
+
+frmImport::frmImport(QWidget* parent) : QDialog(parent), ui_(std::make_unique<Ui::frmImport>()) {
+    ui_->setupUi(this);
+    setWindowTitle(QStringLiteral("Import Setup - ") + StationTitle);
+    ui_->tbChan->setText(QString::number(StationInfo.Channels));
+    ui_->updChan->SetBuddy(ui_->tbChan);
+    ui_->updChan->SetMin(1);
+    ui_->updChan->SetMax(kMostChannels);
+    ui_->cmbFileType->addItems(
+        {QStringLiteral("CSV (Type 1): MM/DD/YY HH:MM, Chan1, Chan2, ..."),
+         QStringLiteral("CSV (Type 2): MM/DD/YY, HH:MM, Chan1, Chan2, ..."),
+         QStringLiteral("Fixed Width: MM/DD/YY HH:MM  Chan1  Chan2 ..."),
+         QStringLiteral("Campbell Sci: YYYY  MM DD  HHMM  Chan1  Chan2 ..    ")});
+    ui_->cmbFileType->setCurrentIndex(StationInfo.ImportType);
+    FillGrid();
+    editing_ = new GridCellEditing(*ui_->MSFlexGrid1, {});
+    connect(editing_, &GridCellEditing::MovedDown, this, &frmImport::VisibleRows);
+    connect(ui_->cmbFileType, &QComboBox::currentIndexChanged, this, &frmImport::VisibleControls);
+    connect(ui_->updChan, &UpDown::Change, this, &frmImport::ChannelCountChanged);
+    connect(ui_->cmdOK, &QPushButton::clicked, this, &frmImport::Confirm);
+    connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmImport::reject);
+    VisibleControls();
+}
+
+frmImport::~frmImport() = default;
+
+void frmImport::FillGrid() {
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    grid.SetCols(5);
+    grid.SetRows(StationInfo.Channels + 2);
+    int col = 0;
+    for (const auto& [width, heading] : {std::pair{800, "Channel"},
+                                         {800, "Width"},
+                                         {1000, "Units"},
+                                         {1200, "Label"},
+                                         {2800, "Description"}}) {
+        grid.SetColWidth(col, width);
+        grid.SetTextMatrix(0, col++, QString::fromLatin1(heading));
+    }
+    grid.SetTextMatrix(kDateRow, kLabelCol, QStringLiteral("date"));
+    grid.SetTextMatrix(kDateRow, kWidthCol, QString::number(StationInfo.ImportDtWidth));
+    for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
+        grid.SetTextMatrix(RowOf(chan), 0, QString::number(chan));
+        FillChannel(chan);
+    }
+}
+
+void frmImport::FillChannel(int chan) {
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    const ChannelInfoData& channel = ChannelInfo[chan];
+    grid.SetTextMatrix(RowOf(chan), kWidthCol, QString::number(channel.ImportWidth));
+    grid.SetTextMatrix(RowOf(chan), kUnitsCol, channel.RecLabel);
+    grid.SetTextMatrix(RowOf(chan), kLabelCol, channel.RecDesc);
+    grid.SetTextMatrix(RowOf(chan), kDescriptionCol, channel.RecSta);
+}
+
+// Widths mean nothing where commas part the fields; their cells keep them.
+void frmImport::VisibleControls() {
+    editing_->EndEdit();
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    const bool hasWidths = ui_->cmbFileType->currentIndex() >= kFixedWidth;
+    grid.SetColWidth(kWidthCol, hasWidths ? 800 : 1);
+    if (!hasWidths && grid.Col() == kWidthCol) {
+        grid.SetCol(kUnitsCol);
+    }
+}
+
+void frmImport::VisibleRows() {
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    const int row = grid.Row();
+    if (row == grid.Rows() - 1) {
+        grid.SetTopRow(row < 13 ? 1 : row - 10);
+    } else if (!grid.RowIsVisible(row + 1)) {
+        grid.SetTopRow(row < 13 ? 1 : row - 11);
+    }
+}
+
+// The last row takes what is stored, also where the user has typed something else into it.
+void frmImport::ChannelCountChanged() {
+    editing_->EndEdit();
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    const int channels = ui_->updChan->Value();
+    grid.SetRows(channels + 2);
+    grid.SetTextMatrix(RowOf(channels), 0, QString::number(channels));
+    if (channels <= StationInfo.Channels) {
+        FillChannel(channels);
+    } else {
+        grid.SetTextMatrix(RowOf(channels), kWidthCol, QString::number(kNewChannelWidth));
+    }
+    VisibleControls();
+}
+
+StationShape frmImport::TypedShape() const {
+    const MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    StationShape shape;
+    shape.importType = static_cast<std::int16_t>(ui_->cmbFileType->currentIndex());
+    shape.dateWidth = DateWidth(grid.TextMatrix(kDateRow, kWidthCol)).value();
+    for (int chan = 1; chan <= ui_->updChan->Value(); ++chan) {
+        const auto cell = [&](int col) { return grid.TextMatrix(RowOf(chan), col); };
+        shape.channels.push_back({.width = ToInt16(ReadTypedNumber(cell(kWidthCol))),
+                                  .units = cell(kUnitsCol),
+                                  .label = cell(kLabelCol),
+                                  .description = cell(kDescriptionCol)});
+    }
+    return shape;
+}
+
+void frmImport::Confirm() {
+    editing_->EndEdit();
+    if (!DateWidth(ui_->MSFlexGrid1->TextMatrix(kDateRow, kWidthCol))) {
+        WarnOfInput(QStringLiteral("The width of the date must be a whole number."));
+        return;
+    }
+    if (ui_->updChan->Value() < StationInfo.Channels &&
+        MsgBox(QStringLiteral("You have decreased the number of channels. "
+                              "Data will be erased.  Do you want to continue?"),
+               MsgBoxButtons::YesNo, MsgBoxIcon::Exclamation) != MsgBoxAnswer::Yes) {
+        return;
+    }
+    try {
+        const Hourglass hourglass;
+        ReshapeStation(TypedShape());
+    } catch (const AdoError& error) {
+        MsgBox(QStringLiteral("The import setup could not be stored: ") + error.Description(),
+               MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+        if (StationConnection->State() == 0) {
+            ShowNoStation();
+            reject();
+        }
+        return;
+    }
+    TheStationPanel->SetText(StationPanel::Item::Channels, QString::number(StationInfo.Channels));
+    accept();
+}
+
+}  // namespace rillbook

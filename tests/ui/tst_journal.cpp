@@ -1,0 +1,358 @@
+#include <QMenu>
+#include <QRegularExpression>
+#include <QtTest/QtTest>
+
+#include "app/SharedState.h"
+#include "forms/reference/frmCalibration.h"
+#include "platform/ado/Connection.h"
+#include "platform/desktop/CommonDialog.h"
+#include "platform/qt/MSFlexGrid.h"
+#include "platform/text/Regional.h"
+#include "store/FormStuff.h"
+#include "store/StationDatabase.h"
+#include "tests/support/DataRows.h"
+#include "tests/support/Hardship.h"
+#include "tests/support/ReportedChannel.h"
+#include "tests/support/ScriptedDoors.h"
+#include "tests/support/StationFixture.h"
+#include "tests/support/UiDriver.h"
+
+namespace rillbook {
+
+namespace {
+
+MSFlexGrid& Grid(QWidget& form) {
+    return Child<MSFlexGrid>(form, u"MSFlexGrid1"_qs);
+}
+
+// Types into whatever has the focus. Signs stand for keys; "¶" ends an edit and goes on in the cell
+// to its right, "§" is a text too long to be stored.
+void Press(QWidget& form, const QString& keys) {
+    static const QMap<QChar, Qt::Key> signs = {
+        {u'→', Qt::Key_Right}, {u'←', Qt::Key_Left},   {u'↑', Qt::Key_Up},     {u'↓', Qt::Key_Down},
+        {u'⏎', Qt::Key_Enter}, {u'⎋', Qt::Key_Escape}, {u'⌫', Qt::Key_Delete}, {u'✎', Qt::Key_F2}};
+    const QString single =
+        QString(keys).replace(u"¶"_qs, u"⏎↑→"_qs).replace(u'§', QString(256, u'n'));
+    for (const QChar key : single) {
+        if (signs.contains(key)) {
+            QTest::keyClick(form.focusWidget(), signs[key]);
+        } else {
+            QTest::keyClick(form.focusWidget(), key.toLatin1());
+        }
+    }
+}
+
+// Rows that hold anything: "2:  x|1/5/2002|1.5|1.75|0.25||clear".
+QString GridText(QWidget& form) {
+    const MSFlexGrid& grid = Grid(form);
+    QStringList rows;
+    for (int row = 1; row < grid.Rows(); ++row) {
+        QStringList cells;
+        for (int col = 1; col < grid.Cols(); ++col) {
+            cells << grid.TextMatrix(row, col);
+        }
+        if (!cells.join(QString()).isEmpty()) {
+            rows << QString::number(row) + u": "_qs + cells.join(u'|');
+        }
+    }
+    return rows.join(u'\n');
+}
+
+// The pages with the texts of one height together: "1008 10 bold: 1152 Journal".
+QString PagesText(const PrintRecording& print) {
+    static const QRegularExpression text(u"^text (\\d+),(\\d+) Arial (.*) black \"(.*)\"$"_qs);
+    QString pages = print.name;
+    QString place;
+    for (const QString& line : print.lines) {
+        const QRegularExpressionMatch found = text.match(line);
+        const QString here = u'\n' + found.captured(2) + u' ' + found.captured(3) + u':';
+        if (!found.hasMatch()) {
+            pages += u'\n' + line;
+        } else if (here != place) {
+            pages += here;
+        }
+        place = here;
+        if (!found.captured(4).isEmpty()) {
+            pages += u" %1 %2"_qs.arg(found.captured(1), found.captured(4));
+        }
+    }
+    return pages.replace(ShortDateText(Now()), u"today"_qs);
+}
+
+#define SHOWN "1: |1/5/2002|1.5|1.75|0.25|12.5|clear"
+#define STORED "1 | 2002-01-05 00:00:00 | 0 | 1.5 | 1.75 | 12.5 | clear"
+#define OTHER_CHANNEL "2 | 2002-01-05 00:00:00 | 1 | 9 | 9 | NULL | NULL"
+
+}  // namespace
+
+class TestJournal : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() {
+        FailOnAnyWarning();
+        doors_ = std::make_unique<ScriptedDoors>();
+        station_ = std::make_unique<StationFixture>(2);
+        DescribeReportedChannel();
+        station_->WithJournalRow("2002-01-05", 1, 1.5, 1.75, false, 12.5, u"clear"_qs)
+            .WithJournalRow("2002-01-05", 2, 9, 9);
+        // As older releases had it.
+        StationConnection->Execute(u"ALTER TABLE Calibration ALTER COLUMN notes TEXT(10)"_qs);
+    }
+    void cleanup() {
+        station_.reset();
+        doors_.reset();
+        RegionalSettings() = Regional();
+    }
+
+    // By keys alone, from the cell where the window opens: the first of row 2.
+    void Saves_data() {
+        const DataRows<QString, QString, QString> row("keys", "shown", "stored");
+        const QString before = QStringLiteral(OTHER_CHANNEL "\n" STORED);
+        // Out of order.
+        row(" →3/1/2002 9:30¶2¶2.25¶→4¶High since noon⏎←←←←←Feb 1, 2002¶¶¶→¶⏎",
+            SHOWN "\n2: |2/1/2002|||||\n3:  x|3/1/2002 9:30:00 AM|2|2.25|0.25|4|High since noon",
+            before +
+                u"\n1 | 2002-03-01 09:30:00 | 1 | 2 | 2.25 | 4 | High since noon"
+                "\n1 | 2002-02-01 00:00:00 | 0 | NULL | NULL | NULL | "_qs);
+        row("→3/1/2002¶2.5 ft¶none¶→1,234.5¶¶⏎", SHOWN "\n2: |3/1/2002|2.5|0|-2.50|1234.5|",
+            before + u"\n1 | 2002-03-01 00:00:00 | 0 | 2.5 | 0 | 1234.5 | "_qs);
+        row(" →→1¶2⏎", SHOWN, before);  // no date
+        row("↑→a⎋⌫", "", OTHER_CHANNEL);
+        row("→3.2.2002 14:05¶-0,5¶1,25¶→1.000¶⏎",
+            "1: |05.01.2002|1,5|1,75|0,25|12,5|clear\n2: |03.02.2002 14:05:00|-0,5|1,25|1,75|1000|",
+            before + u"\n1 | 2002-02-03 14:05:00 | 0 | -0.5 | 1.25 | 1000 | "_qs);
+    }
+    void Saves() {
+        QFETCH(QString, keys);
+        if (keys.contains(u",5")) {
+            RegionalSettings() = {.decimalSign = u","_qs,
+                                  .groupSign = u"."_qs,
+                                  .shortDate = u"dd.MM.yyyy"_qs,
+                                  .longTime = u"HH:mm:ss"_qs};
+        }
+        DialogCancelled = true;
+        InJournal([&](QWidget& form) {
+            Press(form, keys);
+            Close(form, MsgBoxAnswer::Yes);
+        });
+        QTEST(Stored(), "stored");
+        QVERIFY(!DialogCancelled);
+        InJournal([](QWidget& form) {
+            QTEST(GridText(form), "shown");
+            form.close();
+        });
+        QVERIFY(DialogCancelled);
+    }
+
+    void Refuses_data() {
+        const DataRows<QString, QString> row("keys", "message");
+        const QString date = u"Must have valid date entries."_qs;
+        const QString readings = u"All selected rows must have values for logger and actual."_qs;
+        const QString twice = u"All dates must be unique."_qs;
+        row("→1/5/2002¶1¶1⏎", twice);
+        row("↑ ↓→1/5/2002⏎", twice);             // the ticked row has its readings
+        row(" →1/5/2002¶1⏎", readings);          // before dates are compared
+        row(" →1/6/2002⏎←←  →soon⏎", readings);  // from top to bottom
+        row(" →soon⏎", date);
+        row("→1/5/2002⏎soon⏎", date);
+        row("→1/5/2002 0:00⏎↑↑→→→→→§",  // another spelling of the date passes
+            "The journal could not be saved: Notes of 1/5/2002: The text is longer than 255 "
+            "characters.");
+        row("↑→→→→→→windy⏎", "The journal could not be saved: disk I/O error");
+    }
+    void Refuses() {
+        QFETCH(QString, keys);
+        QFETCH(QString, message);
+        InJournal([&](QWidget& form) {
+            const bool failure = message.contains(u"saved"_qs);
+            Press(form, keys);
+            {
+                const FullDisk disk(message.endsWith(u"I/O error"_qs) ? 4096 : 100'000'000);
+                Trigger(form, u"mnuEditCopy"_qs);  // ends the edit
+                const QString typed = GridText(form);
+                doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::Yes);
+                doors_->ExpectMessage(message);
+                form.close();
+                QVERIFY(form.isVisible());
+                QCOMPARE(GridText(form), typed);
+            }
+            QCOMPARE(Stored(), QStringLiteral(STORED "\n" OTHER_CHANNEL));
+            const ScriptedDoors::ShownMessage& shown = doors_->shownMessages.back();
+            QCOMPARE(shown.title, failure ? u"Rillbook"_qs : u"Warning"_qs);
+            QCOMPARE(shown.icon, failure ? MsgBoxIcon::Exclamation : MsgBoxIcon::Information);
+            Close(form, MsgBoxAnswer::No);
+        });
+    }
+
+    // What asks whether to save, and how the window may then be left.
+    void Asks_data() {
+        const DataRows<bool, QString, QString, QString> row("asks", "keys", "deed", "shown");
+        const QString ticked = u"1:  x|1/5/2002|1.5|1.75|0.25|12.5|clear"_qs;
+        row(false, "→↓", "", SHOWN);
+        row(false, "→→", "mnuEditCopy", SHOWN);
+        row(false, "↑→⌫", "", "1: ||1.5|1.75|0.25|12.5|clear");
+        row(true, "↑→x⎋", "", SHOWN);
+        row(true, "a", "", SHOWN);
+        row(true, "↑→→→→x", "", SHOWN);
+        row(true, "↑→→2.5", "", "1: |1/5/2002|2.5|1.75|-0.75|12.5|clear");
+        row(true, "↑ ", "", ticked);
+        row(true, "", "click", ticked);
+        row(true, "↑ ", "click", SHOWN);
+        row(true, "→→", "mnuEditPaste", SHOWN "\n2: ||3||||");
+        row(true, "↑", "mnuEditIns", "2: |1/5/2002|1.5|1.75|0.25|12.5|clear");
+        row(true, "↑", "mnuEditDel", "");
+    }
+    void Asks() {
+        QFETCH(bool, asks);
+        QFETCH(QString, keys);
+        QFETCH(QString, deed);
+        DialogCancelled = false;
+        doors_->clipboardText = u"3\r\n"_qs;
+        InJournal([&](QWidget& form) {
+            Press(form, keys);
+            if (deed == u"click"_qs) {  // with Shift the current cell stays
+                QTest::mouseClick(Grid(form).viewport(), Qt::LeftButton, Qt::ShiftModifier,
+                                  Grid(form).visualRect(Grid(form).model()->index(0, 0)).center());
+            } else if (!deed.isEmpty()) {
+                Trigger(form, deed);
+            }
+            if (asks) {
+                for (int i = 0; i < 3; ++i) {
+                    doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::Cancel);
+                }
+                form.close();  // ends an edit under way
+                Press(form, u"⎋"_qs);
+                Trigger(form, u"mnuFileExit"_qs);
+                QVERIFY(form.isVisible() && !DialogCancelled);
+                const ScriptedDoors::ShownMessage& asked = doors_->shownMessages.back();
+                QCOMPARE(asked.icon, MsgBoxIcon::Exclamation);
+                QCOMPARE(asked.buttons, MsgBoxButtons::YesNoCancel);
+                QCOMPARE(asked.title, u"Rillbook"_qs);
+            }
+            QTEST(GridText(form), "shown");
+            if (asks) {
+                doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::No);
+            }
+            form.close();
+        });
+        QVERIFY(DialogCancelled);
+        QCOMPARE(Stored(), QStringLiteral(STORED "\n" OTHER_CHANNEL));
+    }
+
+    void CopiesAndPastes() {
+        InJournal([&](QWidget& form) {
+            Grid(form).SetSelection(1, 4, 2, 3);
+            QTest::keyClick(form.focusWidget(), Qt::Key_C, Qt::ControlModifier);
+            QCOMPARE(doors_->clipboardText, u"Logger\tActual\r1.5\t1.75\r\t"_qs);
+            doors_->clipboardText = u"7\t7.5\r\n8\t8.25\r\n"_qs;
+            QTest::keyClick(form.focusWidget(), Qt::Key_V, Qt::ControlModifier);
+            QCOMPARE(GridText(form), u"1: |1/5/2002|7|7.5|0.25|12.5|clear\n2: ||8|8.25|||"_qs);
+            Press(form, u"✎⎋"_qs);  // offsets follow the next edit
+            QCOMPARE(GridText(form), u"1: |1/5/2002|7|7.5|0.50|12.5|clear\n2: ||8|8.25|0.25||"_qs);
+            Close(form, MsgBoxAnswer::No);
+        });
+    }
+
+    void KeepsTheCurrentRowInView() {
+        for (int day = 6; day <= 30; ++day) {
+            station_->WithJournalRow(qPrintable(u"2002-01-%1"_qs.arg(day, 2, 10, QChar(u'0'))), 1,
+                                     {}, {});
+        }
+        InJournal([](QWidget& form) {
+            const auto place = [&] { return QPoint(Grid(form).TopRow(), Grid(form).Row()); };
+            QCOMPARE(place(), QPoint(12, 27));
+            Press(form, u"⏎⏎"_qs);
+            QCOMPARE(place(), QPoint(12, 29));
+            Press(form, u"⏎"_qs);
+            QCOMPARE(place(), QPoint(15, 30));
+            form.close();
+        });
+    }
+
+    void LeavesAloneWhatItCantRead() {
+        StationConnection->Execute(u"ALTER TABLE Calibration DROP COLUMN notes"_qs);
+        const QString before = station_->Dump("Calibration");
+        doors_->ExpectMessage(u"The journal could not be read: There is no field notes."_qs);
+        InJournal([&](QWidget& form) {
+            QVERIFY(!Grid(form).isEnabled() && !Child<QMenu>(form, u"mnuEdit"_qs).isEnabled());
+            form.close();
+        });
+        QVERIFY(DialogCancelled);
+        QCOMPARE(station_->Dump("Calibration"), before);
+    }
+
+    // Rows are 235 high; a page is left once they reach 2692. A wave takes two places of a text.
+    void Prints() {
+        const QString a49(49, u'a');
+        const QString b69(69, u'b');
+        UpgradeCalibration();
+        station_
+            ->WithJournalRow("2002-01-06 12:00", 1, 2, 2, true, {}, a49 + u"\U0001F30A"_qs + b69)
+            .WithJournalRow("2002-01-07", 1, 3, {})
+            .WithJournalRow("2002-01-08", 1, {}, {})
+            .WithJournalRow("2002-01-09", 1, 4, 4)
+            .WithJournalRow("2002-01-10", 1, 5, 5);
+        doors_->CancelPrinter();
+        const auto print = doors_->ExpectPrint(12240, 5700);
+        print->turnedTo = 2;
+        InJournal([&](QWidget& form) {
+            Press(form, u"↑↑→⌫"_qs);  // nothing from here on
+            Trigger(form, u"mnuFilePrint"_qs);
+            Trigger(form, u"mnuFilePrint"_qs);
+            form.close();
+        });
+        const QString header =
+            u"\n1008 10 bold: 1152 Journal and Calibration Offsets"
+            "\n1258 10 bold: 1152 Kettle Creek Stage"_qs;
+        const QString footer =
+            u"\n4192 8 italic: 1152 station.mdb    today"
+            "\n4392 8 italic: 1152 Rillbook v1.0.0"_qs;
+        QCOMPARE(PagesText(*print),
+                 u"Journal and Offsets - Kettle Creek Stage"_qs + header +
+                     u"\n1708 9 bold: 1152 DateTime 3152 Logger 4152 Actual 5152 Offset 6152 "
+                     u"Discharge 7152 Notes"
+                     "\n1943 9: 1152 1/5/2002 3152 1.5 4152 1.75 5152 0.25 6152 12.5 7152 clear"
+                     "\n2178 9: 1152 1/6/2002 12:00:00 PM 3152 2 4152 2 5152 0.00 7152 "_qs +
+                     a49 + u"\n2413 9: 7152 \U0001F30A"_qs + b69.left(48) + u"\n2648 9: 7152 "_qs +
+                     b69.mid(48) + footer + u"\nnew page"_qs + header +
+                     u"\n1708 9: 1152 1/7/2002 3152 3\n1943 9: 1152 1/8/2002"_qs + footer +
+                     u"\nend of document"_qs);
+        QCOMPARE(print->dialogTitle, u"Print"_qs);
+        QCOMPARE(print->dialogOrientation, 1);
+        QCOMPARE(print->orientation, 1);
+        QCOMPARE(doors_->pointers, (std::vector<int>{vbHourglass, vbDefault}));
+    }
+
+private:
+    void InJournal(const std::function<void(QWidget& form)>& steps) {
+        frmCalibration form(cdbprinter_);
+        const NextWindow window([&](QWidget& opened) {
+            opened.activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(&opened));
+            steps(opened);
+            if (opened.isVisible()) {
+                FailTest(u"The journal was left open"_qs);
+                form.done(0);  // asks nothing
+            }
+        });
+        form.exec();
+    }
+    void Close(QWidget& form, MsgBoxAnswer answer) {
+        doors_->ExpectMessage(u"Save changes?"_qs, answer);
+        form.close();
+    }
+    QString Stored() const {
+        return station_->Dump(
+            "SELECT chan, DateTime, read2, read1, actual1, discharge, notes FROM Calibration");
+    }
+
+    CommonDialog cdbprinter_;
+    std::unique_ptr<ScriptedDoors> doors_;
+    std::unique_ptr<StationFixture> station_;
+};
+
+}  // namespace rillbook
+
+QTEST_MAIN(rillbook::TestJournal)
+#include "tst_journal.moc"

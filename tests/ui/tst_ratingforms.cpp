@@ -1,0 +1,511 @@
+#include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QtTest/QtTest>
+
+#include "app/SharedState.h"
+#include "forms/reference/frmRating.h"
+#include "platform/qt/MSFlexGrid.h"
+#include "platform/text/Regional.h"
+#include "store/FormStuff.h"
+#include "store/StationDatabase.h"
+#include "tests/support/DataRows.h"
+#include "tests/support/Hardship.h"
+#include "tests/support/MessageLog.h"
+#include "tests/support/ReportedChannel.h"
+#include "tests/support/ScriptedDoors.h"
+#include "tests/support/StationFixture.h"
+#include "tests/support/UiDriver.h"
+
+namespace rillbook {
+
+namespace {
+
+using Steps = std::function<void(QWidget&)>;
+
+const char* const kIncomplete = "All fields must be completed as date/time or numeric.";
+
+MSFlexGrid& Grid(QWidget& form) {
+    return Child<MSFlexGrid>(form, u"MSFlexGrid1"_qs);
+}
+
+// The rows that hold a text, "1: 0.5 10; 2: 1.5 -".
+QString CellsText(QWidget& form) {
+    const MSFlexGrid& grid = Grid(form);
+    QStringList rows;
+    for (int row = 1; row < grid.Rows(); ++row) {
+        QStringList cells;
+        for (int col = 1; col < grid.Cols(); ++col) {
+            const QString text = grid.TextMatrix(row, col);
+            cells << (text.isEmpty() ? u"-"_qs : text);
+        }
+        if (cells.count(u"-"_qs) < cells.size()) {
+            rows << QString::number(row) + u": "_qs + cells.join(u' ');
+        }
+    }
+    return rows.join(u"; "_qs);
+}
+
+void InList(const Steps& steps) {
+    frmRating form;
+    const NextWindow window([&](QWidget& list) {
+        steps(list);
+        list.close();
+    });
+    form.exec();
+}
+
+// Runs an item of the list's menu and does this in the editor that it opens.
+void InEditor(QWidget& list, const char* item, const Steps& steps) {
+    const NextWindow window(steps);
+    Trigger(list, QString::fromLatin1(item));
+}
+
+void InNewTable(const Steps& steps) {
+    InList([&](QWidget& list) { InEditor(list, "mnuNewTable", steps); });
+}
+
+// Presses keys where the focus is: a word with a capital names one, others are typed.
+void Press(QWidget& form, const QString& words) {
+    QApplication::setActiveWindow(&form);  // at once; the window system would take its time
+    for (const QString& word : words.split(u' ', Qt::SkipEmptyParts)) {
+        if (word[0].isUpper()) {
+            QTest::keyClick(QApplication::focusWidget(), QKeySequence(word)[0].key());
+            continue;
+        }
+        for (const QChar character : word) {
+            QTest::keyClick(QApplication::focusWidget(), character.toLatin1());
+        }
+    }
+}
+
+// Types "0.5 10; 1.5 -" row by row; "-" leaves a cell alone.
+void TypePoints(QWidget& editor, const QString& points) {
+    Grid(editor).setFocus();
+    int row = 0;
+    for (const QString& point : points.split(u"; "_qs, Qt::SkipEmptyParts)) {
+        ++row;
+        for (int col = 1; col <= 2; ++col) {
+            Grid(editor).SetSelection(row, col, row, col);
+            const QString text = point.section(u' ', col - 1, col - 1);
+            Press(editor, text == u"-"_qs ? QString() : text + u" Enter"_qs);
+        }
+    }
+}
+
+// A decimal comma and day-first dates, where the row's date is of that kind.
+void UseSettingsOf(const QString& date) {
+    if (date.contains(u'.')) {
+        RegionalSettings().decimalSign = u","_qs;
+        RegionalSettings().groupSign = u"."_qs;
+        RegionalSettings().shortDate = u"dd.MM.yyyy"_qs;
+        RegionalSettings().longTime = u"HH:mm:ss"_qs;
+    }
+}
+
+void Confirm(QWidget& form) {
+    Click(form, u"cmdOK"_qs);
+}
+
+}  // namespace
+
+class TestRatingForms : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() {
+        FailOnAnyWarning();
+        doors_ = std::make_unique<ScriptedDoors>();
+        station_ = std::make_unique<StationFixture>(2);
+        DescribeReportedChannel();
+    }
+    void cleanup() {
+        station_.reset();
+        doors_.reset();
+        RegionalSettings() = Regional();
+    }
+
+    void StoresEquation_data() {
+        const DataRows<QString, QString, QString, QString> row("date", "texts", "stored", "list");
+        row("1/31/2002 14:05", "2.5|0.3|1.6|flood",
+            "2002-01-31 14:05:00 | 1 | 0.3 | 1.6 | 2.5 | flood | 0",
+            "1: 1/31/2002 2:05:00 PM Equation Q = 2.5*(ght - 0.3)^1.6 flood");
+        row("2002-02-01", "1,250||x|", "2002-02-01 00:00:00 | 1 | 0 | 0 | 1250 | NULL | 0",
+            "1: 2/1/2002 Equation Q = 1250*(ght - 0)^0 -");
+        row("2/1/2002", "-1e-7|2.5 ft|-.5|",
+            "2002-02-01 00:00:00 | 1 | 2.5 | -0.5 | -1e-07 | NULL | 0",
+            "1: 2/1/2002 Equation Q = -1E-07*(ght - 2.5)^-0.5 -");
+        row("01.02.2002 13:00", "2,5|0,3 m|1,6|",
+            "2002-02-01 13:00:00 | 1 | 0.3 | 1.6 | 2.5 | NULL | 0",
+            "1: 01.02.2002 13:00:00 Equation Q = 2.5*(ght - 0.3)^1.6 -");
+    }
+    void StoresEquation() {
+        QFETCH(QString, date);
+        QFETCH(QString, texts);
+        UseSettingsOf(date);
+        InList([&](QWidget& list) {
+            InEditor(list, "mnuNewEquation", [&](QWidget& editor) {
+                QCOMPARE(editor.windowTitle(), u"Rating Equation - Kettle Creek Stage"_qs);
+                doors_->ExpectMessage(u"Not a valid Date."_qs);
+                Press(editor, u"Enter"_qs);
+                TypeText(editor, u"tbDate"_qs, date);
+                doors_->ExpectMessage(u"C must be numeric."_qs);
+                Press(editor, u"Enter"_qs);
+                QCOMPARE(LastTitle(), u"Warning"_qs);
+                int i = 0;
+                for (const char* box : {"tbC", "tbA", "tbR", "tbNotes"}) {
+                    TypeText(editor, QString::fromLatin1(box), texts.section(u'|', i, i));
+                    ++i;
+                }
+                QCOMPARE(station_->Dump("ConversionEq"), QString());
+                Press(editor, u"Enter"_qs);
+            });
+            QTEST(CellsText(list), "list");
+            QTEST(station_->Dump("ConversionEq"), "stored");
+            // As the editor shows it, it is stored again.
+            Grid(list).setFocus();
+            const NextWindow window(Confirm);
+            Press(list, u"Enter"_qs);
+            QTEST(station_->Dump("ConversionEq"), "stored");
+        });
+    }
+
+    void ChecksPoints_data() {
+        const DataRows<QString, QString, QString> row("date", "points", "message");
+        row("", "1 10", kIncomplete);
+        row("noon", "1 10", kIncomplete);
+        row("1/1/2002", "", "Cancel for no data.");
+        row("1/1/2002", "- 10; 2 20", "Cancel for no data.");
+        row("1/1/2002", "1 10; 2 20; 3 30; - -; 5 50", "Remove gaps in the data.");
+        row("1/1/2002", "1 10; - -; 5 x", "Remove gaps in the data.");
+        row("1/1/2002", "1 10; - 20; 3 30", kIncomplete);
+        row("1/1/2002", "1 10; 2 -", kIncomplete);
+        row("1/1/2002", "1 10; - -; - 20", kIncomplete);
+        row("1/1/2002", "1 10; 1 2x", kIncomplete);
+        row("1/1/2002", "1,5 10", kIncomplete);
+        row("1/1/2002", "1 10; 3 30; 1 10", "All depths must be unique.");
+    }
+    void ChecksPoints() {
+        QFETCH(QString, date);
+        QFETCH(QString, points);
+        QFETCH(QString, message);
+        InNewTable([&](QWidget& editor) {
+            TypeText(editor, u"tbRatingDate"_qs, date);
+            TypePoints(editor, points);
+            const QString cells = CellsText(editor);
+            doors_->ExpectMessage(message);
+            Confirm(editor);
+            QCOMPARE(LastTitle(), u"Warning"_qs);
+            QCOMPARE(CellsText(editor), cells);
+            editor.close();
+        });
+        QCOMPARE(station_->Dump("ConversionT") + station_->Dump("ConversionEq"), QString());
+    }
+
+    void StoresTable_data() {
+        const DataRows<QString, QString, QString, QString> row("date", "points", "stored", "shown");
+        row("1/31/2002 14:05", "3 1,250; 1 -.5; 1.0 11; 2 20.25",
+            "1 | 3 | 1250\n1 | 1 | -0.5\n1 | 1 | 11\n1 | 2 | 20.255",
+            "1/31/2002 2:05:00 PM: 1: 1 -0.5; 2: 1 11; 3: 2 20.255; 4: 3 1250");
+        row("31.01.2002 14:05", "0,5 -1,25", "1 | 0.5 | -1.255",
+            "31.01.2002 14:05:00: 1: 0,5 -1,255");
+    }
+    void StoresTable() {
+        QFETCH(QString, date);
+        QFETCH(QString, points);
+        UseSettingsOf(date);
+        InList([&](QWidget& list) {
+            InEditor(list, "mnuNewTable", [&](QWidget& editor) {
+                QCOMPARE(editor.windowTitle(), u"Rating Table - Kettle Creek Stage"_qs);
+                QCOMPARE(Grid(editor).TextMatrix(0, 1) + Grid(editor).TextMatrix(0, 2),
+                         u"ftcfs"_qs);
+                TypeText(editor, u"tbRatingDate"_qs, date);
+                Press(editor, u"Enter"_qs);  // closes nothing
+                TypePoints(editor, points);
+                // A cell still counts that is being edited where a button takes no focus.
+                Press(editor, u"F2 5"_qs);
+                Child<QPushButton>(editor, u"cmdOK"_qs).click();
+            });
+            QCOMPARE(station_->Dump("SELECT chan, A, r, c, notes, RatingTable FROM ConversionEq"),
+                     u"1 | NULL | NULL | NULL | NULL | 1"_qs);
+            QTEST(station_->Dump("SELECT chan, depth, flow FROM ConversionT JOIN ConversionEq "
+                                 "USING (chan, DateTime)"),
+                  "stored");
+            InEditor(list, "mnuEditRow", [](QWidget& editor) {
+                const auto& when = Child<QLineEdit>(editor, u"tbRatingDate"_qs);
+                QTEST(when.text() + u": "_qs + CellsText(editor), "shown");
+                Press(editor, u"Esc"_qs);
+            });
+        });
+    }
+
+    // What becomes of TellFourRatings when a row of the list is given another date, or deleted.
+    void ChangesRatings_data() {
+        const DataRows<QString, QString> row("story", "ratings");
+        row("", "1 a, 32 b, 60 1, 60 c, 91 2, 91 d");
+        row("1 to 5/1/2002", "32 b, 60 1, 60 c, 91 2, 91 d, 121 a");
+        row("1 to 2/1/2002", "32 a, 60 1, 60 c, 91 2, 91 d");
+        row("1 to 3/1/2002", "32 b, 60 1, 60 a, 60 c, 91 2, 91 d");
+        row("4 to 5/1/2002", "1 a, 32 b, 60 1, 60 c, 121 2, 121 d");
+        row("4 to 3/1/2002", "1 a, 32 b, 60 2, 60 d");
+        row("4 to 1/1/2002", "1 2, 1 a, 1 d, 32 b, 60 1, 60 c");
+        row("2 deleted", "1 a, 60 1, 60 c, 91 2, 91 d");
+        row("3 deleted", "1 a, 32 b, 91 2, 91 d");
+    }
+    void ChangesRatings() {
+        QFETCH(QString, story);
+        TellFourRatings();
+        InList([&](QWidget& list) {
+            QCOMPARE(Grid(list).Row(), 4);
+            Grid(list).SetRow(story.section(u' ', 0, 0).toInt());
+            if (story.contains(u"deleted"_qs)) {
+                Trigger(list, u"mnuDeleteRow"_qs);
+            } else if (!story.isEmpty()) {
+                InEditor(list, "mnuEditRow", [&](QWidget& editor) {
+                    const bool isTable = story.startsWith(u'4');
+                    TypeText(editor, isTable ? u"tbRatingDate"_qs : u"tbDate"_qs,
+                             story.section(u' ', 2));
+                    Confirm(editor);
+                });
+            }
+        });
+        QTEST(Ratings(1), "ratings");
+        QCOMPARE(Ratings(2), u"1 9, 1 e, 1 f"_qs);
+    }
+
+    void DeletesBothKindsOfOneTime() {
+        station_->WithEquation("2002-01-01", 1, 1, 1, 1).WithTable("2002-01-01", 1, {{1, 1}});
+        InList([](QWidget& list) { Trigger(list, u"mnuDeleteRow"_qs); });
+        QCOMPARE(Ratings(1), QString());
+    }
+
+    void TellsWhetherChanged_data() {
+        const DataRows<QString, QString, bool> row("ratings", "commands", "cancelled");
+        row("four", "close", true);
+        row("four", "OK", false);
+        row("four", "Delete close", false);
+        row("four", "Edit:OK close", false);
+        row("four", "Edit:Cancel close", true);
+        row("four", "Delete Edit:Cancel close", true);
+        row("four", "Edit:Cancel Delete close", false);
+        row("four", "Delete Edit:close close", true);
+        row("four", "Edit:Cancel OK", false);
+        row("none", "Edit Delete close", false);
+        row("none", "Edit close", true);
+    }
+    void TellsWhetherChanged() {
+        QFETCH(QString, ratings);
+        QFETCH(QString, commands);
+        if (ratings == u"four"_qs) {
+            TellFourRatings();
+        }
+        DialogCancelled = commands.contains(u"OK"_qs);
+        InList([&](QWidget& list) {
+            const auto leave = [](QWidget& form, const QString& how) {
+                how == u"close"_qs ? void(form.close()) : Click(form, u"cmd"_qs + how);
+            };
+            for (const QString& command : commands.split(u' ')) {
+                if (command.startsWith(u"Edit:"_qs)) {
+                    InEditor(list, "mnuEditRow",
+                             [&](QWidget& editor) { leave(editor, command.mid(5)); });
+                } else if (command == u"Edit"_qs || command == u"Delete"_qs) {
+                    Trigger(list, u"mnu"_qs + command + u"Row"_qs);
+                } else {
+                    leave(list, command);
+                }
+            }
+        });
+        QTEST(DialogCancelled, "cancelled");
+    }
+
+    void NamesOfTheRatedChannel() {
+        ChannelInfo[1].ConvDesc.clear();
+        InList([](QWidget& list) {
+            QCOMPARE(list.windowTitle(), u"Rating - Kettle Creek Stage"_qs);
+            TypeText(list, u"tbConvLabel"_qs, u"m3/s"_qs);
+            Click(list, u"cmdCancel"_qs);
+        });
+        QCOMPARE(ReportedNames(), u"- cfs"_qs);
+        InList([](QWidget& list) {
+            TypeText(list, u"tbConvLabel"_qs, u"m3/s"_qs);
+            Press(list, u"Enter"_qs);
+        });
+        QCOMPARE(ReportedNames(), u"Stage- m3/s"_qs);
+    }
+
+    void FileOfAnOlderRelease() {
+        TellFourRatings();
+        StationConnection->Execute(u"DELETE * FROM ConversionEq WHERE RatingTable = 1"_qs);
+        StationConnection->Execute(u"ALTER TABLE ConversionEq DROP COLUMN RatingTable"_qs);
+        for (int i = 0; i < 2; ++i) {
+            InList([](QWidget& list) {
+                QCOMPARE(CellsText(list),
+                         u"1: 1/1/2002 Equation Q = 1*(ght - 1)^1 a; 2: 2/1/2002 Equation Q = "
+                         "1*(ght - 1)^1 b; 3: 3/1/2002 Table - -; 4: 4/1/2002 Table - -"_qs);
+            });
+        }
+        QCOMPARE(station_->Dump("SELECT count(*), sum(RatingTable) FROM ConversionEq GROUP BY "
+                                "chan"),
+                 u"4 | 2\n1 | NULL"_qs);
+    }
+
+    void KeysInTheTable_data() {
+        const DataRows<QString, QString> row("keys", "points and current cell");
+        row("5 Enter Enter", "1: 5 10; 2: 2 20 @ 1 1");
+        row("Del", "1: - 10; 2: 2 20 @ 1 1");
+        row("5 Esc", "1: 5 10; 2: 2 20 @ 1 1");
+        row("F2 5 Down", "1: 15 10; 2: 2 20 @ 2 1");
+        row("Down 5 Up 6 Up", "1: 6 10; 2: 5 20 @ 1 1");
+        row("5 Right 6 Right", "1: 5 6; 2: 2 20 @ 1 2");
+        row("Right F2 7 Left 8 Home Left", "1: 1 1087; 2: 2 20 @ 1 1");
+        row("5 PgDown 6 PgUp", "1: 5 10; 2: 2 20; 11: 6 - @ 1 1");
+        row("Down 5 PgUp", "1: 1 10; 2: 5 20 @ 2 1");
+        row("F2 PgDown F2 PgDown F2 PgDown F2 PgDown 5 PgDown", "1: 1 10; 2: 2 20; 41: 5 - @ 51 1");
+        row("Down F2 PgDown F2 PgDown F2 PgDown F2 PgDown 5 PgDown",
+            "1: 1 10; 2: 2 20; 42: 5 - @ 42 1");
+    }
+    void KeysInTheTable() {
+        QFETCH(QString, keys);
+        station_->WithTable("2002-01-01", 1, {{1, 10}, {2, 20}});
+        InList([&](QWidget& list) {
+            InEditor(list, "mnuEditRow", [&](QWidget& editor) {
+                const MSFlexGrid& grid = Grid(editor);
+                QCOMPARE(grid.Rows(), 53);
+                Grid(editor).setFocus();
+                Press(editor, keys);
+                QTEST(CellsText(editor) + u" @ %1 %2"_qs.arg(grid.Row()).arg(grid.Col()),
+                      "points and current cell");
+                editor.close();
+            });
+        });
+    }
+
+    void RowsAndBlocks() {
+        InNewTable([&](QWidget& editor) {
+            MSFlexGrid& grid = Grid(editor);
+            TypePoints(editor, u"1 10; 2 20; 3 30"_qs);
+            grid.SetSelection(2, 1, 3, 2);
+            Click(editor, u"cmdCopy"_qs);
+            QCOMPARE(doors_->clipboardText, u"2\t20\r3\t30"_qs);
+            grid.SetRow(2);
+            Click(editor, u"cmdIns"_qs);
+            QCOMPARE(CellsText(editor), u"1: 1 10; 3: 2 20; 4: 3 30"_qs);
+            doors_->clipboardText = u"7\t70\r\n8\t80\r\n"_qs;
+            grid.SetSelection(2, 1, 4, 2);
+            Click(editor, u"cmdPaste"_qs);
+            QCOMPARE(CellsText(editor), u"1: 1 10; 2: 7 70; 3: 8 80; 4: 3 30"_qs);
+            doors_->clipboardText = u"5\r\n6\r\n9\r\n"_qs;
+            grid.SetSelection(3, 1, 4, 1);
+            Click(editor, u"cmdPaste"_qs);
+            grid.SetRow(1);
+            Click(editor, u"cmdDel"_qs);
+            QCOMPARE(CellsText(editor), u"1: 7 70; 2: 5 80; 3: 6 30"_qs);
+            editor.close();
+        });
+    }
+
+    void FullDiskKeepsTheRating_data() {
+        const DataRows<int, QString> row("row", "date box");
+        row(1, "tbDate");
+        row(4, "tbRatingDate");
+    }
+    void FullDiskKeepsTheRating() {
+        QFETCH(int, row);
+        TellFourRatings();
+        QString ratings = Ratings(1);
+        MessageLog messages;
+        InList([&](QWidget& list) {
+            Grid(list).SetRow(row);
+            InEditor(list, "mnuEditRow", [&](QWidget& editor) {
+                TypeText(editor, u"tbNotes"_qs, u"z"_qs);
+                UntilThereIsRoom([&] {
+                    Confirm(editor);
+                    return !editor.isVisible();
+                });
+            });
+            QCOMPARE(Ratings(1), ratings.replace(row == 1 ? u'a' : u'd', u'z'));
+            Grid(list).SetRow(row);
+            UntilThereIsRoom([&] {
+                Trigger(list, u"mnuDeleteRow"_qs);
+                return Grid(list).Rows() == 4;
+            });
+        });
+        QCOMPARE(Ratings(1), ratings.remove(row == 1 ? u"1 z, "_qs : u", 91 2, 91 z"_qs));
+        messages.texts.replaceInStrings(QRegularExpression(u": .*"_qs), QString());
+        messages.texts.removeDuplicates();
+        QCOMPARE(messages.texts, QStringList({u"! The rating could not be saved"_qs,
+                                              u"! The rating could not be deleted"_qs}));
+    }
+
+    // What can't be read isn't stored again without it.
+    void UnreadableRatings() {
+        TellFourRatings();
+        StationConnection->Execute(u"ALTER TABLE ConversionT DROP COLUMN depth"_qs);
+        const QString before = Ratings(1);
+        MessageLog messages;
+        InList([](QWidget& list) {
+            InEditor(list, "mnuEditRow", [](QWidget& editor) {
+                QCOMPARE(Child<QLineEdit>(editor, u"tbNotes"_qs).text(), u"d"_qs);
+                QVERIFY(!Child<QPushButton>(editor, u"cmdOK"_qs).isEnabled());
+                editor.close();
+            });
+            StationConnection->Execute(u"ALTER TABLE ConversionEq DROP COLUMN RatingTable"_qs);
+            Trigger(list, u"mnuDeleteRow"_qs);
+            QCOMPARE(CellsText(list).count(u"Equation Q = "_qs), 3);
+        });
+        QCOMPARE(Ratings(1), QString(before).remove(u", 91 2, 91 d"_qs));
+        StationConnection->Execute(u"DROP TABLE ConversionEq"_qs);
+        InList([](QWidget& list) { QCOMPARE(Grid(list).Rows(), 1); });
+        QCOMPARE(messages.texts.size(), 2);
+        QVERIFY(messages.texts[0].startsWith(u"! The rating could not be read: "_qs));
+        QVERIFY(messages.texts[1].startsWith(u"! The ratings could not be read: "_qs));
+    }
+
+private:
+    void TellFourRatings() {
+        station_->WithEquation("2002-01-01", 1, 1, 1, 1, u"a"_qs)
+            .WithEquation("2002-02-01", 1, 1, 1, 1, u"b"_qs)
+            .WithTable("2002-03-01", 1, {{0, 1}}, u"c"_qs)
+            .WithTable("2002-04-01", 1, {{0, 2}}, u"d"_qs)
+            .WithEquation("2002-01-01", 2, 1, 1, 1, u"e"_qs)
+            .WithTable("2002-01-01", 2, {{1, 9}}, u"f"_qs);
+    }
+    // Tries with room for ever more on the disk; until it succeeds, nothing has changed.
+    void UntilThereIsRoom(const std::function<bool()>& succeeds) {
+        const QString before = Ratings(1);
+        DialogCancelled = true;
+        bool done = false;
+        for (qint64 room = 0; !done && room < 100'000; room += 2000) {
+            QVERIFY(DialogCancelled);
+            QCOMPARE(Ratings(1), before);
+            const FullDisk full(QFileInfo(station_->Path() + u"-wal"_qs).size() + room);
+            done = succeeds();
+        }
+        QVERIFY(done && !DialogCancelled);
+    }
+    QString LastTitle() const {
+        return doors_->shownMessages.empty() ? QString() : doors_->shownMessages.back().title;
+    }
+    // By day of the year: the notes of the ratings, and the flows of the points.
+    QString Ratings(int chan) const {
+        const QString one =
+            u"SELECT cast(DateTime AS INTEGER) - 37256 AS day, %1 AS what FROM %2 WHERE chan = %3"_qs;
+        const QString all = one.arg(u"notes"_qs, u"ConversionEq"_qs).arg(chan) + u" UNION ALL "_qs +
+                            one.arg(u"cast(flow AS INTEGER)"_qs, u"ConversionT"_qs).arg(chan);
+        return station_
+            ->Dump(
+                qPrintable(u"SELECT day || ' ' || what FROM (%1) ORDER BY day, what"_qs.arg(all)))
+            .replace(u"\n"_qs, u", "_qs);
+    }
+    static QString ReportedNames() {
+        return ChannelInfo[1].ConvDesc + u"- "_qs + ChannelInfo[1].ConvLabel;
+    }
+
+    std::unique_ptr<ScriptedDoors> doors_;
+    std::unique_ptr<StationFixture> station_;
+};
+
+}  // namespace rillbook
+
+QTEST_MAIN(rillbook::TestRatingForms)
+#include "tst_ratingforms.moc"
