@@ -184,7 +184,6 @@ private Q_SLOTS:
         rows.AddNew();  // writes the first
         rows.Fields(0).SetValue(37258);
         QCOMPARE(ErrorOf([&] { rows.Update(); }), adErrDuplicate);
-        QCOMPARE(ErrorOf([&] { rows.AddNew(); }), adErrDuplicate);  // still pending
         rows.CancelUpdate();
         QCOMPARE(rows.Fields(0).Text(), u"12/31/2001"_qs);  // the row before
         rows.Fields(1).SetValue(6);

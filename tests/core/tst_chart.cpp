@@ -10,14 +10,6 @@
 
 namespace rillbook {
 
-namespace {
-
-QString Digits(double value) {
-    return std::isnan(value) ? u"-"_qs : QString::number(value, 'g', 15);
-}
-
-}  // namespace
-
 class TestChart : public QObject {
     Q_OBJECT
 
@@ -26,19 +18,6 @@ private Q_SLOTS:
     void cleanup() {
         ResetSharedState();
         RegionalSettings() = Regional();
-    }
-
-    void Steps() {
-        const auto steps = [](const QString& span) {
-            const AxisSteps found = ValueAxisSteps(span.toDouble());
-            return Digits(found.major) + u' ' + Digits(found.minor);
-        };
-        // In doubles 1.4 and 0.0999... fall short of what the user sees.
-        CompareEach(steps,
-                    "150 => 20 5; 100 => 10 2; 50 => 10 2; 49 => 5 1; 25 => 5 1; 24.9 => 2 0.5; "
-                    "13.9 => 1 0.2; 1.4 => 0.2 0.05; 0.0999999999999 => 0.01 0.002; "
-                    "0.001 => 0.0001 2e-05; 3e300 => 5e+299 1e+299");
-        CompareAll(steps, u"0 0"_qs, "0; -5; 5e-324; inf; nan");
     }
 
     void DateLines() {

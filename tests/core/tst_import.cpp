@@ -149,9 +149,7 @@ private Q_SLOTS:
             "7770, 2, 0; 3885, 3885, 3885, 3886, 3885");
         row("type1_hourly_oxygen.csv", 0, "0, 0, 0, 0, 0, 0", "5017, 2, 0; 0, 0, 0, 0, 0");
         row("type1_year_first_refused.csv", 0, "0, 0", "0, 2808, 0; 0");
-        row("type1_stage_raw.csv", 0, "0, 0", "8841, 0, 0; 0");
         row("type2_level_logger.csv", 1, "0, 0, 0", "2184, 2, 0; 0, 0");
-        row("type2_discharge_15min.csv", 1, "0, 0", "216115, 0, 24; 0");
         row("fixed_discharge_15min.txt", 2, "14, 12", "40000, 0, 0; 0");
         row("campbell_pressure.dat", 3, "15, 11, 11, 11", "52142, 0, 139; 0, 0, 0");
     }

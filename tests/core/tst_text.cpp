@@ -85,7 +85,6 @@ private Q_SLOTS:
                     "2004 3 0 => 2004-02-29 00:00:00; 2003 2 30 => 2003-03-02 00:00:00; "
                     "29 12 31 => 2029-12-31 00:00:00; 30 1 1 => 1930-01-01 00:00:00; "
                     "0 0 0 => 1999-11-30 00:00:00");
-        QCOMPARE(TimeSerial(25, 61, 61), MomentOf(1, 7321));  // 1 d 02:02:01
     }
 
     void loggerDates() {
@@ -126,17 +125,9 @@ private Q_SLOTS:
                    "1/2/2002 99999999999:04; 1/2/0050; 1/2/200");
     }
 
-    void writtenDates() {
+    void englishDates() {
         const DateTime moment = MomentOf(37261, 54249);
-        const auto write = [moment](const QString& locale) {
-            RegionalSettings() = RegionalFromLocale(QLocale(locale));
-            return GeneralDateText(moment) + u'|' + ShortDateText(moment);
-        };
-        CompareEach(write,
-                    "C => 1/5/2002 3:04:09 PM|1/5/2002; en_GB => 05/01/2002 15:04:09|05/01/2002; "
-                    "fi_FI => 5.1.2002 15.04.09|5.1.2002; "
-                    "hu_HU => 2002. 01. 05. 15:04:09|2002. 01. 05.; "
-                    "zh_TW => 2002/1/5 下午3:04:09|2002/1/5");
+        RegionalSettings() = RegionalFromLocale(QLocale(u"de_DE"_qs));
         const QStringList english{SqlDateText(moment), SqlDateText(37261), MonthDayYearText(moment),
                                   ShortMonthDayYearText(moment), MonthYearText(moment)};
         QCOMPARE(english.join(u'|'),
