@@ -13,10 +13,6 @@ using namespace rillbook;
 
 namespace {
 
-QString FieldText(const Field& field) {
-    return field.IsNull() ? u"NULL"_qs : field.Text();
-}
-
 QString ErrorText(AdoErrorNumber error) {
     return QString::number(error);
 }
@@ -115,7 +111,7 @@ private Q_SLOTS:
                                         : value.startsWith(u'\'') ? Variant(value.mid(1).chopped(1))
                                                                   : Variant(value.toDouble()));
             });
-            const QString shown = FieldText(rows.Fields(0));
+            const QString shown = rows.Fields(0).IsNull() ? u"NULL"_qs : rows.Fields(0).Text();
             rows.Update();
             const QString stored = DumpTable(path_, u"SELECT printf('%!.17g', v), v FROM t"_qs);
             // A refused value leaves the field as it was.

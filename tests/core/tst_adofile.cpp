@@ -20,11 +20,6 @@ QString Source(const QString& path) {
     return u"Provider = Microsoft.Jet.OLEDB.4.0; Data Source = "_qs + path;
 }
 
-AdoErrorNumber OpenError(const QString& path) {
-    Connection connection;
-    return ErrorOf([&] { connection.Open(Source(path)); });
-}
-
 std::int64_t CountRecords(Connection& connection) {
     Recordset records;
     records.Open(u"SELECT DateTime FROM Records"_qs, connection);
@@ -56,7 +51,8 @@ private Q_SLOTS:
     void refusesAndChangesNothing() {
         const auto refused = [this] {
             const QString before = FolderText(folder_->path());
-            return OpenError(path_) == adErrGeneral && CompactError() == adErrGeneral &&
+            const AdoErrorNumber error = ErrorOf([this] { Connection().Open(Source(path_)); });
+            return error == adErrGeneral && CompactError() == adErrGeneral &&
                    FolderText(folder_->path()) == before;
         };
         QVERIFY(refused());

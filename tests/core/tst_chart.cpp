@@ -1,5 +1,4 @@
 #include <QtTest/QtTest>
-#include <cmath>
 
 #include "app/SharedState.h"
 #include "graphs/Chart.h"

@@ -87,8 +87,8 @@ private Q_SLOTS:
         const QString rows =
             u"%1 | NULL | 2 | Empty | NULL | NULL | /logger/ | 3 | 17 | 2 | 1899-12-30 06:00:00 | "
             "0 | 0 | 0 | 0 | 0 | 0 | 0 | 0 | 0 | NULL | NULL | NULL | NULL | NULL | NULL\n"
-            "NULL | NULL | 2 | Empty | NULL | NULL | NULL | 0 | 16 | 1 | 1899-12-30 01:00:00 | "
-            "1 | 2 | 4 | 5 | 12 | 2.1 | -0.3 | 10101 | 1.98 | hm³ | ft | NULL | Weir | cfs | Flow"_qs;
+            "NULL | NULL | 2 | Empty | NULL | NULL | NULL | 0 | 16 | 1 | 1899-12-30 01:00:00 | 1 | "
+            "2 | 4 | 5 | 12 | 2.1 | -0.3 | 10101 | 1.98 | hm³ | ft | NULL | Weir | cfs | Flow"_qs;
         station.Close();
         QCOMPARE(station.Dump("Information"), rows.arg(u"Upper \"creek\""_qs));
         StationInfo = {};
@@ -149,9 +149,7 @@ private Q_SLOTS:
         WriteBytes(path + u"-wal"_qs, "of something else");
         CopyStationTemplate(path);
         Application::SetPath({});
-        QVERIFY(!QFile::exists(path + u"-wal"_qs));
-        QVERIFY(OpenDB(path));
-        CloseDB();
+        QVERIFY(!QFile::exists(path + u"-wal"_qs) && OpenDB(path));
     }
 
     void writesItsLinesAndReadsThemBack() {
