@@ -4,7 +4,7 @@
 #include "compute/Compute.h"
 #include "compute/Summary.h"
 #include "import/Import.h"
-#include "platform/ado/Recordset.h"
+#include "platform/ado/Connection.h"
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
 #include "tests/support/DataRows.h"
@@ -37,11 +37,11 @@ private Q_SLOTS:
     void BoundsAreInclusive() {
         ScriptedDoors doors;
         StationFixture station;
-        Tell(
-            station,
-            u"readings 2002-03-02 every 60: 5; readings 2002-02-28 23:59:59 every 60: 1; "
-            "readings 2002-03-01 every 60: 2; readings 2002-03-01 23:45:37 every 60: 4; "
-            "readings 2002-03-01 23:45:36 every 60: 3; readings 2002-03-02 00:00:01 every 60: 6"_qs);
+        Tell(station,
+             u"readings 2002-03-02 every 60: 5; readings 2002-02-28 23:59:59 every 60: 1; "
+             "readings 2002-03-01 every 60: 2; readings 2002-03-01 23:45:37 every 60: 4; "
+             "readings 2002-03-01 23:45:36 every 60: 3; "
+             "readings 2002-03-02 00:00:01 every 60: 6"_qs);
         const auto between = [](DateTime from, DateTime to) {
             LoadSeries(from, to, 1);
             return ValuesText();
@@ -206,6 +206,9 @@ private Q_SLOTS:
         StationInfo.TimeIncrement = 15 / 1440.0;
         LoadDailySeries(kBegin, kEnd, 1);
         QVERIFY(DailyMean[1] == DailyTotal[1] / 17);
+        StationInfo.TimeIncrement = 0;  // no reading weighs anything
+        LoadDailySeries(kBegin, kEnd, 1);
+        QCOMPARE(DailyCount, 0);
     }
 
     // Loggers' own files against what their owners published.
