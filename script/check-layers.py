@@ -22,6 +22,7 @@ LAYERS = {
     "app/SharedState.cpp": ["app", "compute", "graphs", "platform", "store"],
     "app": ["app", "platform/desktop", "platform/text"],
     "store": ["app", "platform/ado", "platform/desktop", "platform/text", "store"],
+    "import/frmImport": ["forms/reference", "import", "platform", "store"],
     "import": ["import", "platform/ado", "platform/desktop", "platform/text", "store"],
     "compute": ["compute", "platform/ado", "platform/desktop", "platform/text", "store"],
     "graphs/Chart": CHART,

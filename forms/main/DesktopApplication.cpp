@@ -1,5 +1,7 @@
 #include "forms/main/DesktopApplication.h"
 
+#include <QDialog>
+#include <QEvent>
 #include <QScopedValueRollback>
 
 #include "platform/desktop/MsgBox.h"
@@ -20,9 +22,28 @@ DesktopApplication::DesktopApplication(int& argc, char** argv) : QApplication(ar
     setFont(FormFont());
 }
 
+namespace {
+
+// Window systems lose the focus where two windows close at once, as a question does with the window
+// that asked it, and the keyboard would be dead.
+void ActivateOwnerOf(const QObject* closed) {
+    const auto* dialog = qobject_cast<const QDialog*>(closed);
+    if (dialog != nullptr && dialog->parentWidget() != nullptr &&
+        dialog->parentWidget()->isVisible()) {
+        dialog->parentWidget()->activateWindow();
+    }
+}
+
+}  // namespace
+
 bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
     try {
-        return QApplication::notify(receiver, event);
+        const bool isClosed = event->type() == QEvent::Hide && !event->spontaneous();
+        const bool isDone = QApplication::notify(receiver, event);
+        if (isClosed) {
+            ActivateOwnerOf(receiver);
+        }
+        return isDone;
     } catch (const std::exception& failure) {
         TellFailure(failure);
         return false;

@@ -1,5 +1,6 @@
 #include "forms/reference/JournalPrint.h"
 
+#include <algorithm>
 #include <tuple>
 
 #include "forms/reports/Print.h"
@@ -34,17 +35,23 @@ void PrintHeader(Printer& printer, const QString& channel) {
     printer.CurrentY = 1708;
 }
 
-// The start of a text as far as a line holds it; a character that takes two places stays whole.
-QString FirstPiece(const QString& text) {
-    const bool parts = text.size() > kPieceLength && text[kPieceLength - 1].isHighSurrogate() &&
-                       text[kPieceLength].isLowSurrogate();
-    return text.left(parts ? kPieceLength - 1 : kPieceLength);
+// The start of a text as far as a line holds it, on narrow paper with fewer characters; one that
+// takes two places stays whole.
+QString FirstPiece(const Printer& printer, const QString& text) {
+    const double room = printer.Width() - kPrinterRim - kNotesLeft;
+    qsizetype length = std::min(text.size(), kPieceLength);
+    while (length > 1 && printer.TextWidth(text.left(length)) > room) {
+        --length;
+    }
+    const bool parts = length > 0 && length < text.size() && text[length - 1].isHighSurrogate() &&
+                       text[length].isLowSurrogate();
+    return text.left(parts ? std::max(length - 1, qsizetype{2}) : length);
 }
 
 // Notes without a text take one line as well.
 void PrintNotes(Printer& printer, QString notes) {
     do {
-        const QString piece = FirstPiece(notes);
+        const QString piece = FirstPiece(printer, notes);
         printer.CurrentX = kNotesLeft;
         printer.Print(piece);
         printer.CurrentY += kLineGap;

@@ -29,12 +29,22 @@ public:
 
     void operator()(const CellOf<Types>&... cells) const {
         QStringList name;
-        ((name += QVariant::fromValue(static_cast<const Types&>(cells)).toString()), ...);
+        ((name += TextOf(static_cast<const Types&>(cells))), ...);
         if (name.size() > 1) {
             name.removeLast();
         }
         QTestData& row = QTest::newRow(qPrintable(name.join(QStringLiteral(" | "))));
         ((row << static_cast<const Types&>(cells)), ...);
+    }
+
+private:
+    template <typename Type>
+    static QString TextOf(const Type& cell) {
+        if constexpr (std::is_enum_v<Type>) {
+            return QString::number(static_cast<int>(cell));
+        } else {
+            return QVariant::fromValue(cell).toString();
+        }
     }
 };
 

@@ -1,54 +1,45 @@
-#include <QApplication>
 #include <QClipboard>
-#include <QComboBox>
-#include <QDialogButtonBox>
 #include <QFileDialog>
-#include <QFileSystemModel>
-#include <QLabel>
-#include <QListView>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest/QTest>
 
 #include "platform/desktop/Desktop.h"
+#include "platform/qt/PictureBox.h"
 #include "platform/qt/QtDoors.h"
+#include "platform/qt/QtPrinter.h"
+#include "tests/support/Hardship.h"
+#include "tests/support/PlainFiles.h"
+#include "tests/support/ScriptedDoors.h"
 #include "tests/support/UiDriver.h"
 
 namespace rillbook {
 
 namespace {
 
-void Touch(const QString& path) {
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path));
-}
-
-void Accept(QWidget& dialog) {
-    QTest::keyClick(FindChild<QWidget>(dialog, u"fileNameEdit"_qs), Qt::Key_Return);
-}
-
 // Types a name into a file dialog and takes it.
 void TakeName(QWidget& dialog, const QString& name) {
     TypeText(dialog, u"fileNameEdit"_qs, name);
-    Accept(dialog);
+    QTest::keyClick(FindChild<QWidget>(dialog, u"fileNameEdit"_qs), Qt::Key_Return);
 }
 
-// The files that a file dialog lists, once it has read the folder.
-QString Listed(QWidget& dialog, qsizetype expected) {
-    auto& list = Child<QListView>(dialog, u"listView"_qs);
-    const auto names = [&] {
-        QStringList found;
-        for (int row = 0; row < list.model()->rowCount(list.rootIndex()); ++row) {
-            found += list.model()->index(row, 0, list.rootIndex()).data().toString();
-        }
-        found.sort();
-        return found;
-    };
-    // Wait for names that should go as well as for those that should come.
-    (void)QTest::qWaitFor([&] { return names().size() == expected; }, 3000);
-    return names().join(u' ');
+constexpr Colour kGrey{195, 195, 195};
+
+// What the first page of a PDF file draws, one step a line: places, lengths, pens and sizes of
+// fonts.
+QString Steps(const QByteArray& pdf) {
+    static const QRegularExpression wanted(
+        u"^(.* (?:cm|re|m|l)$|\\S+ w(?= )|\\S+ \\S+ Td)|(\\S+ Tf)"_qs);
+    const QByteArray stream = pdf.sliced(pdf.indexOf("stream\n") + 7);
+    QStringList found;
+    for (const QByteArray& line : qUncompress(QByteArray("\0\x10\0\0", 4) + stream).split('\n')) {
+        found += wanted.match(QString::fromLatin1(line).trimmed()).captured();
+    }
+    found.removeAll(QString());
+    return found.join(u'\n');
 }
 
 }  // namespace
@@ -61,206 +52,205 @@ private Q_SLOTS:
         FailOnAnyWarning();
         folder_ = std::make_unique<QTemporaryDir>();
         doors_ = std::make_unique<QtDoors>(u"Rillbook"_qs);
-        window_ = std::make_unique<QWidget>();
-        window_->show();
-        QVERIFY(QTest::qWaitForWindowActive(window_.get()));
+        dialog_ = CommonDialog();
+        dialog_.InitDir = folder_->path();
+        dialog_.Filter = u"Rillbook Project Files (*.prj)|*.prj|All Files (*.*)|*.*"_qs;
     }
-    void cleanup() {
-        doors_.reset();
-        window_.reset();
-        QVERIFY(QGuiApplication::overrideCursor() == nullptr);
-    }
+    void cleanup() { doors_.reset(); }
 
-    void messagesAnswerToKeys_data() {
-        QTest::addColumn<MsgBoxButtons>("buttons");
-        QTest::addColumn<MsgBoxAnswer>("enter");
-        QTest::addColumn<MsgBoxAnswer>("escape");
-        QTest::newRow("OK") << MsgBoxButtons::Ok << MsgBoxAnswer::Ok << MsgBoxAnswer::Ok;
-        QTest::newRow("Yes, No") << MsgBoxButtons::YesNo << MsgBoxAnswer::Yes << MsgBoxAnswer::No;
-        QTest::newRow("Yes, No, Cancel")
-            << MsgBoxButtons::YesNoCancel << MsgBoxAnswer::Yes << MsgBoxAnswer::Cancel;
-        QTest::newRow("Retry, Cancel")
-            << MsgBoxButtons::RetryCancel << MsgBoxAnswer::Retry << MsgBoxAnswer::Cancel;
-    }
     void messagesAnswerToKeys() {
-        QFETCH(const MsgBoxButtons, buttons);
-        {
-            const NextWindow steps([](QWidget& box) { QTest::keyClick(&box, Qt::Key_Return); });
-            QTEST(MsgBox(u"Overwrite?"_qs, buttons), "enter");
+        using enum MsgBoxAnswer;
+        const std::tuple<MsgBoxButtons, MsgBoxAnswer, MsgBoxAnswer> rows[] = {
+            {MsgBoxButtons::YesNo, Yes, No},
+            {MsgBoxButtons::YesNoCancel, Yes, Cancel},
+            {MsgBoxButtons::RetryCancel, Retry, Cancel}};
+        for (const auto& [buttons, enter, escape] : rows) {
+            const NextWindow first([](QWidget& box) { QTest::keyClick(&box, Qt::Key_Return); });
+            QCOMPARE(MsgBox(u"Overwrite?"_qs, buttons), enter);
+            const NextWindow second([](QWidget& box) { QTest::keyClick(&box, Qt::Key_Escape); });
+            QCOMPARE(MsgBox(u"Overwrite?"_qs, buttons), escape);
         }
-        {
-            const NextWindow steps([](QWidget& box) { QTest::keyClick(&box, Qt::Key_Escape); });
-            QTEST(MsgBox(u"Overwrite?"_qs, buttons), "escape");
-        }
-        const NextWindow steps([](QWidget& box) { box.close(); });
-        QTEST(MsgBox(u"Overwrite?"_qs, buttons), "escape");
     }
 
-    void messagesShowTheirTextAsItStands() {
-        const QString text = u"Can't open <b>weir</b>.prj & co."_qs;
-        const NextWindow steps([&](QWidget& form) {
-            auto& box = dynamic_cast<QMessageBox&>(form);
-            QCOMPARE(box.windowTitle(), u"Rillbook"_qs);
-            QCOMPARE(box.icon(), QMessageBox::Warning);
-            QCOMPARE(Child<QLabel>(box, u"qt_msgbox_label"_qs).textFormat(), Qt::PlainText);
-            QCOMPARE(box.text(), text);
-            QCOMPARE(box.parentWidget(), window_.get());
-            box.close();
-        });
-        MsgBox(text, MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
-    }
-
-    void pointerIsNormalWhileABoxIsUp() {
-        const auto shape = [] {
-            const QCursor* cursor = QGuiApplication::overrideCursor();
-            return cursor != nullptr ? cursor->shape() : Qt::ArrowCursor;
-        };
-        {
-            const Hourglass outer;
-            const Hourglass inner;
-            QCOMPARE(shape(), Qt::WaitCursor);
-            const NextWindow steps([&](QWidget& box) {
-                QCOMPARE(shape(), Qt::ArrowCursor);
-                box.close();
-            });
-            MsgBox(u"0 records"_qs);
-            QCOMPARE(shape(), Qt::WaitCursor);
-            QCOMPARE(TheScreen().MousePointer(), vbHourglass);
-        }
-        QCOMPARE(shape(), Qt::ArrowCursor);
-    }
-
-    void savingCompletesTheName_data() {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("no extension") << u"weir"_qs << u"weir.prj"_qs;
-        QTest::newRow("the extension") << u"weir.prj"_qs << u"weir.prj"_qs;
-        QTest::newRow("another") << u"weir.txt"_qs << u"weir.txt"_qs;
-        QTest::newRow("blanks and marks") << u"big <b>weir"_qs << u"big <b>weir.prj"_qs;
-    }
+    // Without the flag that asks, a file in the way is no matter.
     void savingCompletesTheName() {
-        QFETCH(const QString, typed);
-        QFETCH(const QString, name);
-        const NextWindow steps([&](QWidget& dialog) { TakeName(dialog, typed); });
-        CommonDialog dialog = ProjectDialog();
-        dialog.ShowSave();
-        QCOMPARE(dialog.FileName, folder_->filePath(name));
-        QCOMPARE(dialog.FileTitle, name);
+        WriteBytes(folder_->filePath(u"old.prj"_qs), "old");
+        for (const auto& [typed, name] :
+             {std::pair(u"old"_qs, u"old.prj"_qs), {u"weir.txt"_qs, u"weir.txt"_qs}}) {
+            const NextWindow steps([text = typed](QWidget& dialog) { TakeName(dialog, text); });
+            CommonDialog dialog = dialog_;
+            dialog.ShowSave();
+            QCOMPARE(dialog.FileName, folder_->filePath(name));
+            QCOMPARE(dialog.FileTitle, name);
+        }
     }
 
     // The question is about the name with its extension.
     void savingAsksBeforeItReplaces() {
-        Touch(folder_->filePath(u"weir.prj"_qs));
-        QStringList questions;
-        const NextWindow steps([&](QWidget& dialog) {
-            const auto answer = [&](QMessageBox::StandardButton button) {
-                return [&questions, button](QWidget& form) {
-                    auto& box = dynamic_cast<QMessageBox&>(form);
-                    questions += box.text().section(u' ', 0, 0);
-                    box.button(button)->click();
-                };
+        WriteBytes(folder_->filePath(u"weir.prj"_qs), "old");
+        const auto answer = [](QMessageBox::StandardButton button) {
+            return [button](QWidget& form) {
+                auto& box = dynamic_cast<QMessageBox&>(form);
+                QVERIFY2(box.text().startsWith(u"weir.prj "), qPrintable(box.text()));
+                box.button(button)->click();
             };
+        };
+        const NextWindow steps([&](QWidget& dialog) {
             const NextWindow refuse(answer(QMessageBox::No));
             TakeName(dialog, u"weir"_qs);
-            QVERIFY(dialog.isVisible());
             const NextWindow agree(answer(QMessageBox::Yes));
-            Accept(dialog);
+            TakeName(dialog, u"weir"_qs);
         });
-        CommonDialog dialog = ProjectDialog();
-        dialog.Flags = cdlOFNOverwritePrompt | cdlOFNHideReadOnly;
-        dialog.ShowSave();
-        QCOMPARE(dialog.FileName, folder_->filePath(u"weir.prj"_qs));
-        QCOMPARE(questions, QStringList({u"weir.prj"_qs, u"weir.prj"_qs}));
-    }
-
-    void savingReplacesUnaskedWithoutTheFlag() {
-        Touch(folder_->filePath(u"weir.prj"_qs));
-        const NextWindow steps([](QWidget& dialog) { TakeName(dialog, u"weir"_qs); });
-        CommonDialog dialog = ProjectDialog();
-        dialog.ShowSave();
-        QCOMPARE(dialog.FileTitle, u"weir.prj"_qs);
-    }
-
-    void filtersListWhatTheyName() {
-        for (const QString& name : {u"a.csv"_qs, u"B.DAT"_qs, u"c.mdb"_qs, u"noext"_qs}) {
-            Touch(folder_->filePath(name));
-        }
-        const NextWindow steps([&](QWidget& form) {
-            auto& types = Child<QComboBox>(form, u"fileTypeCombo"_qs);
-            QCOMPARE(types.currentText(), u"Import File (*.csv;*.dat)"_qs);
-            QCOMPARE(Listed(form, 2), u"B.DAT a.csv"_qs);
-            QTest::keyClick(&types, Qt::Key_Down);
-            QCOMPARE(types.currentText(), u"All Files (*.*)"_qs);
-            QCOMPARE(Listed(form, 4), u"B.DAT a.csv c.mdb noext"_qs);
-            TakeName(form, u"noext"_qs);
-        });
-        CommonDialog dialog = ProjectDialog();
-        dialog.DialogTitle = u"File Import - Weir"_qs;
-        dialog.Filter = u"Import File (*.csv;*.dat)|*.csv;*.dat|All Files (*.*)|*.*"_qs;
-        dialog.ShowOpen();
-        QCOMPARE(dialog.FileName, folder_->filePath(u"noext"_qs));
+        dialog_.Flags = cdlOFNOverwritePrompt | cdlOFNHideReadOnly;
+        dialog_.ShowSave();
+        QCOMPARE(dialog_.FileName, folder_->filePath(u"weir.prj"_qs));
     }
 
     void cancellingLeavesTheName() {
         const NextWindow steps([](QWidget& form) {
-            QCOMPARE(form.windowTitle(), u"New"_qs);
-            // A folder that isn't there is the home folder.
-            QCOMPARE(dynamic_cast<QFileDialog&>(form).directory(), QDir::home());
+            QCOMPARE(dynamic_cast<QFileDialog&>(form).nameFilters().join(u'|'),
+                     u"Import File (*.csv;*.dat) (*.csv *.dat)|All Files (*.*) (*)"_qs);
             QTest::keyClick(&form, Qt::Key_Escape);
         });
-        CommonDialog dialog = ProjectDialog();
-        dialog.InitDir = u"c:\\"_qs;
-        dialog.FileTitle = u"before.prj"_qs;
-        QVERIFY_EXCEPTION_THROWN(dialog.ShowSave(), DialogCancelledError);
-        QCOMPARE(dialog.FileTitle, u"before.prj"_qs);
+        dialog_.Filter = u"Import File (*.csv;*.dat)|*.csv;*.dat|All Files (*.*)|*.*"_qs;
+        dialog_.FileTitle = u"before.prj"_qs;
+        QVERIFY_EXCEPTION_THROWN(dialog_.ShowOpen(), DialogCancelledError);
+        QCOMPARE(dialog_.FileTitle, u"before.prj"_qs);
     }
 
-    void settingsKeepTexts_data() {
-        QTest::addColumn<QString>("text");
-        QTest::newRow("number") << u"-120"_qs;
-        QTest::newRow("folder") << u"C:\\Stations\\weir, lower; \"x\"=1"_qs;
-        QTest::newRow("like a value of another type") << u"@Size(1 2)"_qs;
-        QTest::newRow("beyond Latin") << u"/home/Žofia/水位"_qs;
-        QTest::newRow("blanks at the ends") << u" a "_qs;
-    }
     void settingsKeepTexts() {
-        QFETCH(const QString, text);
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder_->path());
-        QCOMPARE(GetSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs), QString());
-        SaveSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs, text);
-        QCOMPARE(GetSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs), text);
-        QCOMPARE(GetSetting(u"Rillbook"_qs, u"Other"_qs, u"InitDir"_qs), QString());
-    }
-
-    // A file stands where the folder of settings would be.
-    void settingsThatCantBeWrittenAreLost() {
-        const QString blocked = folder_->filePath(u"config"_qs);
-        Touch(blocked);
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, blocked);
-        SaveSetting(u"Rillbook"_qs, u"Data"_qs, u"MainTop"_qs, u"7"_qs);
-        QVERIFY(QFileInfo(blocked).isFile());
+        for (const QString& text : {u"C:\\Stations\\weir, lower; \"x\"=1"_qs, u"@Size(1 2)"_qs,
+                                    u"/home/Žofia/水位"_qs, u" a "_qs}) {
+            SaveSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs, text);
+            QCOMPARE(GetSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs), text);
+        }
     }
 
     void clipboardHoldsTexts() {
         TheClipboard().SetText(u"1.25\t2\r3\t4"_qs);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"1.25\t2\r3\t4"_qs);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"1.25\t2\n3\t4"_qs);
         QCOMPARE(TheClipboard().GetText(), u"1.25\t2\r\n3\t4"_qs);
-        TheClipboard().Clear();
-        QCOMPARE(TheClipboard().GetText(), QString());
+    }
+
+    // Whatever the screen's dots to the pixel.
+    void picturesShowWhatIsDrawn() {
+        PictureBox picture;
+        picture.resize(200, 100);
+        picture.show();
+        picture.Surface().PaintStrip(kGrey, 1500, 0, 1500, 750);
+        const QImage image = picture.grab().toImage();
+        const double ratio = picture.devicePixelRatioF();
+        QCOMPARE(image.size(), QSize(200, 100) * ratio);
+        const QPoint corner(qRound(100 * ratio), qRound(50 * ratio));
+        QCOMPARE(image.pixelColor(corner - QPoint(0, 1)), QColor(195, 195, 195));
+        QCOMPARE(image.pixelColor(corner - QPoint(1, 1)), QColor(Qt::white));
+        QCOMPARE(image.pixelColor(corner), QColor(Qt::white));
+    }
+
+    // The nought of Arial is 0.556 of its size wide, so a hundred of them at 8 points 8896 twips.
+    void textsHaveTheWidthsOfArial() {
+        const std::unique_ptr<Printer> page = BeginPdf(u"page.pdf"_qs);
+        const double width = page->TextWidth(QString(100, u'0'));
+        QVERIFY2(qAbs(width - 8896) < 40, qPrintable(QString::number(width)));
+    }
+
+    void pagesLieAcross() {
+        const std::unique_ptr<Printer> page = BeginPdf(u"page.pdf"_qs, QPageSize::A4, cdlLandscape);
+        page->Print(u"one"_qs);
+        page->NewPage();
+        QCOMPARE(QPointF(page->CurrentX, page->CurrentY), QPointF());
+        page->EndDoc();
+        QCOMPARE(QSizeF(page->Width(), page->Height()), QSizeF(16840, 11900));
+        QCOMPARE(ReadBytes(folder_->filePath(u"page.pdf"_qs))
+                     .count("/MediaBox [0 0 842.000000 595.000000]"),
+                 2);
+    }
+
+    // From the corner of the paper, an inch is 1440 twips or 1200 dots or 72 points; a pen of 4 is
+    // as wide as on a printer of 600 dots to the inch. The first outline is what can be drawn on;
+    // what goes far off ends there. A text stands with its foot 120 dots below its place.
+    void pagesAreMeasuredInTwips() {
+        const std::unique_ptr<Printer> page = BeginPdf(u"page.pdf"_qs);
+        page->Clear(kGrey);
+        page->PaintStrip(kGrey, 1440, 2880, 20, 720);
+        page->DrawWidth = 4;
+        page->Line(1440, 1440, 2880, 1440);
+        page->Line(-2e8, 2880, 2e8, 2880);
+        page->Line(0, 0, qQNaN(), 100);
+        page->Box(720, 720, 1440, 2160);
+        page->Font.italic = true;
+        page->CurrentX = 1440;
+        page->CurrentY = 1440;
+        page->Print(u"W"_qs);
+        page->EndDoc();
+        const QByteArray pdf = ReadBytes(folder_->filePath(u"page.pdf"_qs));
+        QCOMPARE(Steps(pdf),
+                 u"0.060000000 0 0 -0.060000000 0 792 cm\n"
+                 "0 0 m\n9600 0 l\n9600 12600 l\n0 12600 l\n0 0 l\n"
+                 "1200 2400 17 600 re\n"
+                 "8 w\n1200 1200 m\n2400 1200 l\n-9 2400 m\n9609 2400 l\n"
+                 "8 w\n600 600 600 1200 re\n"
+                 "1 w\n133 Tf\n1200 -1320 Td"_qs);
+        // Texts are texts, in a face that the file brings along.
+        QVERIFY(pdf.contains("LiberationSans-Italic") && pdf.contains("/FontFile2") &&
+                pdf.contains("/ToUnicode"));
+    }
+
+    void documentsAreWrittenWholeOrNotAtAll() {
+        WriteBytes(folder_->filePath(u"old.pdf"_qs), "the old graph");
+        const QString before = FolderText(folder_->path());
+        BeginPdf(u"old.pdf"_qs)->Print(u"never ended"_qs);
+        QCOMPARE(FolderText(folder_->path()), before);
+        for (const auto& [name, reason] :
+             {std::pair(u"none/page.pdf"_qs, u"No such file or directory"_qs),
+              std::pair(u"old.pdf"_qs, u"The disk is full"_qs)}) {
+            const std::unique_ptr<Printer> page = BeginPdf(name);
+            page->Print(u"Weir"_qs);
+            QString told;
+            try {
+                const FullDisk full(1000);
+                page->EndDoc();
+            } catch (const PrinterError& failure) {
+                told = failure.Reason();
+            }
+            QCOMPARE(told, u"Can't write %1: %2"_qs.arg(folder_->filePath(name), reason));
+            QCOMPARE(FolderText(folder_->path()), before);
+        }
+    }
+
+    void filesAreAskedForAndServeOneDocument() {
+        ScriptedDoors doors;
+        QtPrinterDoor printers{QPageSize(QPageSize::A4)};
+        doors.CancelFileDialog();
+        QVERIFY_EXCEPTION_THROWN(printers.BeginDoc(u"Weir / Stage"_qs, cdlPortrait),
+                                 DialogCancelledError);
+        doors.AnswerFileDialog(folder_->filePath(u"a.pdf"_qs));
+        QVERIFY(printers.Choose(u"Print the graph"_qs, cdlLandscape));
+        printers.BeginDoc(u"first"_qs, cdlLandscape)->EndDoc();
+        doors.AnswerFileDialog(folder_->filePath(u"b.pdf"_qs));
+        printers.BeginDoc(u"second"_qs, cdlPortrait)->EndDoc();
+        QCOMPARE(QDir(folder_->path()).entryList(QDir::Files).join(u' '), u"a.pdf b.pdf"_qs);
+        QString asked;
+        for (const FileRequest& request : doors.fileRequests) {
+            QVERIFY(request.save && request.confirmOverwrite);
+            asked += request.title + u'|' + request.fileName + u'\n';
+        }
+        QCOMPARE(asked, u"Print|Weir - Stage.pdf\nPrint the graph|\nPrint|second.pdf\n"_qs);
     }
 
 private:
-    CommonDialog ProjectDialog() const {
-        CommonDialog dialog;
-        dialog.DialogTitle = u"New"_qs;
-        dialog.InitDir = folder_->path();
-        dialog.Filter = u"Rillbook Project Files (*.prj)|*.prj|All Files (*.*)|*.*"_qs;
-        return dialog;
+    std::unique_ptr<Printer> BeginPdf(const QString& name,
+                                      QPageSize::PageSizeId paper = QPageSize::Letter,
+                                      int orientation = cdlPortrait) {
+        ScriptedDoors doors;
+        doors.AnswerFileDialog(folder_->filePath(name));
+        return QtPrinterDoor(QPageSize(paper)).BeginDoc(u"Weir"_qs, orientation);
     }
 
     std::unique_ptr<QTemporaryDir> folder_;
     std::unique_ptr<QtDoors> doors_;
-    std::unique_ptr<QWidget> window_;
+    CommonDialog dialog_;
 };
 
 }  // namespace rillbook

@@ -294,7 +294,7 @@ private Q_SLOTS:
             .WithJournalRow("2002-01-09", 1, 4, 4)
             .WithJournalRow("2002-01-10", 1, 5, 5);
         doors_->CancelPrinter();
-        const auto print = doors_->ExpectPrint(12240, 5700);
+        const auto print = doors_->ExpectPrint(14000, 5700);
         print->turnedTo = 2;
         InJournal([&](QWidget& form) {
             Press(form, u"↑↑→⌫"_qs);  // nothing from here on
@@ -322,6 +322,19 @@ private Q_SLOTS:
         QCOMPARE(print->dialogOrientation, 1);
         QCOMPARE(print->orientation, 1);
         QCOMPARE(doors_->pointers, (std::vector<int>{vbHourglass, vbDefault}));
+    }
+
+    // Nothing of the notes is cut off by the edge of the paper.
+    void PrintsOnNarrowPaper() {
+        UpgradeCalibration();
+        station_->WithJournalRow("2002-01-06", 1, 2, 2, true, {}, u"123456789"_qs.repeated(2));
+        const auto print = doors_->ExpectPrint(8700, 15840);
+        InJournal([&](QWidget& form) {
+            Trigger(form, u"mnuFilePrint"_qs);
+            form.close();
+        });
+        QVERIFY2(PagesText(*print).contains(u" 7152 1234567891\n2413 9: 7152 23456789"_qs),
+                 qPrintable(PagesText(*print)));
     }
 
 private:
