@@ -35,19 +35,9 @@ OtherProgram::OtherProgram(const QString& deed, const QStringList& objects) {
     process_.start(QCoreApplication::applicationFilePath(), QStringList(deed) + objects);
 }
 
-QByteArray OtherProgram::NextLine() {
-    while (!process_.canReadLine() && process_.waitForReadyRead(20000)) {
-    }
-    return latest_ = process_.readLine().trimmed();
-}
-
-QByteArray OtherProgram::Kill() {
+void OtherProgram::Kill() {
     process_.kill();
     process_.waitForFinished();
-    while (process_.canReadLine()) {
-        NextLine();
-    }
-    return latest_;
 }
 
 }  // namespace rillbook

@@ -33,14 +33,10 @@ class OtherProgram {
 public:
     OtherProgram(const QString& deed, const QStringList& objects);
     ~OtherProgram() { Kill(); }
-    // Empty when it has ended.
-    QByteArray NextLine();
-    // Returns the last whole line.
-    QByteArray Kill();
+    void Kill();
 
 private:
     QProcess process_;
-    QByteArray latest_;
 };
 
 }  // namespace rillbook

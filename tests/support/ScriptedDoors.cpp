@@ -43,7 +43,15 @@ ScriptedDoors::ScriptedDoors() {
 }
 
 ScriptedDoors::~ScriptedDoors() {
-    Verify();
+    for (const ExpectedMessage& message : expectedMessages_) {
+        Fail(QStringLiteral("Message that never came: %1").arg(message.text));
+    }
+    if (!fileAnswers_.empty()) {
+        Fail(QStringLiteral("%1 file dialog(s) that never came").arg(fileAnswers_.size()));
+    }
+    if (!expectedPrints_.empty()) {
+        Fail(QStringLiteral("%1 print(s) that never came").arg(expectedPrints_.size()));
+    }
     TheDesktop() = Previous();
 }
 
@@ -66,21 +74,6 @@ std::shared_ptr<PrintRecording> ScriptedDoors::ExpectPrint(double width, double 
 
 void ScriptedDoors::CancelPrinter() {
     expectedPrints_.emplace_back();
-}
-
-void ScriptedDoors::Verify() {
-    for (const ExpectedMessage& message : expectedMessages_) {
-        Fail(QStringLiteral("Message that never came: %1").arg(message.text));
-    }
-    if (!fileAnswers_.empty()) {
-        Fail(QStringLiteral("%1 file dialog(s) that never came").arg(fileAnswers_.size()));
-    }
-    if (!expectedPrints_.empty()) {
-        Fail(QStringLiteral("%1 print(s) that never came").arg(expectedPrints_.size()));
-    }
-    expectedMessages_.clear();
-    fileAnswers_.clear();
-    expectedPrints_.clear();
 }
 
 MsgBoxAnswer ScriptedDoors::Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,

@@ -48,8 +48,6 @@ public:
     // The user cancels the next printer dialog, or the file dialog in its place where a document
     // begins without one.
     void CancelPrinter();
-    // Fails the test if anything announced hasn't come; the destructor calls it.
-    void Verify();
 
     std::vector<ShownMessage> shownMessages;
     std::vector<FileRequest> fileRequests;

@@ -44,9 +44,13 @@ void Tell(StationFixture& station, const QString& story) {
     }
 }
 
+namespace {
+
 QString ValueText(double value) {
     return QString::number(value, 'g', 9);
 }
+
+}  // namespace
 
 QString SeriesText() {
     QStringList lines;
@@ -54,6 +58,14 @@ QString SeriesText() {
         lines += MomentText(InstTimes[i]) + QLatin1Char(' ') + ValueText(InstValues[i]);
     }
     return lines.join(QLatin1Char('\n'));
+}
+
+QString ValuesText() {
+    QStringList values;
+    for (std::size_t i = 1; i <= static_cast<std::size_t>(InstCount); ++i) {
+        values += ValueText(InstValues[i]);
+    }
+    return values.join(QLatin1Char(' '));
 }
 
 QString DaysText() {
@@ -65,14 +77,6 @@ QString DaysText() {
                           ValueText(DailyTotal[i]));
     }
     return lines.join(QLatin1Char('\n'));
-}
-
-QString AtEach(const QString& times, const std::function<QString(double)>& correct) {
-    QStringList results;
-    for (const QString& time : times.split(QLatin1Char(','))) {
-        results += correct(At(time.toLatin1().constData()));
-    }
-    return results.join(QLatin1Char(' '));
 }
 
 }  // namespace rillbook

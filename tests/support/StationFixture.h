@@ -26,13 +26,12 @@ public:
     QMap<Item, QString> texts;
     bool visible = false;
     bool menusEnabled = false;
-    QString caption;
 
     QString Text(Item item) const override { return texts.value(item); }
     void SetText(Item item, const QString& text) override { texts.insert(item, text); }
     void ShowPanel(bool on) override { visible = on; }
     void EnableStationMenus(bool on) override { menusEnabled = on; }
-    void SetWindowCaption(const QString& text) override { caption = text; }
+    void SetWindowCaption(const QString&) override {}
 };
 
 // A new station's file, made from the template's source, with one row of Information a channel (as

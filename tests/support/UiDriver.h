@@ -67,8 +67,6 @@ public:
     NextWindow(const NextWindow&) = delete;
     NextWindow& operator=(const NextWindow&) = delete;
 
-    bool HasRun() const { return hasRun_; }
-
 private:
     void Look();
 

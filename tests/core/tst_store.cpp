@@ -1,0 +1,232 @@
+#include <QFile>
+#include <QtTest>
+
+#include "app/Application.h"
+#include "app/InitialFile.h"
+#include "store/FileError.h"
+#include "store/FormStuff.h"
+#include "store/ProjectFile.h"
+#include "store/StationDatabase.h"
+#include "tests/support/CompareEach.h"
+#include "tests/support/Hardship.h"
+#include "tests/support/PlainFiles.h"
+#include "tests/support/ScriptedDoors.h"
+#include "tests/support/StationFixture.h"
+
+using namespace rillbook;
+using Item = StationPanel::Item;
+
+namespace {
+
+// The stations of a project file, a line each, then what else stands in it and what is wrong.
+QString ReadText(const ProjectReading& reading) {
+    QString text;
+    for (const ProjectStation& station : reading.contents.stations) {
+        text += station.path + u'|' + station.title + u'\n';
+    }
+    return text + MomentText(reading.contents.reportBeginDate) + u'|' +
+           reading.contents.reportPeriodCode + u'|' + reading.contents.name + u'|' + reading.fault;
+}
+
+const QByteArray kCreek =
+    "\"Rillbook\",\"202\"\r\n1\r\n\"C:\\Data\\creek.mdb\",\"creek.mdb\"\r\n"
+    "#2002-01-01#,\"921\"\r\n\"Upper basin\"\r\n";
+
+}  // namespace
+
+class TestStore : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { doors_ = std::make_unique<ScriptedDoors>(); }
+    void cleanup() { doors_.reset(); }
+
+    void refusesWhatIsNoStation() {
+        StationFixture station;
+        station.Close();
+        const QString before = FolderText(station.Folder());
+        const QString path = station.Folder() + u"/other.mdb"_qs;
+        const auto refused = [&] {
+            doors_->ExpectMessage(path + u" not found!"_qs);
+            return !OpenDB(path) && StationConnection->State() == 0 && !station.panel.visible;
+        };
+        QVERIFY(refused());
+        WriteBytes(path, "01/01/02 00:00,1.2\r\n");
+        QVERIFY(refused());
+        QVERIFY(QFile::remove(path));
+        QCOMPARE(FolderText(station.Folder()), before);
+    }
+
+    void opensCountsAndCloses() {
+        StationFixture station;
+        QVERIFY(station.panel.visible && station.panel.menusEnabled);
+        const auto stats = [&station] {
+            RefreshRecordStats();
+            return station.panel.Text(Item::Records) + u' ' + station.panel.Text(Item::BeginDate) +
+                   u' ' + station.panel.Text(Item::EndDate);
+        };
+        QCOMPARE(stats(), u"Empty  "_qs);
+        // A record without a reading is still a record, and its date counts.
+        station.WithReadings("2002-01-31 23:45", 1440, {1.0, 2.0, std::nullopt});
+        QCOMPARE(stats(), u"3 1/31/2002 2/2/2002"_qs);
+        station.panel.SetText(Item::Notes, u"Gauge moved"_qs);
+        CloseDB();
+        QCOMPARE(station.Dump("SELECT noofrec, begdate, EndDate, Name, notes FROM Information"),
+                 u"3 | 1/31/2002 | 2/2/2002 | NULL | Gauge moved"_qs);
+        QVERIFY(!station.panel.visible && !station.panel.menusEnabled);
+    }
+
+    // Settings of the whole station stand in the first row, those of a channel in its own.
+    void carriesEverySettingThroughTheFile() {
+        StationFixture station(2);
+        StationInfo = {2, 3, 17, u"/logger/"_qs, 2, 0.25};
+        ChannelInfo[1] = {};
+        ChannelInfo[2] = {1,    2,         4,        5,  12,         2.1,       -0.3,      10101,
+                          1.98, u"hm³"_qs, u"ft"_qs, {}, u"Weir"_qs, u"cfs"_qs, u"Flow"_qs};
+        station.panel.SetText(Item::Name, u"Upper \"creek\""_qs);
+        const QString rows =
+            u"%1 | NULL | 2 | Empty | NULL | NULL | /logger/ | 3 | 17 | 2 | 1899-12-30 06:00:00 | "
+            "0 | 0 | 0 | 0 | 0 | 0 | 0 | 0 | 0 | NULL | NULL | NULL | NULL | NULL | NULL\n"
+            "NULL | NULL | 2 | Empty | NULL | NULL | NULL | 0 | 16 | 1 | 1899-12-30 01:00:00 | 1 | "
+            "2 | 4 | 5 | 12 | 2.1 | -0.3 | 10101 | 1.98 | hm³ | ft | NULL | Weir | cfs | Flow"_qs;
+        station.Close();
+        QCOMPARE(station.Dump("Information"), rows.arg(u"Upper \"creek\""_qs));
+        StationInfo = {};
+        ChannelInfo.Clear();
+        station.Open();
+        station.panel.SetText(Item::Name, {});
+        station.Close();  // writes what it has read
+        QCOMPARE(station.Dump("Information"), rows.arg(u"NULL"_qs));
+    }
+
+    // What the header lacks stays as the station opened before had it.
+    void opensWhatOlderReleasesAndOthersLeft() {
+        StationFixture station(3);
+        const auto reopen = [&station](const char* change) {
+            StationConnection->Execute(QString::fromLatin1(change));
+            StationConnection->Close();
+            return OpenDB(station.Path());
+        };
+        ChannelInfo[2].DigitsOut = 7;
+        ChannelInfo[2].RecSta = u"former"_qs;
+        ChannelInfo[3].DigitsOut = 9;
+        StationConnection->Execute(u"DELETE * FROM Information WHERE rowid = 3"_qs);
+        QVERIFY(reopen("UPDATE Information SET digitsout = NULL, recsta = NULL WHERE rowid = 2"));
+        QCOMPARE(u"%1 %2"_qs.arg(ChannelInfo[2].DigitsOut).arg(ChannelInfo[3].DigitsOut),
+                 u"7 9"_qs);
+        QCOMPARE(ChannelInfo[2].RecSta, QString());
+
+        QVERIFY(reopen("ALTER TABLE Information DROP COLUMN RecDesc"));
+        ChannelInfo[1].RecDesc = u"Stage"_qs;
+        CloseDB();
+        QCOMPARE(station.Dump("SELECT recdesc FROM Information LIMIT 1"), u"Stage"_qs);
+
+        QVERIFY(OpenDB(station.Path()));
+        station.panel.SetText(Item::Name, u"former"_qs);
+        QVERIFY(reopen("DROP TABLE Information"));
+        QCOMPARE(station.panel.Text(Item::Name), u"former"_qs);
+    }
+
+    void leavesAnotherProgramsDatabaseAsItIs() {
+        StationFixture station;
+        station.Close();
+        const QString path = station.Folder() + u"/bookmarks.db"_qs;
+        RunPlainSql(path, "PRAGMA journal_mode = WAL; CREATE TABLE Bookmarks (url TEXT)");
+        const QString before = FolderText(station.Folder());
+        QVERIFY(OpenDB(path));
+        CloseDB();
+        QCOMPARE(FolderText(station.Folder()), before);
+    }
+
+    void newStationReplacesAFileAndItsCompanion() {
+        StationFixture station;
+        station.Close();
+        Application::SetPath(station.Folder());
+        QVERIFY_EXCEPTION_THROWN(CopyStationTemplate(station.Path()), FileError);
+        QVERIFY(QFile::rename(station.Path(), station.Folder() + u"/template.mdb"_qs));
+        const QString path = station.Folder() + u"/new.mdb"_qs;
+        WriteBytes(path, "something else");
+        WriteBytes(path + u"-wal"_qs, "of something else");
+        CopyStationTemplate(path);
+        Application::SetPath({});
+        QVERIFY(!QFile::exists(path + u"-wal"_qs) && OpenDB(path));
+    }
+
+    void writesItsLinesAndReadsThemBack() {
+        ProjectContents contents{.stations = {{u"C:\\Data\\creek.mdb"_qs, u"creek.mdb"_qs}},
+                                 .reportBeginDate = At("2002-01-01"),
+                                 .reportPeriodCode = u"921"_qs,
+                                 .name = u"Upper basin"_qs};
+        WriteProjectFile(path_, contents);
+        QCOMPARE(ReadBytes(path_), QByteArray(kCreek).replace("202\"", "100\""));
+        contents.stations.push_back({u"/a,b/Øvre Δέλτα/川.mdb"_qs, u"t"_qs});
+        contents.reportBeginDate = At("2002-01-01 13:05:09");
+        contents.name = u"Rhône, \u2013 Река"_qs;
+        WriteProjectFile(path_, contents);
+        QCOMPARE(ReadText(ReadProjectFile(path_, {})),
+                 u"C:\\Data\\creek.mdb|creek.mdb\n/a,b/Øvre Δέλτα/川.mdb|t\n"
+                 "2002-01-01 13:05:09|921|Rhône, \u2013 Река|"_qs);
+    }
+
+    // Whatever the byte at which a file ends, what stands before it is read and nothing is made up.
+    void readsWhatACutFileHolds() {
+        const ProjectContents defaults{.stations = {},
+                                       .reportBeginDate = At("1990-05-05"),
+                                       .reportPeriodCode = u"911"_qs,
+                                       .name = u"kept"_qs};
+        const QString station = u"C:\\Data\\creek.mdb|creek.mdb\n"_qs;
+        const QString kept = u"1990-05-05 00:00:00|911|kept|"_qs;
+        const QString read = u"2002-01-01 00:00:00|921|kept|"_qs;
+        const qsizetype afterStation = kCreek.indexOf("creek.mdb\"\r") + 10;
+        const qsizetype afterPeriod = kCreek.indexOf("921\"\r") + 4;
+        for (qsizetype size = 0; size < kCreek.size() - 2; ++size) {
+            WriteBytes(path_, kCreek.left(size));
+            const QString expected = (size < afterStation ? QString() : station) +
+                                     (size < afterPeriod ? kept : read) + u"It could not be"_qs;
+            const QString text = ReadText(ReadProjectFile(path_, defaults));
+            QCOMPARE(text.left(expected.size()), expected);
+        }
+        WriteBytes(path_, kCreek.chopped(2));
+        QVERIFY(ReadText(ReadProjectFile(path_, defaults)).endsWith(u"|921|Upper basin|"_qs));
+    }
+
+    void leavesTheOldFileWhereTheNewOneCannotBeWritten() {
+        const QString inNoFolder = folder_.filePath(QStringLiteral("gone/basin.prj"));
+        QVERIFY_EXCEPTION_THROWN(WriteProjectFile(inNoFolder, {}), FileError);
+        WriteBytes(path_, kCreek);
+        {
+            const FullDisk full(8);
+            QVERIFY_EXCEPTION_THROWN(WriteProjectFile(path_, {}), FileError);
+            QVERIFY_EXCEPTION_THROWN(KeepOldProjectFile(path_), FileError);
+        }
+        QCOMPARE(ReadBytes(path_), kCreek);
+        KeepOldProjectFile(path_);
+        WriteProjectFile(path_, {});
+        QCOMPARE(ReadBytes(path_ + u".bak"_qs), kCreek);
+        QVERIFY(ReadBytes(path_) != kCreek);
+    }
+
+    void periodEndsOn() {
+        const auto end = [](const QString& beginAndCode) {
+            ReportPeriodCode = u"kept"_qs;
+            const DateTime begin = At(qPrintable(beginAndCode.left(10)));
+            return ReportEndFromPeriod(begin, beginAndCode.mid(11)) + u' ' + ReportPeriodCode;
+        };
+        // February has no day 30.
+        CompareEach(end,
+                    "2002-01-01 941 => Dec 31, 2002 kept; 2003-03-01 941 => Feb 29, 2004 kept; "
+                    "2002-03-15 9312 => Mar 14, 2003 kept; 2002-01-01 922 => Jan 14, 2002 kept; "
+                    "2002-01-01 911 => Jan 01, 2002 kept; 2002-01-31 931 => Mar 02, 2002 kept; "
+                    "2002-11-15 933 => Feb 14, 2003 kept; 2002-01-01 7312 => Dec 31, 2002 9312; "
+                    "2002-01-01  => Dec 31, 2002 9312; 2002-01-01 95 => Dec 31, 2002 9312; "
+                    "2002-01-01 94999999999999999999 => Dec 30, 9999 kept");
+    }
+
+private:
+    QTemporaryDir folder_;
+    const QString path_ = folder_.filePath(u"basin.prj"_qs);
+    std::unique_ptr<ScriptedDoors> doors_;
+};
+
+QTEST_GUILESS_MAIN(TestStore)
+#include "tst_store.moc"
