@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
+#include <QMap>
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QPointer>
@@ -12,7 +13,6 @@
 #include <QtTest/QTest>
 #include <deque>
 
-#include "platform/qt/CellTextBox.h"
 #include "platform/qt/MSFlexGrid.h"
 
 namespace rillbook {
@@ -42,18 +42,45 @@ void FailTest(const QString& what) {
     QTest::qFail(qPrintable(what), __FILE__, __LINE__);
 }
 
-void TypeCell(QWidget& form, int row, int col, const QString& text) {
-    auto& grid = Child<MSFlexGrid>(form, QStringLiteral("MSFlexGrid1"));
-    grid.SetSelection(row, col, row, col);
-    grid.setFocus();
-    if (text.isEmpty()) {
-        QTest::keyClick(&grid, Qt::Key_Delete);
-        return;
+MSFlexGrid& GridOf(QWidget& form) {
+    return Child<MSFlexGrid>(form, QStringLiteral("MSFlexGrid1"));
+}
+
+QString FilledRows(QWidget& form) {
+    const MSFlexGrid& grid = GridOf(form);
+    QStringList rows;
+    for (int row = 1; row < grid.Rows(); ++row) {
+        QStringList cells;
+        for (int col = 1; col < grid.Cols(); ++col) {
+            cells << grid.TextMatrix(row, col);
+        }
+        if (!cells.join(QString()).isEmpty()) {
+            rows << QString::number(row) + QStringLiteral(": ") + cells.join(u'|');
+        }
     }
-    QTest::keyClicks(&grid, text.left(1));
-    auto& box = Child<CellTextBox>(form, QStringLiteral("tbSel"));
-    QTest::keyClicks(&box, text.mid(1));
-    QTest::keyClick(&box, Qt::Key_Return);
+    return rows.join(u'\n');
+}
+
+void PressKeys(QWidget& form, const QString& keys) {
+    static const QMap<QChar, Qt::Key> signs = {
+        {u'→', Qt::Key_Right},  {u'←', Qt::Key_Left},   {u'↑', Qt::Key_Up},
+        {u'↓', Qt::Key_Down},   {u'⇞', Qt::Key_PageUp}, {u'⇟', Qt::Key_PageDown},
+        {u'⇱', Qt::Key_Home},   {u'⏎', Qt::Key_Enter},  {u'⎋', Qt::Key_Escape},
+        {u'⌫', Qt::Key_Delete}, {u'✎', Qt::Key_F2}};
+    QApplication::setActiveWindow(&form);  // at once; the window system would take its time
+    for (const QChar key : keys) {
+        if (signs.contains(key)) {
+            QTest::keyClick(form.focusWidget(), signs[key]);
+        } else {
+            QTest::keyClick(form.focusWidget(), key.toLatin1());
+        }
+    }
+}
+
+void TypeCell(QWidget& form, int row, int col, const QString& text) {
+    GridOf(form).SetSelection(row, col, row, col);
+    GridOf(form).setFocus();
+    PressKeys(form, text.isEmpty() ? QStringLiteral("⌫") : text + u'⏎');
 }
 
 bool IsUsable(const QWidget& control) {

@@ -9,6 +9,8 @@ class QAction;
 
 namespace rillbook {
 
+class MSFlexGrid;
+
 // Uses windows as their users do, by the object names of their controls. A control that isn't
 // there, or that a user couldn't use (disabled, hidden, read-only), fails the test.
 
@@ -45,8 +47,15 @@ void Trigger(QWidget& form, const QString& actionName);
 void Click(QWidget& form, const QString& buttonName);
 // Types a text in place of what a QLineEdit or QPlainTextEdit holds.
 void TypeText(QWidget& form, const QString& name, const QString& text);
-// Types a text into a cell of the form's grid MSFlexGrid1, in place of what it holds, and presses
-// Enter; the empty text empties the cell. REQUIRES: the form's window is shown.
+// The form's MSFlexGrid1.
+MSFlexGrid& GridOf(QWidget& form);
+// Its rows that hold a text behind the fixed column, "2: 1/5/2002|1.5||clear" a line.
+QString FilledRows(QWidget& form);
+// Presses keys in whatever has the form's focus, or gets it when the window becomes active. Signs
+// stand for keys: → ← ↑ ↓ ⇞ ⇟ ⇱ for the cursor's, ⏎ Enter, ⎋ Esc, ⌫ Delete, ✎ F2.
+void PressKeys(QWidget& form, const QString& keys);
+// Types a text into a cell of the grid, in place of what it holds, and presses Enter; the empty
+// text empties the cell.
 void TypeCell(QWidget& form, int row, int col, const QString& text);
 // True if the user can use the control.
 bool IsUsable(const QWidget& control);

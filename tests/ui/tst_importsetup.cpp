@@ -28,10 +28,6 @@ using namespace rillbook;
 
 namespace {
 
-MSFlexGrid& GridOf(QWidget& form) {
-    return Child<MSFlexGrid>(form, u"MSFlexGrid1"_qs);
-}
-
 QString GridText(QWidget& form) {
     const MSFlexGrid& grid = GridOf(form);
     QStringList lines;
@@ -43,26 +39,6 @@ QString GridText(QWidget& form) {
         lines += cells.join(u'|');
     }
     return lines.join(u'\n');
-}
-
-// Keys where the focus is: "\n" is Enter, "\x1b" Esc, "\x7f" Delete.
-void Type(QWidget& form, const char* keys) {
-    for (const char* key = keys; *key != 0; ++key) {
-        QWidget* target = form.focusWidget();
-        switch (*key) {
-            case '\n':
-                QTest::keyClick(target, Qt::Key_Return);
-                break;
-            case '\x1b':
-                QTest::keyClick(target, Qt::Key_Escape);
-                break;
-            case '\x7f':
-                QTest::keyClick(target, Qt::Key_Delete);
-                break;
-            default:
-                QTest::keyClick(target, *key);
-        }
-    }
 }
 
 void StepChannels(QWidget& form, int steps) {
@@ -106,12 +82,12 @@ private Q_SLOTS:
         StepChannels(*form_, 1);
         QCOMPARE(GridText(*form_).section(u'\n', 3), u"3|9|||"_qs);
         GoTo(*form_, 1, 1);
-        Type(*form_, "14\n12x\n");
+        PressKeys(*form_, u"14⏎12x⏎"_qs);
         GoTo(*form_, 4, 2);
-        Type(*form_, "mV\n");
+        PressKeys(*form_, u"mV⏎"_qs);
         QCOMPARE(GridOf(*form_).Row(), 4);  // the last one
         GoTo(*form_, 4, 4);
-        Type(*form_, "Battery");  // still being typed
+        PressKeys(*form_, u"Battery"_qs);  // still being typed
         Click(*form_, u"cmdOK"_qs);
         QCOMPARE(form_->result(), static_cast<int>(QDialog::Accepted));
         station_->Close();
@@ -130,16 +106,16 @@ private Q_SLOTS:
         Show();
         CellTextBox& box = Child<CellTextBox>(*form_, u"tbSel"_qs);
         GoTo(*form_, 2, 3);
-        Type(*form_, "Le\x1b");  // dropped
+        PressKeys(*form_, u"Le⎋"_qs);  // dropped
         QCOMPARE(GridOf(*form_).TextMatrix(2, 3), u"Stage"_qs);
         QVERIFY(GridOf(*form_).hasFocus() && !box.isVisible());
         QTest::keyClick(&GridOf(*form_), Qt::Key_F2);
-        Type(*form_, " 2");
+        PressKeys(*form_, u" 2"_qs);
         QVERIFY(box.isVisible());
         GoTo(*form_, 3, 3);  // leaving the box in any way keeps its text, where it was typed
         QCOMPARE(GridText(*form_).section(u'\n', 1),
                  u"1|9|ft|Stage 2|Gauge\n2|7|C|Temperature|Well"_qs);
-        Type(*form_, "\x7f");
+        PressKeys(*form_, u"⌫"_qs);
         QCOMPARE(GridText(*form_).section(u'\n', 2), u"2|7|C||Well"_qs);
     }
 
@@ -148,7 +124,7 @@ private Q_SLOTS:
     void countsChannelsStepByStep() {
         Show();
         GoTo(*form_, 3, 3);
-        Type(*form_, "Level\n");
+        PressKeys(*form_, u"Level⏎"_qs);
         StepChannels(*form_, -1);
         QCOMPARE(GridText(*form_), u"|16||date|\n1|9|ft|Stage|Gauge"_qs);
         StepChannels(*form_, 2);

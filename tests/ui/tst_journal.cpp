@@ -21,41 +21,9 @@ namespace rillbook {
 
 namespace {
 
-MSFlexGrid& Grid(QWidget& form) {
-    return Child<MSFlexGrid>(form, u"MSFlexGrid1"_qs);
-}
-
-// Types into whatever has the focus. Signs stand for keys; "¶" ends an edit and goes on in the cell
-// to its right, "§" is a text too long to be stored.
-void Press(QWidget& form, const QString& keys) {
-    static const QMap<QChar, Qt::Key> signs = {
-        {u'→', Qt::Key_Right}, {u'←', Qt::Key_Left},   {u'↑', Qt::Key_Up},     {u'↓', Qt::Key_Down},
-        {u'⏎', Qt::Key_Enter}, {u'⎋', Qt::Key_Escape}, {u'⌫', Qt::Key_Delete}, {u'✎', Qt::Key_F2}};
-    const QString single =
-        QString(keys).replace(u"¶"_qs, u"⏎↑→"_qs).replace(u'§', QString(256, u'n'));
-    for (const QChar key : single) {
-        if (signs.contains(key)) {
-            QTest::keyClick(form.focusWidget(), signs[key]);
-        } else {
-            QTest::keyClick(form.focusWidget(), key.toLatin1());
-        }
-    }
-}
-
-// Rows that hold anything: "2:  x|1/5/2002|1.5|1.75|0.25||clear".
-QString GridText(QWidget& form) {
-    const MSFlexGrid& grid = Grid(form);
-    QStringList rows;
-    for (int row = 1; row < grid.Rows(); ++row) {
-        QStringList cells;
-        for (int col = 1; col < grid.Cols(); ++col) {
-            cells << grid.TextMatrix(row, col);
-        }
-        if (!cells.join(QString()).isEmpty()) {
-            rows << QString::number(row) + u": "_qs + cells.join(u'|');
-        }
-    }
-    return rows.join(u'\n');
+// "¶" ends an edit and goes on in the cell to its right, "§" is a text too long to be stored.
+void Press(QWidget& form, QString keys) {
+    PressKeys(form, keys.replace(u"¶"_qs, u"⏎↑→"_qs).replace(u'§', QString(256, u'n')));
 }
 
 // The pages with the texts of one height together: "1008 10 bold: 1152 Journal".
@@ -139,7 +107,7 @@ private Q_SLOTS:
         QTEST(Stored(), "stored");
         QVERIFY(!DialogCancelled);
         InJournal([](QWidget& form) {
-            QTEST(GridText(form), "shown");
+            QTEST(FilledRows(form), "shown");
             form.close();
         });
         QVERIFY(DialogCancelled);
@@ -170,12 +138,12 @@ private Q_SLOTS:
             {
                 const FullDisk disk(message.endsWith(u"I/O error"_qs) ? 4096 : 100'000'000);
                 Trigger(form, u"mnuEditCopy"_qs);  // ends the edit
-                const QString typed = GridText(form);
+                const QString typed = FilledRows(form);
                 doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::Yes);
                 doors_->ExpectMessage(message);
                 form.close();
                 QVERIFY(form.isVisible());
-                QCOMPARE(GridText(form), typed);
+                QCOMPARE(FilledRows(form), typed);
             }
             QCOMPARE(Stored(), QStringLiteral(STORED "\n" OTHER_CHANNEL));
             const ScriptedDoors::ShownMessage& shown = doors_->shownMessages.back();
@@ -212,8 +180,9 @@ private Q_SLOTS:
         InJournal([&](QWidget& form) {
             Press(form, keys);
             if (deed == u"click"_qs) {  // with Shift the current cell stays
-                QTest::mouseClick(Grid(form).viewport(), Qt::LeftButton, Qt::ShiftModifier,
-                                  Grid(form).visualRect(Grid(form).model()->index(0, 0)).center());
+                QTest::mouseClick(
+                    GridOf(form).viewport(), Qt::LeftButton, Qt::ShiftModifier,
+                    GridOf(form).visualRect(GridOf(form).model()->index(0, 0)).center());
             } else if (!deed.isEmpty()) {
                 Trigger(form, deed);
             }
@@ -230,7 +199,7 @@ private Q_SLOTS:
                 QCOMPARE(asked.buttons, MsgBoxButtons::YesNoCancel);
                 QCOMPARE(asked.title, u"Rillbook"_qs);
             }
-            QTEST(GridText(form), "shown");
+            QTEST(FilledRows(form), "shown");
             if (asks) {
                 doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::No);
             }
@@ -242,14 +211,15 @@ private Q_SLOTS:
 
     void CopiesAndPastes() {
         InJournal([&](QWidget& form) {
-            Grid(form).SetSelection(1, 4, 2, 3);
+            GridOf(form).SetSelection(1, 4, 2, 3);
             QTest::keyClick(form.focusWidget(), Qt::Key_C, Qt::ControlModifier);
             QCOMPARE(doors_->clipboardText, u"Logger\tActual\r1.5\t1.75\r\t"_qs);
             doors_->clipboardText = u"7\t7.5\r\n8\t8.25\r\n"_qs;
             QTest::keyClick(form.focusWidget(), Qt::Key_V, Qt::ControlModifier);
-            QCOMPARE(GridText(form), u"1: |1/5/2002|7|7.5|0.25|12.5|clear\n2: ||8|8.25|||"_qs);
+            QCOMPARE(FilledRows(form), u"1: |1/5/2002|7|7.5|0.25|12.5|clear\n2: ||8|8.25|||"_qs);
             Press(form, u"✎⎋"_qs);  // offsets follow the next edit
-            QCOMPARE(GridText(form), u"1: |1/5/2002|7|7.5|0.50|12.5|clear\n2: ||8|8.25|0.25||"_qs);
+            QCOMPARE(FilledRows(form),
+                     u"1: |1/5/2002|7|7.5|0.50|12.5|clear\n2: ||8|8.25|0.25||"_qs);
             Close(form, MsgBoxAnswer::No);
         });
     }
@@ -260,7 +230,7 @@ private Q_SLOTS:
                                      {}, {});
         }
         InJournal([](QWidget& form) {
-            const auto place = [&] { return QPoint(Grid(form).TopRow(), Grid(form).Row()); };
+            const auto place = [&] { return QPoint(GridOf(form).TopRow(), GridOf(form).Row()); };
             QCOMPARE(place(), QPoint(12, 27));
             Press(form, u"⏎⏎"_qs);
             QCOMPARE(place(), QPoint(12, 29));
@@ -275,7 +245,7 @@ private Q_SLOTS:
         const QString before = station_->Dump("Calibration");
         doors_->ExpectMessage(u"The journal could not be read: There is no field notes."_qs);
         InJournal([&](QWidget& form) {
-            QVERIFY(!Grid(form).isEnabled() && !Child<QMenu>(form, u"mnuEdit"_qs).isEnabled());
+            QVERIFY(!GridOf(form).isEnabled() && !Child<QMenu>(form, u"mnuEdit"_qs).isEnabled());
             form.close();
         });
         QVERIFY(DialogCancelled);

@@ -25,25 +25,11 @@ using Steps = std::function<void(QWidget&)>;
 
 const char* const kIncomplete = "All fields must be completed as date/time or numeric.";
 
-MSFlexGrid& Grid(QWidget& form) {
-    return Child<MSFlexGrid>(form, u"MSFlexGrid1"_qs);
-}
-
 // The rows that hold a text, "1: 0.5 10; 2: 1.5 -".
 QString CellsText(QWidget& form) {
-    const MSFlexGrid& grid = Grid(form);
-    QStringList rows;
-    for (int row = 1; row < grid.Rows(); ++row) {
-        QStringList cells;
-        for (int col = 1; col < grid.Cols(); ++col) {
-            const QString text = grid.TextMatrix(row, col);
-            cells << (text.isEmpty() ? u"-"_qs : text);
-        }
-        if (cells.count(u"-"_qs) < cells.size()) {
-            rows << QString::number(row) + u": "_qs + cells.join(u' ');
-        }
-    }
-    return rows.join(u"; "_qs);
+    static const QRegularExpression empty(u"(?<=[ |])(?=\\||$)"_qs,
+                                          QRegularExpression::MultilineOption);
+    return FilledRows(form).replace(empty, u"-"_qs).replace(u'|', u' ').replace(u"\n"_qs, u"; "_qs);
 }
 
 void InList(const Steps& steps) {
@@ -65,30 +51,16 @@ void InNewTable(const Steps& steps) {
     InList([&](QWidget& list) { InEditor(list, "mnuNewTable", steps); });
 }
 
-// Presses keys where the focus is: a word with a capital names one, others are typed.
-void Press(QWidget& form, const QString& words) {
-    QApplication::setActiveWindow(&form);  // at once; the window system would take its time
-    for (const QString& word : words.split(u' ', Qt::SkipEmptyParts)) {
-        if (word[0].isUpper()) {
-            QTest::keyClick(QApplication::focusWidget(), QKeySequence(word)[0].key());
-            continue;
-        }
-        for (const QChar character : word) {
-            QTest::keyClick(QApplication::focusWidget(), character.toLatin1());
-        }
-    }
-}
-
 // Types "0.5 10; 1.5 -" row by row; "-" leaves a cell alone.
 void TypePoints(QWidget& editor, const QString& points) {
-    Grid(editor).setFocus();
+    GridOf(editor).setFocus();
     int row = 0;
     for (const QString& point : points.split(u"; "_qs, Qt::SkipEmptyParts)) {
         ++row;
         for (int col = 1; col <= 2; ++col) {
-            Grid(editor).SetSelection(row, col, row, col);
+            GridOf(editor).SetSelection(row, col, row, col);
             const QString text = point.section(u' ', col - 1, col - 1);
-            Press(editor, text == u"-"_qs ? QString() : text + u" Enter"_qs);
+            PressKeys(editor, text == u"-"_qs ? QString() : text + u'⏎');
         }
     }
 }
@@ -147,10 +119,10 @@ private Q_SLOTS:
             InEditor(list, "mnuNewEquation", [&](QWidget& editor) {
                 QCOMPARE(editor.windowTitle(), u"Rating Equation - Kettle Creek Stage"_qs);
                 doors_->ExpectMessage(u"Not a valid Date."_qs);
-                Press(editor, u"Enter"_qs);
+                PressKeys(editor, u"⏎"_qs);
                 TypeText(editor, u"tbDate"_qs, date);
                 doors_->ExpectMessage(u"C must be numeric."_qs);
-                Press(editor, u"Enter"_qs);
+                PressKeys(editor, u"⏎"_qs);
                 QCOMPARE(LastTitle(), u"Warning"_qs);
                 int i = 0;
                 for (const char* box : {"tbC", "tbA", "tbR", "tbNotes"}) {
@@ -158,14 +130,14 @@ private Q_SLOTS:
                     ++i;
                 }
                 QCOMPARE(station_->Dump("ConversionEq"), QString());
-                Press(editor, u"Enter"_qs);
+                PressKeys(editor, u"⏎"_qs);
             });
             QTEST(CellsText(list), "list");
             QTEST(station_->Dump("ConversionEq"), "stored");
             // As the editor shows it, it is stored again.
-            Grid(list).setFocus();
+            GridOf(list).setFocus();
             const NextWindow window(Confirm);
-            Press(list, u"Enter"_qs);
+            PressKeys(list, u"⏎"_qs);
             QTEST(station_->Dump("ConversionEq"), "stored");
         });
     }
@@ -217,13 +189,13 @@ private Q_SLOTS:
         InList([&](QWidget& list) {
             InEditor(list, "mnuNewTable", [&](QWidget& editor) {
                 QCOMPARE(editor.windowTitle(), u"Rating Table - Kettle Creek Stage"_qs);
-                QCOMPARE(Grid(editor).TextMatrix(0, 1) + Grid(editor).TextMatrix(0, 2),
+                QCOMPARE(GridOf(editor).TextMatrix(0, 1) + GridOf(editor).TextMatrix(0, 2),
                          u"ftcfs"_qs);
                 TypeText(editor, u"tbRatingDate"_qs, date);
-                Press(editor, u"Enter"_qs);  // closes nothing
+                PressKeys(editor, u"⏎"_qs);  // closes nothing
                 TypePoints(editor, points);
                 // A cell still counts that is being edited where a button takes no focus.
-                Press(editor, u"F2 5"_qs);
+                PressKeys(editor, u"✎5"_qs);
                 Child<QPushButton>(editor, u"cmdOK"_qs).click();
             });
             QCOMPARE(station_->Dump("SELECT chan, A, r, c, notes, RatingTable FROM ConversionEq"),
@@ -234,7 +206,7 @@ private Q_SLOTS:
             InEditor(list, "mnuEditRow", [](QWidget& editor) {
                 const auto& when = Child<QLineEdit>(editor, u"tbRatingDate"_qs);
                 QTEST(when.text() + u": "_qs + CellsText(editor), "shown");
-                Press(editor, u"Esc"_qs);
+                PressKeys(editor, u"⎋"_qs);
             });
         });
     }
@@ -256,8 +228,8 @@ private Q_SLOTS:
         QFETCH(QString, story);
         TellFourRatings();
         InList([&](QWidget& list) {
-            QCOMPARE(Grid(list).Row(), 4);
-            Grid(list).SetRow(story.section(u' ', 0, 0).toInt());
+            QCOMPARE(GridOf(list).Row(), 4);
+            GridOf(list).SetRow(story.section(u' ', 0, 0).toInt());
             if (story.contains(u"deleted"_qs)) {
                 Trigger(list, u"mnuDeleteRow"_qs);
             } else if (!story.isEmpty()) {
@@ -328,7 +300,7 @@ private Q_SLOTS:
         QCOMPARE(ReportedNames(), u"- cfs"_qs);
         InList([](QWidget& list) {
             TypeText(list, u"tbConvLabel"_qs, u"m3/s"_qs);
-            Press(list, u"Enter"_qs);
+            PressKeys(list, u"⏎"_qs);
         });
         QCOMPARE(ReportedNames(), u"Stage- m3/s"_qs);
     }
@@ -351,28 +323,27 @@ private Q_SLOTS:
 
     void KeysInTheTable_data() {
         const DataRows<QString, QString> row("keys", "points and current cell");
-        row("5 Enter Enter", "1: 5 10; 2: 2 20 @ 1 1");
-        row("Del", "1: - 10; 2: 2 20 @ 1 1");
-        row("5 Esc", "1: 5 10; 2: 2 20 @ 1 1");
-        row("F2 5 Down", "1: 15 10; 2: 2 20 @ 2 1");
-        row("Down 5 Up 6 Up", "1: 6 10; 2: 5 20 @ 1 1");
-        row("5 Right 6 Right", "1: 5 6; 2: 2 20 @ 1 2");
-        row("Right F2 7 Left 8 Home Left", "1: 1 1087; 2: 2 20 @ 1 1");
-        row("5 PgDown 6 PgUp", "1: 5 10; 2: 2 20; 11: 6 - @ 1 1");
-        row("Down 5 PgUp", "1: 1 10; 2: 5 20 @ 2 1");
-        row("F2 PgDown F2 PgDown F2 PgDown F2 PgDown 5 PgDown", "1: 1 10; 2: 2 20; 41: 5 - @ 51 1");
-        row("Down F2 PgDown F2 PgDown F2 PgDown F2 PgDown 5 PgDown",
-            "1: 1 10; 2: 2 20; 42: 5 - @ 42 1");
+        row("5⏎⏎", "1: 5 10; 2: 2 20 @ 1 1");
+        row("⌫", "1: - 10; 2: 2 20 @ 1 1");
+        row("5⎋", "1: 5 10; 2: 2 20 @ 1 1");
+        row("✎5↓", "1: 15 10; 2: 2 20 @ 2 1");
+        row("↓5↑6↑", "1: 6 10; 2: 5 20 @ 1 1");
+        row("5→6→", "1: 5 6; 2: 2 20 @ 1 2");
+        row("→✎7←8⇱←", "1: 1 1087; 2: 2 20 @ 1 1");
+        row("5⇟6⇞", "1: 5 10; 2: 2 20; 11: 6 - @ 1 1");
+        row("↓5⇞", "1: 1 10; 2: 5 20 @ 2 1");
+        row("✎⇟✎⇟✎⇟✎⇟5⇟", "1: 1 10; 2: 2 20; 41: 5 - @ 51 1");
+        row("↓✎⇟✎⇟✎⇟✎⇟5⇟", "1: 1 10; 2: 2 20; 42: 5 - @ 42 1");
     }
     void KeysInTheTable() {
         QFETCH(QString, keys);
         station_->WithTable("2002-01-01", 1, {{1, 10}, {2, 20}});
         InList([&](QWidget& list) {
             InEditor(list, "mnuEditRow", [&](QWidget& editor) {
-                const MSFlexGrid& grid = Grid(editor);
+                const MSFlexGrid& grid = GridOf(editor);
                 QCOMPARE(grid.Rows(), 53);
-                Grid(editor).setFocus();
-                Press(editor, keys);
+                GridOf(editor).setFocus();
+                PressKeys(editor, keys);
                 QTEST(CellsText(editor) + u" @ %1 %2"_qs.arg(grid.Row()).arg(grid.Col()),
                       "points and current cell");
                 editor.close();
@@ -382,7 +353,7 @@ private Q_SLOTS:
 
     void RowsAndBlocks() {
         InNewTable([&](QWidget& editor) {
-            MSFlexGrid& grid = Grid(editor);
+            MSFlexGrid& grid = GridOf(editor);
             TypePoints(editor, u"1 10; 2 20; 3 30"_qs);
             grid.SetSelection(2, 1, 3, 2);
             Click(editor, u"cmdCopy"_qs);
@@ -405,34 +376,31 @@ private Q_SLOTS:
     }
 
     void FullDiskKeepsTheRating_data() {
-        const DataRows<int, QString> row("row", "date box");
-        row(1, "tbDate");
-        row(4, "tbRatingDate");
+        const DataRows<int> row("row");
+        row(1);
+        row(4);
     }
     void FullDiskKeepsTheRating() {
         QFETCH(int, row);
         TellFourRatings();
-        QString ratings = Ratings(1);
+        const QString ratings = Ratings(1);
         MessageLog messages;
+        const FullDisk full(QFileInfo(station_->Path() + u"-wal"_qs).size());
         InList([&](QWidget& list) {
-            Grid(list).SetRow(row);
+            GridOf(list).SetRow(row);
             InEditor(list, "mnuEditRow", [&](QWidget& editor) {
                 TypeText(editor, u"tbNotes"_qs, u"z"_qs);
-                UntilThereIsRoom([&] {
-                    Confirm(editor);
-                    return !editor.isVisible();
-                });
+                Confirm(editor);
+                QVERIFY(editor.isVisible());
+                editor.close();
             });
-            QCOMPARE(Ratings(1), ratings.replace(row == 1 ? u'a' : u'd', u'z'));
-            Grid(list).SetRow(row);
-            UntilThereIsRoom([&] {
-                Trigger(list, u"mnuDeleteRow"_qs);
-                return Grid(list).Rows() == 4;
-            });
+            GridOf(list).SetRow(row);
+            Trigger(list, u"mnuDeleteRow"_qs);
+            QCOMPARE(GridOf(list).Rows(), 5);
         });
-        QCOMPARE(Ratings(1), ratings.remove(row == 1 ? u"1 z, "_qs : u", 91 2, 91 z"_qs));
+        QVERIFY(DialogCancelled);
+        QCOMPARE(Ratings(1), ratings);
         messages.texts.replaceInStrings(QRegularExpression(u": .*"_qs), QString());
-        messages.texts.removeDuplicates();
         QCOMPARE(messages.texts, QStringList({u"! The rating could not be saved"_qs,
                                               u"! The rating could not be deleted"_qs}));
     }
@@ -455,7 +423,7 @@ private Q_SLOTS:
         });
         QCOMPARE(Ratings(1), QString(before).remove(u", 91 2, 91 d"_qs));
         StationConnection->Execute(u"DROP TABLE ConversionEq"_qs);
-        InList([](QWidget& list) { QCOMPARE(Grid(list).Rows(), 1); });
+        InList([](QWidget& list) { QCOMPARE(GridOf(list).Rows(), 1); });
         QCOMPARE(messages.texts.size(), 2);
         QVERIFY(messages.texts[0].startsWith(u"! The rating could not be read: "_qs));
         QVERIFY(messages.texts[1].startsWith(u"! The ratings could not be read: "_qs));
@@ -469,19 +437,6 @@ private:
             .WithTable("2002-04-01", 1, {{0, 2}}, u"d"_qs)
             .WithEquation("2002-01-01", 2, 1, 1, 1, u"e"_qs)
             .WithTable("2002-01-01", 2, {{1, 9}}, u"f"_qs);
-    }
-    // Tries with room for ever more on the disk; until it succeeds, nothing has changed.
-    void UntilThereIsRoom(const std::function<bool()>& succeeds) {
-        const QString before = Ratings(1);
-        DialogCancelled = true;
-        bool done = false;
-        for (qint64 room = 0; !done && room < 100'000; room += 2000) {
-            QVERIFY(DialogCancelled);
-            QCOMPARE(Ratings(1), before);
-            const FullDisk full(QFileInfo(station_->Path() + u"-wal"_qs).size() + room);
-            done = succeeds();
-        }
-        QVERIFY(done && !DialogCancelled);
     }
     QString LastTitle() const {
         return doors_->shownMessages.empty() ? QString() : doors_->shownMessages.back().title;
