@@ -211,8 +211,7 @@ private Q_SLOTS:
             {{" x", "6/3/2002 11:00", "2.05", "2.07", "31", "weir clear"},
              {" x", "6/17/2002 8:15", "1.55", "1.50", "", "weeds cut"},
              {"", "6/28/2002 16:40", "1.27", "1.20", "11.9",
-              "Silt behind the weir, a hand high, dug out and carried off by two; the staff "
-              "was under water for an hour."}},
+              "Silt behind the weir, a hand high, dug out by two; staff under water for an hour."}},
             "spring-journal", QStringLiteral("spring-journal"));
         EditRatings([this](QWidget& list) {
             AddEquation(list, {"6/1/2002", "12.5", "0.4", "1.5", ""}, "spring-equation");
@@ -422,7 +421,7 @@ int main(int argc, char** argv) {
         QDir(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("tour")).absolutePath();
     const QtDoors doors(Application::Title());
     // The pages become files, whatever printers the machine has.
-    QtPrinterDoor files(QPageSize(QPageSize::A4));
+    QtPrinterDoor files{QPageSize(QPageSize::A4)};
     TheDesktop().printers = &files;
     Tour tour;
     const int failures = QTest::qExec(&tour, QStringList{application.arguments().first()});
