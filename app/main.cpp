@@ -32,6 +32,7 @@ int main(int argc, char* argv[]) {
     std::optional<rillbook::FontListAhead> fontList(std::in_place);
     rillbook::DesktopApplication application(argc, argv);
     fontList.reset();
+    rillbook::DesktopApplication::setDesktopFileName(QStringLiteral("rillbook"));
     rillbook::DesktopApplication::setWindowIcon(rillbook::PictureIcon(rillbook::Picture::Program));
     const rillbook::QtDoors doors(rillbook::Application::Title());
     rillbook::RegionalSettings() = rillbook::RegionalFromLocale(QLocale::system());

@@ -5,6 +5,8 @@
 #include <QPainterPath>
 #include <QPixmap>
 
+#include "forms/main/ProgramIcon.h"
+
 namespace rillbook {
 
 namespace {
@@ -17,7 +19,6 @@ const QColor kPaper(0xfd, 0xfd, 0xfa);
 const QColor kFolder(0xf2, 0xc1, 0x4e);
 const QColor kMetal(0x5b, 0x7d, 0xa6);
 const QColor kWater(0x1f, 0x78, 0xb4);
-const QColor kWood(0xb0, 0x7d, 0x4b);
 
 // A ripple from (x, y) to the right: rises and falls once in each `length`.
 QPainterPath Ripple(double x, double y, double length, int count) {
@@ -77,19 +78,6 @@ void DrawChannel(QPainter& painter) {
     painter.drawPath(path);
 }
 
-// A notebook with a rill on its cover.
-void DrawProgram(QPainter& painter) {
-    painter.setBrush(kWood);
-    painter.drawRoundedRect(QRectF(2, 1, 12, 14), 1.2, 1.2);
-    painter.setBrush(kPaper);
-    painter.drawRect(QRectF(4.6, 2.6, 8, 10.8));
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(kWater, 1.2, Qt::SolidLine, Qt::RoundCap));
-    for (const double y : {5.4, 8.0, 10.6}) {
-        painter.drawPath(Ripple(5.8, y, 2.8, 2));
-    }
-}
-
 void Draw(QPainter& painter, Picture picture) {
     painter.setPen(QPen(kInk, 1));
     switch (picture) {
@@ -104,7 +92,7 @@ void Draw(QPainter& painter, Picture picture) {
         case Picture::Channel:
             return DrawChannel(painter);
         case Picture::Program:
-            return DrawProgram(painter);
+            return DrawProgramIcon(painter);
     }
 }
 
