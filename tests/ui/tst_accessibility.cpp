@@ -66,25 +66,19 @@ QStringList Clashes(const QStringList& texts) {
 
 QStringList Clashes(const QWidget& form) {
     QStringList level;
-    for (const QWidget* control : form.findChildren<QWidget*>()) {
-        const auto* label = qobject_cast<const QLabel*>(control);
-        const bool isLetterless = label != nullptr && label->buddy() == nullptr;
-        // A menu's title counts where it is hung up: in the bar or in another menu.
-        const bool isMenu = qobject_cast<const QMenu*>(control) != nullptr;
-        if (!isLetterless && !isMenu) {
-            level << control->property("text").toString() << control->property("title").toString();
-        }
-    }
     QStringList faults;
-    for (const QWidget* holder : form.findChildren<QWidget*>()) {
-        QStringList texts;
-        for (const QAction* action : holder->actions()) {
-            texts << action->text();
+    for (const QWidget* control : form.findChildren<QWidget*>()) {
+        QStringList items;
+        for (const QAction* action : control->actions()) {
+            items << action->text();
         }
-        if (qobject_cast<const QMenuBar*>(holder) != nullptr) {
-            level << texts;
-        } else if (qobject_cast<const QMenu*>(holder) != nullptr) {
-            faults << Clashes(texts);
+        const auto* label = qobject_cast<const QLabel*>(control);
+        if (qobject_cast<const QMenu*>(control) != nullptr) {
+            faults << Clashes(items);
+        } else if (qobject_cast<const QMenuBar*>(control) != nullptr) {
+            level << items;
+        } else if (label == nullptr || label->buddy() != nullptr) {
+            level << control->property("text").toString() << control->property("title").toString();
         }
     }
     return faults + Clashes(level);
