@@ -11,6 +11,7 @@
 #include "forms/main/Icons.h"
 #include "forms/main/StationNodes.h"
 #include "forms/main/frmAbout.h"
+#include "forms/records/frmEditRecords.h"
 #include "forms/reference/frmCalibration.h"
 #include "forms/reference/frmRating.h"
 #include "forms/reports/frmAnnualT.h"
@@ -94,6 +95,8 @@ void frmMain::ConnectCommands() {
         {ui_->mnuFileImportSetup2, &frmMain::SetUpImport},
         {ui_->mnuFileImport, &frmMain::ImportLoggerFile},
         {ui_->mnuFileImport2, &frmMain::ImportLoggerFile},
+        {ui_->mnuEditRecords, &frmMain::ShowRecords},
+        {ui_->mnuEditRecords2, &frmMain::ShowRecords},
         {ui_->mnuEditCalibration, &frmMain::ShowJournal},
         {ui_->mnuEditCalibration2, &frmMain::ShowJournal},
         {ui_->mnuRat, &frmMain::ShowRatings},
@@ -265,6 +268,12 @@ void frmMain::SetUpImport() {
     }
     delete FindStation(*ui_->TreeView1, StationPath);
     AddStaToTree();
+}
+
+void frmMain::ShowRecords() {
+    if (StationConnection->State() != 0) {
+        frmEditRecords(this).exec();
+    }
 }
 
 void frmMain::ShowJournal() {

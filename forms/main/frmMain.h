@@ -81,6 +81,7 @@ private:
     void SaveStationData();
     void SetUpImport();
     void ImportLoggerFile();
+    void ShowRecords();
     void ShowJournal();
     void ShowRatings();
     std::unique_ptr<QDialog> MakeInstG();

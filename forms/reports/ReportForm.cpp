@@ -3,6 +3,7 @@
 #include <QAction>
 
 #include "forms/main/frmAbout.h"
+#include "forms/records/frmEditRecords.h"
 #include "forms/reference/frmCalibration.h"
 #include "forms/reference/frmRating.h"
 #include "forms/reports/frmOutputSettings.h"
@@ -25,6 +26,10 @@ QAction& ReportForm::Item(const char* name) const {
 
 void ReportForm::ConnectCommonCommands() {
     connect(&Item("mnuFileExit"), &QAction::triggered, this, &QWidget::close);
+    connect(&Item("mnuEditRecords"), &QAction::triggered, this, [this] {
+        frmEditRecords(this).exec();
+        Rebuild();
+    });
     connect(&Item("mnuCal"), &QAction::triggered, this, [this] {
         frmCalibration journal(cdbprinter_, this);
         ShowEditor(journal);

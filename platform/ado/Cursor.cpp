@@ -46,6 +46,10 @@ void Cursor::SetAbsolutePosition(std::int64_t) {
     RaiseNotUpdatable();
 }
 
+const std::vector<Cell>* Cursor::Peek(std::int64_t) {
+    RaiseNotUpdatable();
+}
+
 void Cursor::Set(int, Null) {
     RaiseNotUpdatable();
 }

@@ -50,6 +50,8 @@ public:
 
     // A cursor that holds no keys raises adErrNotUpdatable, as these do.
     virtual void SetAbsolutePosition(std::int64_t position);
+    // The cells of a row by its number, good until the next call; null where it has left the table.
+    virtual const std::vector<Cell>* Peek(std::int64_t position);
     virtual void Set(int column, Null);
     virtual void Set(int column, double value);
     virtual void Set(int column, const QString& text);

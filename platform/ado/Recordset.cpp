@@ -139,6 +139,27 @@ void Recordset::SetAbsolutePosition(std::int64_t position) {
     impl_->RequireOpen().SetAbsolutePosition(position);
 }
 
+bool Recordset::PeekTexts(std::int64_t position, QStringList& texts) {
+    ado::Cursor& cursor = impl_->RequireOpen();
+    const std::vector<ado::Cell>* cells = cursor.Peek(position);
+    texts.clear();
+    for (std::size_t i = 0; cells != nullptr && i < cells->size(); ++i) {
+        const ado::Cell& cell = (*cells)[i];
+        switch (cell.kind) {
+            case ado::Cell::Kind::Null:
+                texts += QString();
+                break;
+            case ado::Cell::Kind::Number:
+                texts += ado::NumberText(cursor.Columns()[i].type, cell.number);
+                break;
+            case ado::Cell::Kind::Text:
+                texts += cell.text;
+                break;
+        }
+    }
+    return cells != nullptr;
+}
+
 Field Recordset::Fields(int ordinal) {
     if (ordinal < 0 || ordinal >= FieldCount()) {
         throw AdoError(adErrItemNotFound, QStringLiteral("There is no field %1.").arg(ordinal));
@@ -183,6 +204,26 @@ void Recordset::Find(const QString& criterion) {
 
 QString Field::Name() const {
     return recordset_->impl_->RequireOpen().Columns()[static_cast<std::size_t>(ordinal_)].name;
+}
+
+DataTypeEnum Field::Type() const {
+    using Kind = ado::ColumnType::Kind;
+    const auto& columns = recordset_->impl_->RequireOpen().Columns();
+    switch (columns[static_cast<std::size_t>(ordinal_)].type.kind) {
+        case Kind::Single:
+            return adSingle;
+        case Kind::SmallInt:
+            return adSmallInt;
+        case Kind::Double:
+            return adDouble;
+        case Kind::DateTime:
+            return adDate;
+        case Kind::Text:
+            return adVarWChar;
+        case Kind::Other:
+            break;
+    }
+    return adVariant;
 }
 
 Variant Field::Value() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QStringView>
 #include <cstdint>
 #include <memory>
@@ -29,6 +30,16 @@ enum LockTypeEnum {
     adLockOptimistic = 3
 };
 
+// What a column holds, by its declared type.
+enum DataTypeEnum {
+    adSmallInt = 2,
+    adSingle = 4,
+    adDouble = 5,
+    adDate = 7,
+    adVariant = 12,  // a type that isn't known
+    adVarWChar = 202
+};
+
 // The database's NULL.
 using Null = std::monostate;
 
@@ -39,6 +50,7 @@ using Variant = std::variant<Null, double, QString>;
 class Field {
 public:
     QString Name() const;
+    DataTypeEnum Type() const;
 
     Variant Value() const;
     bool IsNull() const;
@@ -121,6 +133,11 @@ public:
     // there, or to EOF, where that row has left the table. Raises adErrNoCurrentRecord outside 1 to
     // RecordCount, and adErrNotUpdatable on a read-only recordset.
     void SetAbsolutePosition(std::int64_t position);
+
+    // Sets the texts of a row, by its number, as Field::Text gives them, and NULL as the null text.
+    // The cursor stays where it is; a pending change of that row shows. False, and no texts, where
+    // the row has left the table. Raises as SetAbsolutePosition does.
+    bool PeekTexts(std::int64_t position, QStringList& texts);
 
     // Raises adErrItemNotFound. Names in any case.
     Field Fields(int ordinal);

@@ -21,6 +21,7 @@ UpdateCursor::UpdateCursor(Database& database, const QByteArray& select) : Curso
     const Statement columns(database.handle(), select);
     TakeColumns(columns);
     row_.resize(Columns().size());
+    peeked_.resize(Columns().size());
     changed_.resize(Columns().size());
     const std::optional<SelectParts> parts = PartsOfSelect(select);
     if (!parts) {
@@ -113,16 +114,20 @@ void UpdateCursor::ReadKeys() {
     }
 }
 
-bool UpdateCursor::Load(Key key) {
+bool UpdateCursor::Read(Key key, std::vector<Cell>& row) {
     BindKey(load_, 1, key);
-    if (!load_.Step()) {
-        load_.Reset();
-        return false;
-    }
-    for (std::size_t i = 0; i < row_.size(); ++i) {
-        load_.Read(static_cast<int>(i), row_[i]);
+    const bool isThere = load_.Step();
+    for (std::size_t i = 0; isThere && i < row.size(); ++i) {
+        load_.Read(static_cast<int>(i), row[i]);
     }
     load_.Reset();
+    return isThere;
+}
+
+bool UpdateCursor::Load(Key key) {
+    if (!Read(key, row_)) {
+        return false;
+    }
     key_ = key;
     standing_ = Standing::Row;
     rowLoaded_ = true;
@@ -217,6 +222,17 @@ void UpdateCursor::SetAbsolutePosition(std::int64_t position) {
     }
     position_ = static_cast<std::size_t>(position - 1);
     SettleForward();
+}
+
+const std::vector<Cell>* UpdateCursor::Peek(std::int64_t position) {
+    if (position < 1 || position > RecordCount()) {
+        RaiseNoCurrentRecord();
+    }
+    const auto index = static_cast<std::size_t>(position - 1);
+    if (pending_ == Pending::Change && index == position_) {
+        return &row_;
+    }
+    return Read(keys_[index], peeked_) ? &peeked_ : nullptr;
 }
 
 void UpdateCursor::SkipUntil(int column, const std::function<bool(double)>& accepts) {

@@ -19,6 +19,7 @@ public:
     std::int64_t RecordCount() override;
     std::int64_t AbsolutePosition() override;
     void SetAbsolutePosition(std::int64_t position) override;
+    const std::vector<Cell>* Peek(std::int64_t position) override;
     void SkipUntil(int column, const std::function<bool(double)>& accepts) override;
     Cell::Kind Kind(int column) override { return RequireRow(column).kind; }
     Cell::Kind ReadNumber(int column, double& number) override;
@@ -55,6 +56,7 @@ private:
     void SetCell(int column, const Value& value);
     Cell& RequireRow(int column);
     bool HasRow();
+    bool Read(Key key, std::vector<Cell>& row);
     bool Load(Key key);
     void ReadKeys();
     void SettleForward();
@@ -78,6 +80,7 @@ private:
     Key key_ = 0;
     bool rowLoaded_ = false;  // row_ holds the row of key_
     std::vector<Cell> row_;
+    std::vector<Cell> peeked_;
     Pending pending_ = Pending::None;
     std::vector<bool> changed_;
 

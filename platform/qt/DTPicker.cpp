@@ -5,7 +5,7 @@
 
 namespace rillbook {
 
-DTPicker::DTPicker(QWidget* parent) : QDateEdit(parent) {
+DTPicker::DTPicker(QWidget* parent) : QDateTimeEdit(parent) {
     // Not every day has a midnight by the local clock; in UTC each one does.
     setTimeSpec(Qt::UTC);
     const QLocale english(QLocale::English, QLocale::UnitedStates);
@@ -16,17 +16,27 @@ DTPicker::DTPicker(QWidget* parent) : QDateEdit(parent) {
     calendar->setLocale(english);
     calendar->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
     setCalendarWidget(calendar);
-    connect(this, &QDateEdit::userDateChanged, this, &DTPicker::Change);
+    connect(this, &QDateTimeEdit::dateTimeChanged, this, &DTPicker::Change);
 }
 
 DateTime DTPicker::Value() const {
-    const QDate shown = date();
-    return DateSerial(shown.year(), shown.month(), shown.day());
+    const QDate day = date();
+    const DateTime midnight = DateSerial(day.year(), day.month(), day.day());
+    if ((displayedSections() & TimeSections_Mask) == 0) {
+        return midnight;
+    }
+    const int second = time() == broughtTime_ ? broughtSecond_ : 0;
+    return MomentOf(static_cast<std::int64_t>(midnight),
+                    std::int64_t{time().msecsSinceStartOfDay() / 1000} + second);
 }
 
 void DTPicker::SetValue(DateTime value) {
     const CalendarDate parts = DateParts(value);
-    setDate(qBound(minimumDate(), QDate(parts.year, parts.month, parts.day), maximumDate()));
+    const ClockTime clock = TimeParts(value);
+    broughtTime_ = QTime(clock.hour, clock.minute);
+    broughtSecond_ = clock.second;
+    const QDate day(parts.year, parts.month, parts.day);
+    setDateTime(QDateTime(qBound(minimumDate(), day, maximumDate()), broughtTime_, Qt::UTC));
 }
 
 void DTPicker::SetCustomFormat(const QString& pattern) {
@@ -34,6 +44,7 @@ void DTPicker::SetCustomFormat(const QString& pattern) {
     if (whole.count(u'y') == 3) {
         whole.replace(QStringLiteral("yyy"), QStringLiteral("yyyy"));
     }
+    whole.replace(QStringLiteral("tt"), QStringLiteral("AP"));
     // Where only month and year show, the calendar would choose a day that no one sees.
     setCalendarPopup(whole.contains(u'd'));
     setDisplayFormat(whole);

@@ -1,26 +1,34 @@
 #pragma once
 
-#include <QDateEdit>
+#include <QDateTimeEdit>
+#include <QTime>
 
 #include "platform/text/DateTime.h"
 
 namespace rillbook {
 
-// A date picker with a drop-down calendar; English month names whatever the locale. The years are
-// 1801 to 9999.
-class DTPicker : public QDateEdit {
+// A picker of a date, or of a date and time, with a drop-down calendar; English month names
+// whatever the locale. The years are 1801 to 9999.
+class DTPicker : public QDateTimeEdit {
     Q_OBJECT
 public:
     explicit DTPicker(QWidget* parent = nullptr);
 
-    DateTime Value() const;  // a midnight
+    // A midnight, unless the format shows the time. Seconds that the format doesn't show are those
+    // that SetValue brought, and 0 where the user has chosen another time since.
+    DateTime Value() const;
     void SetValue(DateTime value);
-    // A pattern such as "MMM dd, yyyy". One without a day has spin buttons in place of the calendar
-    // and leaves the day as SetValue set it.
+    // A pattern such as "MMM dd, yyyy" or "M/d/yy h:mm tt". One without a day has spin buttons in
+    // place of the calendar and leaves the day as SetValue set it.
     void SetCustomFormat(const QString& pattern);
 
 Q_SIGNALS:
     void Change();
+
+private:
+    // As SetValue brought it: the time as it is shown, and the seconds behind it.
+    QTime broughtTime_{0, 0};
+    int broughtSecond_ = 0;
 };
 
 }  // namespace rillbook

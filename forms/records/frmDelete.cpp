@@ -1,0 +1,120 @@
+#include "forms/records/frmDelete.h"
+
+#include "forms/records/frmEditRecords.h"
+#include "platform/desktop/MsgBox.h"
+#include "platform/desktop/Screen.h"
+#include "platform/qt/DataGrid.h"
+#include "platform/qt/RememberedWindow.h"
+#include "platform/qt/Twips.h"
+#include "store/FormStuff.h"
+#include "store/StationDatabase.h"
+#include "ui_frmDelete.h"
+
+namespace rillbook {
+
+frmDelete::frmDelete(frmEditRecords& editor)
+    : QDialog(&editor), editor_(editor), ui_(std::make_unique<Ui::frmDelete>()) {
+    ui_->setupUi(this);
+    layout()->setSizeConstraint(QLayout::SetFixedSize);
+    ui_->cboChannels->addItem(QStringLiteral("All Channels"));
+    for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
+        ui_->cboChannels->addItem(QStringLiteral("Chan %1 (").arg(chan) +
+                                  ChannelInfo[chan].RecDesc + u')');
+    }
+    const int col = editor.Grid().Col();
+    ui_->cboChannels->setCurrentIndex(col > StationInfo.Channels ? 0 : col);
+    layout()->activate();
+    const QPoint place =
+        editor.pos() + editor.DeleteButtonPosition() - QPoint(ToPixels(2200), ToPixels(1200));
+    move(PlaceInView(QRect(place, sizeHint())));
+
+    const bool isOnRow = editor.Grid().GoToCurrent();
+    for (DTPicker* picker : {ui_->DTPicker1, ui_->DTPicker2}) {
+        picker->SetCustomFormat(QStringLiteral("M/d/yy h:mm tt"));
+        picker->SetValue(DayOf(Now()));
+        if (isOnRow) {
+            if (const auto time = editor.Adodc1.Recordset.Fields(0).NumberIfAny()) {
+                picker->SetValue(*time);
+            }
+        }
+    }
+    connect(ui_->cmdSelectALl, &QAbstractButton::clicked, this, &frmDelete::SelectAll);
+    connect(ui_->cmdOK, &QAbstractButton::clicked, this, &frmDelete::Delete);
+    connect(ui_->cmdCancel, &QAbstractButton::clicked, this, &QDialog::reject);
+}
+
+frmDelete::~frmDelete() = default;
+
+void frmDelete::SelectAll() {
+    Recordset& rows = editor_.Adodc1.Recordset;
+    Attempt([&] {
+        rows.MoveFirst();
+        if (const auto time = rows.Fields(0).NumberIfAny()) {
+            ui_->DTPicker1->SetValue(*time);
+        }
+        rows.MoveLast();
+        if (const auto time = rows.Fields(0).NumberIfAny()) {
+            ui_->DTPicker2->SetValue(*time);
+        }
+    });
+}
+
+void frmDelete::Delete() {
+    const DateTime from = ui_->DTPicker1->Value();
+    const DateTime to = ui_->DTPicker2->Value();
+    const QString failure = from > to ? QString() : DeleteRange(from, to);
+    if (failure.isEmpty()) {
+        accept();
+    } else {
+        MsgBox(QStringLiteral("Nothing was deleted: ") + failure, MsgBoxButtons::Ok,
+               MsgBoxIcon::Exclamation);
+    }
+}
+
+QString frmDelete::DeleteRange(DateTime from, DateTime to) {
+    const Hourglass hourglass;
+    const int chan = ui_->cboChannels->currentIndex();
+    try {
+        if (chan == 0) {
+            DeleteRecords(from, to);
+        } else {
+            EmptyChannel(chan, from, to);
+        }
+        return {};
+    } catch (const AdoError& error) {
+        return error.Description();
+    }
+}
+
+void frmDelete::DeleteRecords(DateTime from, DateTime to) {
+    StationConnection->Execute(QStringLiteral("DELETE * FROM "
+                                              "Records"
+                                              " WHERE datetime >= #") +
+                               SqlDateText(from) + QStringLiteral("# and datetime <= #") +
+                               SqlDateText(to) + u'#');
+}
+
+void frmDelete::EmptyChannel(int chan, DateTime from, DateTime to) {
+    Recordset& rows = editor_.Adodc1.Recordset;
+    Transaction allOrNothing(editor_.Adodc1.Connection);
+    try {
+        rows.MoveFirst();
+        rows.Find(QStringLiteral("DateTime >= #") + SqlDateText(from) + u'#');
+        const Field time = rows.Fields(0);
+        Field reading = rows.Fields(chan);
+        while (!rows.Eof() && time.Number() <= to) {
+            reading.SetValue(Null{});
+            rows.MoveNext();
+        }
+        allOrNothing.Commit();
+    } catch (const AdoError& error) {
+        rows.CancelUpdate();
+        if (error.Number() != adErrNoCurrentRecord) {
+            throw;
+        }
+        // A table without a row: there is nothing to empty.
+    }
+    editor_.Grid().ReadAnew();
+}
+
+}  // namespace rillbook

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QCache>
+#include <QStringList>
+#include <vector>
+
+#include "platform/ado/Recordset.h"
+
+namespace rillbook {
+
+// The rows of an updatable recordset as a table of texts in the user's regional form, which can be
+// changed. Rows are read as they are painted, and only those near are kept. A changed row waits in
+// the recordset until StoreRow. Rows that have left the table are empty.
+class RecordModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    using QAbstractTableModel::QAbstractTableModel;
+
+    // The recordset outlives the model and is walked by nobody else while a row is changed.
+    // REQUIRES: it is open and updatable, its key the first column. Raises AdoError.
+    void Bind(Recordset& rows);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& cell, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& cell) const override;
+    // Takes a number or date-time as the user types it; the empty text is NULL.
+    bool setData(const QModelIndex& cell, const QVariant& text, int role) override;
+
+    void SetHeading(int col, const QString& heading);
+    DataTypeEnum Type(int col) const { return types_[static_cast<std::size_t>(col)]; }
+
+    // Writes the changed row, if there is one. False where that is refused: the row is as it is
+    // stored then.
+    bool StoreRow();
+    // Makes a row the recordset's current one; where it has left the table, false, and no move.
+    bool GoTo(int row);
+    // What is shown is read anew.
+    void ReadAnew();
+
+Q_SIGNALS:
+    // Why a cell or a row wasn't taken, or couldn't be read.
+    void Failed(const QString& why) const;
+
+private:
+    const QStringList& TextsOf(int row) const;
+    QString ShownText(int col, const QString& stored) const;
+    void SetField(int col, const QString& text);
+    QString WhyRefused(const AdoError& error);
+    void RowChanged(int row);
+
+    Recordset* rows_ = nullptr;
+    int rowCount_ = 0;
+    std::vector<DataTypeEnum> types_;
+    QStringList headings_;
+    int changedRow_ = -1;
+    mutable QCache<int, QStringList> near_{2000};
+    mutable bool readingFailed_ = false;  // told once
+};
+
+}  // namespace rillbook
