@@ -39,12 +39,25 @@ void DTPicker::SetValue(DateTime value) {
     setDateTime(QDateTime(qBound(minimumDate(), day, maximumDate()), broughtTime_, Qt::UTC));
 }
 
+QDateTime DTPicker::dateTimeFromText(const QString& text) const {
+    // The year, in the century of the one before it where the text has two digits.
+    const QDateTime read = QDateTimeEdit::dateTimeFromText(text);
+    const int year = read.date().year();
+    if (!hasTwoDigitYear_ || year % 100 == date().year() % 100) {
+        return read;
+    }
+    const DateTime meant = DateSerial(year % 100, read.date().month(), read.date().day());
+    const CalendarDate parts = DateParts(meant);
+    return {QDate(parts.year, parts.month, parts.day), read.time(), Qt::UTC};
+}
+
 void DTPicker::SetCustomFormat(const QString& pattern) {
     QString whole = pattern;
     if (whole.count(u'y') == 3) {
         whole.replace(QStringLiteral("yyy"), QStringLiteral("yyyy"));
     }
     whole.replace(QStringLiteral("tt"), QStringLiteral("AP"));
+    hasTwoDigitYear_ = whole.count(u'y') == 2;
     // Where only month and year show, the calendar would choose a day that no one sees.
     setCalendarPopup(whole.contains(u'd'));
     setDisplayFormat(whole);

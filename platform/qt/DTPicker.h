@@ -25,10 +25,15 @@ public:
 Q_SIGNALS:
     void Change();
 
+protected:
+    // A typed year of two digits is one of 1930 to 2029.
+    QDateTime dateTimeFromText(const QString& text) const override;
+
 private:
     // As SetValue brought it: the time as it is shown, and the seconds behind it.
     QTime broughtTime_{0, 0};
     int broughtSecond_ = 0;
+    bool hasTwoDigitYear_ = false;
 };
 
 }  // namespace rillbook
