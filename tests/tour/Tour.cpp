@@ -22,6 +22,7 @@
 #include "forms/main/frmMain.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/qt/DTPicker.h"
+#include "platform/qt/DataGrid.h"
 #include "platform/qt/MSFlexGrid.h"
 #include "platform/qt/QtDoors.h"
 #include "platform/qt/QtPrinter.h"
@@ -222,6 +223,37 @@ private Q_SLOTS:
                                                     "0.4)^1.5\t\n6/15/2002 12:00:00 PM\tTable\t\t"
                                                     "weir rating\n"));
         });
+    }
+
+    // A reading changed, and changed back: the reports are of what the logger brought.
+    void editsTheRecords() {
+        const NextWindow editor([this](QWidget& form) {
+            auto& grid = Child<DataGrid>(form, QStringLiteral("DataGrid1"));
+            const QModelIndex stage = grid.model()->index(3, 1);
+            const QString before = stage.data().toString();
+            for (const QString& reading : {QStringLiteral("9.75"), before}) {
+                grid.setFocus();
+                grid.setCurrentIndex(stage);
+                QTest::keyClicks(&grid, reading.left(1));
+                QTest::keyClicks(form.focusWidget(), reading.mid(1));
+                if (reading != before) {
+                    Picture(form, "record-in-edit");
+                }
+                QTest::keyClick(form.focusWidget(), Qt::Key_Return);
+                Picture(form, "records");
+                QCOMPARE(stage.data().toString(), reading);
+            }
+            grid.setCurrentIndex(stage);
+            const NextWindow deletion([this](QWidget& dialog) {
+                Click(dialog, QStringLiteral("cmdSelectALl"));
+                Picture(dialog, "delete");
+                Click(dialog, QStringLiteral("cmdCancel"));
+            });
+            Click(form, QStringLiteral("cmdDelete"));
+            Click(form, QStringLiteral("cmdOK"));
+        });
+        Trigger(*window_, QStringLiteral("mnuEditRecords"));
+        QCOMPARE(Child<QLabel>(*window_, QStringLiteral("lblNOR")).text(), QStringLiteral("1440"));
     }
 
     void reportsTheSpring() {
