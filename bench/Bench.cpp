@@ -6,6 +6,8 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <memory>
 
@@ -13,6 +15,8 @@
 #include "bench/LoggerYears.h"
 #include "compute/Compute.h"
 #include "compute/Summary.h"
+#include "forms/records/frmDelete.h"
+#include "forms/records/frmEditRecords.h"
 #include "forms/reference/frmCalibration.h"
 #include "forms/reports/frmAnnualT.h"
 #include "import/Import.h"
@@ -355,6 +359,76 @@ void JournalWindow(benchmark::State& state) {
     }
 }
 BENCHMARK(JournalWindow)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// A station of ten years with four channels, open; chan4 is empty.
+class FourChannels {
+public:
+    FourChannels() : station_(4) { ImportYears(doors_, kRowsOfTenYears); }
+    sqlite3* Handle() const { return StationConnection->database()->handle(); }
+    void FillStage() const { RunSql(Handle(), "UPDATE Records SET chan1 = 2.5"); }
+    bool StageIsEmpty() const {
+        return DumpTable(station_.Path(), QStringLiteral("SELECT count(chan1) FROM Records")) ==
+               u'0';
+    }
+
+private:
+    ScriptedDoors doors_;
+    StationFixture station_;
+};
+
+void BareKeys(benchmark::State& state) {
+    const FourChannels station;
+    for (auto _ : state) {
+        RunSql(station.Handle(), "SELECT DateTime FROM Records ORDER BY DateTime");
+    }
+}
+BENCHMARK(BareKeys)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The window opened, painted, and a cell in edit.
+void OpenRecords(benchmark::State& state) {
+    const FourChannels station;
+    for (auto _ : state) {
+        frmEditRecords records;
+        records.show();
+        QApplication::processEvents();
+        auto* grid = records.findChild<QTableView*>(QStringLiteral("DataGrid1"));
+        const QModelIndex stage = grid->model()->index(0, 1);
+        grid->edit(stage);
+        Require(grid->indexWidget(stage) != nullptr && grid->model()->rowCount() == kRowsOfTenYears,
+                "not in edit");
+    }
+}
+BENCHMARK(OpenRecords)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BareEmptyChannel(benchmark::State& state) {
+    const FourChannels station;
+    for (auto _ : state) {
+        state.PauseTiming();
+        station.FillStage();
+        state.ResumeTiming();
+        RunSql(station.Handle(), "UPDATE Records SET chan1 = NULL");
+    }
+}
+BENCHMARK(BareEmptyChannel)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+
+void EmptyChannel(benchmark::State& state) {
+    const FourChannels station;
+    for (auto _ : state) {
+        state.PauseTiming();
+        station.FillStage();
+        frmEditRecords records;
+        records.show();
+        frmDelete deletion(records);
+        deletion.findChild<QComboBox*>(QStringLiteral("cboChannels"))->setCurrentIndex(1);
+        deletion.findChild<QAbstractButton*>(QStringLiteral("cmdSelectALl"))->click();
+        state.ResumeTiming();
+        deletion.findChild<QAbstractButton*>(QStringLiteral("cmdOK"))->click();
+        state.PauseTiming();
+        Require(station.StageIsEmpty(), "not emptied");
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(EmptyChannel)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
 
 }  // namespace
 
