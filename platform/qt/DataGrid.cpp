@@ -18,6 +18,8 @@ namespace {
 
 constexpr int kSelectorWidth = 18;
 constexpr int kWidestColumn = 260;
+// By which a column takes its width: before the grid is shown, all of them count as in view.
+constexpr int kMeasuredRows = 50;
 
 bool IsEnter(const QKeyEvent& key) {
     return key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter;
@@ -63,7 +65,7 @@ DataGrid::DataGrid(QWidget* parent) : QTableView(parent), model_(new RecordModel
     verticalHeader()->setMinimumSectionSize(fontMetrics().height() + 2);
     verticalHeader()->setSectionsClickable(false);
     horizontalHeader()->setSectionsClickable(false);
-    horizontalHeader()->setResizeContentsPrecision(0);
+    horizontalHeader()->setResizeContentsPrecision(kMeasuredRows);
     // Not at once: the cell's editor, or the move to another cell, isn't done with.
     connect(model_, &RecordModel::Failed, this, [this](const QString& why) {
         failures_ += why;

@@ -24,7 +24,7 @@ public:
     void SetAllowRowSizing(bool on);
     // No-op for a column that isn't there.
     void SetCaption(int col, const QString& caption);
-    // Makes each column as wide as its heading and what is in view.
+    // Makes each column as wide as its heading and the first rows in view.
     void FitColumns();
 
     // Of the whole control, where all its columns are in view; in pixels.
