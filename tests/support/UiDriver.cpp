@@ -66,7 +66,7 @@ void PressKeys(QWidget& form, const QString& keys) {
         {u'→', Qt::Key_Right},  {u'←', Qt::Key_Left},   {u'↑', Qt::Key_Up},
         {u'↓', Qt::Key_Down},   {u'⇞', Qt::Key_PageUp}, {u'⇟', Qt::Key_PageDown},
         {u'⇱', Qt::Key_Home},   {u'⏎', Qt::Key_Enter},  {u'⎋', Qt::Key_Escape},
-        {u'⌫', Qt::Key_Delete}, {u'✎', Qt::Key_F2}};
+        {u'⌫', Qt::Key_Delete}, {u'✎', Qt::Key_F2},     {u'⇥', Qt::Key_Tab}};
     QApplication::setActiveWindow(&form);  // at once; the window system would take its time
     for (const QChar key : keys) {
         if (signs.contains(key)) {

@@ -52,7 +52,7 @@ MSFlexGrid& GridOf(QWidget& form);
 // Its rows that hold a text behind the fixed column, "2: 1/5/2002|1.5||clear" a line.
 QString FilledRows(QWidget& form);
 // Presses keys in whatever has the form's focus, or gets it when the window becomes active. Signs
-// stand for keys: → ← ↑ ↓ ⇞ ⇟ ⇱ for the cursor's, ⏎ Enter, ⎋ Esc, ⌫ Delete, ✎ F2.
+// stand for keys: → ← ↑ ↓ ⇞ ⇟ ⇱ for the cursor's, ⏎ Enter, ⎋ Esc, ⌫ Delete, ✎ F2, ⇥ Tab.
 void PressKeys(QWidget& form, const QString& keys);
 // Types a text into a cell of the grid, in place of what it holds, and presses Enter; the empty
 // text empties the cell.

@@ -81,14 +81,10 @@ void InDelete(QWidget& form, const std::function<void(QWidget& dialog)>& steps) 
     Grid(form).setFocus();
 }
 
-// Types into whatever has the focus; signs stand for keys. "[1 all]" is a deletion, "[]" notes what
+// Presses keys. "[1 all]" is a deletion, "[]" notes what
 // the dialog offers and cancels, "[* all]" cancels after Select All. "?" notes the current cell and
 // what the grid shows, "@" clicks OK.
 void Do(QWidget& form, const QString& script, QStringList& notes) {
-    static const QMap<QChar, Qt::Key> signs = {
-        {u'→', Qt::Key_Right},  {u'←', Qt::Key_Left},   {u'↑', Qt::Key_Up},
-        {u'↓', Qt::Key_Down},   {u'⏎', Qt::Key_Return}, {u'⇥', Qt::Key_Tab},
-        {u'⎋', Qt::Key_Escape}, {u'✎', Qt::Key_F2},     {u'⌫', Qt::Key_Delete}};
     for (qsizetype i = 0; i < script.size(); ++i) {
         if (script[i] == u'[') {
             const QString choice = script.mid(i + 1, script.indexOf(u']', i) - i - 1);
@@ -107,10 +103,8 @@ void Do(QWidget& form, const QString& script, QStringList& notes) {
         } else if (script[i] == u'@') {
             Click(form, u"cmdOK"_qs);
             notes += form.isVisible() ? u"open"_qs : u"closed"_qs;
-        } else if (signs.contains(script[i])) {
-            QTest::keyClick(form.focusWidget(), signs[script[i]]);
         } else {
-            QTest::keyClick(form.focusWidget(), script[i].toLatin1());
+            PressKeys(form, script.mid(i, 1));
         }
         QCoreApplication::processEvents();  // messages come between the keys
     }
