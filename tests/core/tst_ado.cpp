@@ -169,6 +169,24 @@ private Q_SLOTS:
                  "2002-01-05 00:00:00 | 4 | 44"_qs);
     }
 
+    // Other rows are looked at while one is being changed.
+    void peeksWithoutMoving() {
+        Recordset rows;
+        OpenReadings(rows);
+        rows.Fields(1).SetValue(9);
+        QCOMPARE(rows.RecordCount(), 4);
+        RunPlainSql(path_, "DELETE FROM Records WHERE chan1 = 3");
+        const auto peek = [&rows](const QString& position) {
+            QStringList texts;
+            const AdoErrorNumber error = ErrorOf([&] { rows.PeekTexts(position.toInt(), texts); });
+            return error == noError ? texts.join(u" | "_qs) : ErrorText(error);
+        };
+        CompareEach(peek,
+                    "1 => 1/1/2002 | 9 | 10; 2 => 1/2/2002 | 2 | 20; 3 => ; "
+                    "4 => 1/4/2002 | 4 | ; 0 => 3021; 5 => 3021");
+        QCOMPARE(rows.AbsolutePosition(), 1);
+    }
+
     void appends() {
         Recordset rows;
         rows.Open(u"Records"_qs, *connection_, adOpenUnspecified, adLockOptimistic);

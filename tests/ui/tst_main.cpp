@@ -306,6 +306,7 @@ private Q_SLOTS:
         QCOMPARE(program.Story(), u"2 [b.mdb] none open"_qs);
         // The pop-ups' items are there all the same, and do nothing.
         Trigger(*program.window, u"mnuFileImport2"_qs);
+        Trigger(*program.window, u"mnuEditRecords2"_qs);
         Trigger(*program.window, u"mnuOutAnnual2"_qs);
     }
 
