@@ -8,6 +8,8 @@
 
 #include "forms/main/frmAbout.h"
 #include "forms/main/frmMain.h"
+#include "forms/records/frmDelete.h"
+#include "forms/records/frmEditRecords.h"
 #include "forms/reference/frmCalibration.h"
 #include "forms/reference/frmConversionEq.h"
 #include "forms/reference/frmConversionT.h"
@@ -104,13 +106,15 @@ private Q_SLOTS:
         DescribeReportedChannel();
         CommonDialog printer;
         const QString project = u"Upper basin"_qs;
+        frmEditRecords records;
         const QString faults =
-            Faults(frmAbout()) + Faults(frmImport()) + Faults(frmCalibration(printer)) +
-            Faults(frmRating()) + Faults(frmConversionEq()) + Faults(frmConversionT()) +
-            Faults(frmOutputSettings()) + Faults(frmInstT(project, printer)) +
-            Faults(frmDailyT(project, printer)) + Faults(frmAnnualT(project, printer)) +
-            Faults(frmAnnualTPrint()) + Faults(frmInstG(project, printer)) +
-            Faults(frmDailyG(project, printer)) + Faults(frmMain());
+            Faults(records) + Faults(frmDelete(records)) + Faults(frmAbout()) +
+            Faults(frmImport()) + Faults(frmCalibration(printer)) + Faults(frmRating()) +
+            Faults(frmConversionEq()) + Faults(frmConversionT()) + Faults(frmOutputSettings()) +
+            Faults(frmInstT(project, printer)) + Faults(frmDailyT(project, printer)) +
+            Faults(frmAnnualT(project, printer)) + Faults(frmAnnualTPrint()) +
+            Faults(frmInstG(project, printer)) + Faults(frmDailyG(project, printer)) +
+            Faults(frmMain());
         // Two captions of the File menu that are settled; a second press goes on to the other.
         QCOMPARE(faults, u"frmMain: Open P&roject... = &Remove Station...\n"_qs);
     }
