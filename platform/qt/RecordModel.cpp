@@ -132,7 +132,8 @@ void RecordModel::SetField(int col, const QString& text) {
         field.SetValue(Null{});
     } else if (Type(col) == adDate) {
         const std::optional<DateTime> moment = ReadDateTime(text);
-        if (!moment) {
+        // A time alone would be one of the first day that dates count from.
+        if (!moment || DayOf(*moment) == 0) {
             RaiseUnreadable(quoted + QStringLiteral(" is not a date and time."));
         }
         field.SetValue(*moment);

@@ -11,10 +11,8 @@
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
 #include "tests/support/DataRows.h"
+#include "tests/support/FormTest.h"
 #include "tests/support/Hardship.h"
-#include "tests/support/ReportedChannel.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
 #include "tests/support/UiDriver.h"
 
 namespace rillbook {
@@ -53,24 +51,16 @@ QString PagesText(const PrintRecording& print) {
 
 }  // namespace
 
-class TestJournal : public QObject {
+class TestJournal : public FormTest {
     Q_OBJECT
 
 private Q_SLOTS:
     void init() {
-        FailOnAnyWarning();
-        doors_ = std::make_unique<ScriptedDoors>();
-        station_ = std::make_unique<StationFixture>(2);
-        DescribeReportedChannel();
+        FormTest::init();
         station_->WithJournalRow("2002-01-05", 1, 1.5, 1.75, false, 12.5, u"clear"_qs)
             .WithJournalRow("2002-01-05", 2, 9, 9);
         // As older releases had it.
         StationConnection->Execute(u"ALTER TABLE Calibration ALTER COLUMN notes TEXT(10)"_qs);
-    }
-    void cleanup() {
-        station_.reset();
-        doors_.reset();
-        RegionalSettings() = Regional();
     }
 
     // By keys alone, from the cell where the window opens: the first of row 2.
@@ -331,8 +321,6 @@ private:
     }
 
     CommonDialog cdbprinter_;
-    std::unique_ptr<ScriptedDoors> doors_;
-    std::unique_ptr<StationFixture> station_;
 };
 
 }  // namespace rillbook

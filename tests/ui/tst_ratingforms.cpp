@@ -10,11 +10,9 @@
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
 #include "tests/support/DataRows.h"
+#include "tests/support/FormTest.h"
 #include "tests/support/Hardship.h"
 #include "tests/support/MessageLog.h"
-#include "tests/support/ReportedChannel.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
 #include "tests/support/UiDriver.h"
 
 namespace rillbook {
@@ -81,22 +79,10 @@ void Confirm(QWidget& form) {
 
 }  // namespace
 
-class TestRatingForms : public QObject {
+class TestRatingForms : public FormTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() {
-        FailOnAnyWarning();
-        doors_ = std::make_unique<ScriptedDoors>();
-        station_ = std::make_unique<StationFixture>(2);
-        DescribeReportedChannel();
-    }
-    void cleanup() {
-        station_.reset();
-        doors_.reset();
-        RegionalSettings() = Regional();
-    }
-
     void StoresEquation_data() {
         const DataRows<QString, QString, QString, QString> row("date", "texts", "stored", "list");
         row("1/31/2002 14:05", "2.5|0.3|1.6|flood",
@@ -455,9 +441,6 @@ private:
     static QString ReportedNames() {
         return ChannelInfo[1].ConvDesc + u"- "_qs + ChannelInfo[1].ConvLabel;
     }
-
-    std::unique_ptr<ScriptedDoors> doors_;
-    std::unique_ptr<StationFixture> station_;
 };
 
 }  // namespace rillbook

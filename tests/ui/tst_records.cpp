@@ -12,11 +12,9 @@
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
 #include "tests/support/DataRows.h"
+#include "tests/support/FormTest.h"
 #include "tests/support/Hardship.h"
 #include "tests/support/MessageLog.h"
-#include "tests/support/ReportedChannel.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
 #include "tests/support/UiDriver.h"
 
 namespace rillbook {
@@ -118,23 +116,15 @@ void Do(QWidget& form, const QString& script, QStringList& notes) {
 
 }  // namespace
 
-class TestRecords : public QObject {
+class TestRecords : public FormTest {
     Q_OBJECT
 
 private Q_SLOTS:
     void init() {
-        FailOnAnyWarning();
-        doors_ = std::make_unique<ScriptedDoors>();
-        station_ = std::make_unique<StationFixture>(2);
-        DescribeReportedChannel();
+        FormTest::init();
         station_->WithRecord("2002-01-01", {1.2, 10})
             .WithRecord("2002-01-01 00:15:30", {1.5, {}})
             .WithRecord("2002-01-01 00:30", {-1, 30});
-    }
-    void cleanup() {
-        station_.reset();
-        doors_.reset();
-        RegionalSettings() = Regional();
     }
 
     // From the first cell on; what is stored stands before the window closes.
@@ -154,6 +144,7 @@ private Q_SLOTS:
         row("→9⇥1,5⏎↓", "00:00:00 | 9 | 10" REST, "! \"1,5\" is not a number.");
         row("→1e99⏎", ALL, "! \"1e99\" is too large a number.");
         row("13/1/2002⏎", ALL, "! \"13/1/2002\" is not a date and time.");
+        row("12:45⏎", ALL, "! \"12:45\" is not a date and time.");
         row(" ⏎", ALL, "! A record can't be without its DateTime.");
         // Ways to leave the window; after a refusal it stays.
         row("→7@", "00:00:00 | 7 | 10" REST, "closed");
@@ -364,8 +355,6 @@ private:
     }
 
     CommonDialog cdbprinter_;
-    std::unique_ptr<ScriptedDoors> doors_;
-    std::unique_ptr<StationFixture> station_;
 };
 
 }  // namespace rillbook

@@ -20,11 +20,9 @@
 #include "store/ProjectFile.h"
 #include "tests/support/CompareEach.h"
 #include "tests/support/DataRows.h"
+#include "tests/support/FormTest.h"
 #include "tests/support/PlainFiles.h"
-#include "tests/support/ReportedChannel.h"
-#include "tests/support/ScriptedDoors.h"
 #include "tests/support/SeriesText.h"
-#include "tests/support/StationFixture.h"
 #include "tests/support/UiDriver.h"
 
 namespace rillbook {
@@ -143,22 +141,10 @@ void WinterDays(StationFixture& station) {
 
 }  // namespace
 
-class TestTables : public QObject {
+class TestTables : public FormTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() {
-        FailOnAnyWarning();
-        doors_ = std::make_unique<ScriptedDoors>();
-        station_ = std::make_unique<StationFixture>(2);
-        DescribeReportedChannel();
-    }
-    void cleanup() {
-        station_.reset();
-        doors_.reset();
-        RegionalSettings() = Regional();
-    }
-
     void EachReading() {
         ReportBeginDate = At("2002-01-31");
         ReportEndDate = At("2002-02-02");
@@ -454,10 +440,6 @@ private Q_SLOTS:
         PrintSheet();
         QVERIFY(!DialogCancelled);
     }
-
-private:
-    std::unique_ptr<ScriptedDoors> doors_;
-    std::unique_ptr<StationFixture> station_;
 };
 
 }  // namespace rillbook
