@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "platform/ado/AdoError.h"
+#include "platform/ado/DatabaseFile.h"
 #include "platform/ado/JetEngine.h"
 #include "platform/ado/Recordset.h"
 #include "platform/desktop/ReplaceFile.h"
@@ -20,7 +21,7 @@ namespace {
 void CompactFile() {
     // Not in the place of a link to it.
     const QString station = QFileInfo(StationPath).canonicalFilePath();
-    if (QFileInfo::exists(station + QStringLiteral("-wal"))) {
+    if (ado::HasCompanion(station)) {
         throw AdoError(adErrGeneral, QStringLiteral("The file is in use: %1").arg(station));
     }
     const QString copy = station + QStringLiteral("qvx");

@@ -209,7 +209,9 @@ void RequireSound(sqlite3* handle, const QString& path) {
 }
 
 void NoteSound(const QString& path) {
-    if (const std::optional<FileStamp> stamp = StampOf(path)) {
+    const std::optional<FileStamp> stamp = StampOf(path);
+    // With a companion, the file by itself may be half of what was found sound.
+    if (stamp && !HasCompanion(path)) {
         SoundFiles().insert(stamp->inode, *stamp);
     }
 }

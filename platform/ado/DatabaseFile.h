@@ -28,7 +28,8 @@ Handle OpenForWriting(const QString& path);
 // path's.
 void RequireSound(sqlite3* handle, const QString& path);
 
-// A file that this process has just written whole, or closed, is known to be sound.
+// A file that this process has just checked, written whole or closed is known to be sound, unless
+// something lies beside it.
 void NoteSound(const QString& path);
 
 // Whether something that a killed program left, or another one uses, belongs to the file.
