@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <QEvent>
+#include <QPointer>
 #include <QScopedValueRollback>
 
 #include "platform/desktop/MsgBox.h"
@@ -39,10 +40,9 @@ void ActivateOwnerOf(const QObject* closed) {
 bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
     try {
         const bool isClosed = event->type() == QEvent::Hide && !event->spontaneous();
+        const QPointer<QObject> closed(isClosed ? receiver : nullptr);
         const bool isDone = QApplication::notify(receiver, event);
-        if (isClosed) {
-            ActivateOwnerOf(receiver);
-        }
+        ActivateOwnerOf(closed);
         return isDone;
     } catch (const std::exception& failure) {
         TellFailure(failure);
