@@ -195,8 +195,7 @@ void frmImport::Confirm() {
         const Hourglass hourglass;
         ReshapeStation(TypedShape());
     } catch (const AdoError& error) {
-        MsgBox(QStringLiteral("The import setup could not be stored: ") + error.Description(),
-               MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+        TellFault(QStringLiteral("The import setup could not be stored"), error.Description());
         if (StationConnection->State() == 0) {
             ShowNoStation();
             reject();

@@ -140,6 +140,10 @@ ChannelInfoData& ChannelTable::operator[](int chan) {
     return entries_[index];
 }
 
+QString ChannelName(int chan) {
+    return ChannelInfo[chan].RecSta + u' ' + ChannelInfo[chan].RecDesc;
+}
+
 QString ReportLabel(int chan) {
     const ChannelInfoData& channel = ChannelInfo[chan];
     return channel.Conversion == 0 ? channel.RecLabel : channel.ConvLabel;
@@ -233,8 +237,7 @@ void RefreshRecordStats() {
         }
         rows.Close();
     } catch (const AdoError& error) {
-        MsgBox(QStringLiteral("The records could not be counted: ") + error.Description(),
-               MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+        TellFault(QStringLiteral("The records could not be counted"), error.Description());
     }
 }
 

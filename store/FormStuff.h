@@ -50,6 +50,9 @@ private:
 };
 extern ChannelTable ChannelInfo;
 
+// What the windows that edit a channel call it: its own description and its quantity.
+QString ChannelName(int chan);
+
 // Unit and description under which the reports show a channel: after the rating where it is
 // applied.
 QString ReportLabel(int chan);

@@ -66,8 +66,7 @@ void frmDelete::Delete() {
     if (failure.isEmpty()) {
         accept();
     } else {
-        MsgBox(QStringLiteral("Nothing was deleted: ") + failure, MsgBoxButtons::Ok,
-               MsgBoxIcon::Exclamation);
+        TellFault(QStringLiteral("Nothing was deleted"), failure);
     }
 }
 

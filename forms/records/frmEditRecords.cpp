@@ -29,10 +29,10 @@ frmEditRecords::frmEditRecords(QWidget* parent)
         const Hourglass hourglass;
         LoadGrid();
     } catch (const AdoError& error) {
-        failure = QStringLiteral("The records could not be read: ") + error.Description();
+        failure = error.Description();
     }
     if (!failure.isEmpty()) {
-        MsgBox(failure, MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+        TellFault(QStringLiteral("The records could not be read"), failure);
         ui_->DataGrid1->setEnabled(false);
         ui_->cmdDelete->setEnabled(false);
     }
@@ -65,7 +65,7 @@ void frmEditRecords::LoadGrid() {
                               " ORDER BY DateTime");
     grid.SetDataSource(Adodc1);
     for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
-        grid.SetCaption(chan, ChannelInfo[chan].RecSta + u' ' + ChannelInfo[chan].RecDesc);
+        grid.SetCaption(chan, ChannelName(chan));
     }
     layout()->activate();
     grid.FitColumns();

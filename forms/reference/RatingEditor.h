@@ -1,19 +1,10 @@
 #pragma once
 
 #include <QDialog>
+#include <QString>
 #include <functional>
-#include <optional>
 
 namespace rillbook {
-
-// "Rating - Kettle Creek Stage": a rating window of the output channel.
-QString RatingCaption(const QString& window);
-
-// Says in a box what became of a command, and why.
-void TellRatingFailure(const QString& outcome, const QString& reason);
-
-// In the user's regional form.
-QString NumberTextOrEmpty(std::optional<double> number);
 
 // What the editors of one rating, the output channel's at RatingEditDate, have in common.
 // DialogCancelled tells how one was closed; the title bar and Esc cancel.

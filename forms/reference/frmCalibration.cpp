@@ -35,10 +35,6 @@ enum Column : int {
 constexpr QStringView kTick = u" x";
 constexpr int kSpareRows = 50;
 
-QString TextIfGiven(const std::optional<double>& number) {
-    return number ? RegionalNumberText(*number) : QString();
-}
-
 // A number with digit groups counts as the offsets take it; of any other text, what it begins with.
 std::optional<double> NumberIfTyped(const QString& text) {
     if (text.isEmpty()) {
@@ -51,11 +47,6 @@ std::optional<double> NumberIfTyped(const QString& text) {
 bool Refuse(const QString& reason) {
     WarnOfInput(reason);
     return false;
-}
-
-void TellJournalFailure(const QString& what, const QString& reason) {
-    MsgBox(QStringLiteral("The journal could not be ") + what + QStringLiteral(": ") + reason,
-           MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
 }
 
 // Notes are the only texts of a journal, and the longest are those that don't fit.
@@ -71,7 +62,7 @@ QString NameOfLongestNotes(const std::vector<JournalRow>& rows) {
 frmCalibration::frmCalibration(CommonDialog& printerDialog, QWidget* parent)
     : QDialog(parent),
       chan_(StationInfo.OutputChannel),
-      channelText_(ChannelInfo[chan_].RecSta + u' ' + ChannelInfo[chan_].RecDesc),
+      channelText_(ChannelName(chan_)),
       cdbprinter_(printerDialog),
       ui_(std::make_unique<Ui::frmCalibration>()) {
     setWindowFlags(windowFlags() | Qt::WindowMinMaxButtonsHint);
@@ -82,7 +73,7 @@ frmCalibration::frmCalibration(CommonDialog& printerDialog, QWidget* parent)
     try {
         rows = ReadJournal(chan_);
     } catch (const AdoError& error) {
-        TellJournalFailure(QStringLiteral("read"), error.Description());
+        TellFault(QStringLiteral("The journal could not be read"), error.Description());
         // Saved, it would take the place of what is stored.
         ui_->MSFlexGrid1->setEnabled(false);
         ui_->mnuEdit->setEnabled(false);
@@ -155,9 +146,9 @@ void frmCalibration::FillRow(int row, const JournalRow& visit) {
     MSFlexGrid& grid = *ui_->MSFlexGrid1;
     grid.SetTextMatrix(row, kUseCol, visit.used ? kTick.toString() : QString());
     grid.SetTextMatrix(row, kTimeCol, visit.time ? GeneralDateText(*visit.time) : QString());
-    grid.SetTextMatrix(row, kLoggerCol, TextIfGiven(visit.logger));
-    grid.SetTextMatrix(row, kActualCol, TextIfGiven(visit.actual));
-    grid.SetTextMatrix(row, kDischargeCol, TextIfGiven(visit.discharge));
+    grid.SetTextMatrix(row, kLoggerCol, RegionalNumberText(visit.logger));
+    grid.SetTextMatrix(row, kActualCol, RegionalNumberText(visit.actual));
+    grid.SetTextMatrix(row, kDischargeCol, RegionalNumberText(visit.discharge));
     grid.SetTextMatrix(row, kNotesCol, visit.notes);
 }
 
@@ -247,9 +238,9 @@ bool frmCalibration::LoadArray() {
         return true;
     } catch (const AdoError& error) {
         const bool isNotes = error.Number() == adErrTextTooLong && !rows.empty();
-        TellJournalFailure(QStringLiteral("saved"),
-                           (isNotes ? NameOfLongestNotes(rows) + QStringLiteral(": ") : QString()) +
-                               error.Description());
+        TellFault(QStringLiteral("The journal could not be saved"),
+                  (isNotes ? NameOfLongestNotes(rows) + QStringLiteral(": ") : QString()) +
+                      error.Description());
         return false;
     }
 }

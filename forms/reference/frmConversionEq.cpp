@@ -11,7 +11,7 @@ namespace rillbook {
 frmConversionEq::frmConversionEq(QWidget* parent)
     : RatingEditor(parent), ui_(std::make_unique<Ui::frmConversionEq>()) {
     ui_->setupUi(this);
-    setWindowTitle(RatingCaption(QStringLiteral("Rating Equation")));
+    setWindowTitle(QStringLiteral("Rating Equation - ") + ChannelName(StationInfo.OutputChannel));
     LoadValues();
     ui_->cmdOK->setEnabled(TellWhetherRead());
     connect(ui_->cmdOK, &QPushButton::clicked, this, &frmConversionEq::Confirm);
@@ -25,9 +25,9 @@ void frmConversionEq::LoadValues() {
     Read([&] { rating = ReadEquation(StationInfo.OutputChannel, RatingEditDate); });
     if (rating) {
         ui_->tbDate->setText(GeneralDateText(rating->time));
-        ui_->tbA->setText(NumberTextOrEmpty(rating->A));
-        ui_->tbC->setText(NumberTextOrEmpty(rating->c));
-        ui_->tbR->setText(NumberTextOrEmpty(rating->r));
+        ui_->tbA->setText(RegionalNumberText(rating->A));
+        ui_->tbC->setText(RegionalNumberText(rating->c));
+        ui_->tbR->setText(RegionalNumberText(rating->r));
         ui_->tbNotes->setText(rating->notes);
         ui_->tbNotes->setCursorPosition(0);
     }

@@ -34,7 +34,7 @@ frmConversionT::frmConversionT(QWidget* parent)
       ui_(SetUp(this)),
       editing_(*new GridCellEditing(*ui_->MSFlexGrid1,
                                     {.keys = GridCellEditing::Keys::ForTable, .opens = {}})) {
-    setWindowTitle(RatingCaption(QStringLiteral("Rating Table")));
+    setWindowTitle(QStringLiteral("Rating Table - ") + ChannelName(StationInfo.OutputChannel));
     LoadTable();
     ui_->cmdOK->setEnabled(TellWhetherRead());
     connect(ui_->cmdIns, &QPushButton::clicked, &editing_, &GridCellEditing::InsertRow);
@@ -89,8 +89,8 @@ void frmConversionT::LoadTable() {
     grid.SetRows(static_cast<int>(points.size()) + kSpareRows + 1);
     int row = 1;
     for (const TablePoint& point : points) {
-        grid.SetTextMatrix(row, kDepthCol, NumberTextOrEmpty(point.depth));
-        grid.SetTextMatrix(row, kFlowCol, NumberTextOrEmpty(point.flow));
+        grid.SetTextMatrix(row, kDepthCol, RegionalNumberText(point.depth));
+        grid.SetTextMatrix(row, kFlowCol, RegionalNumberText(point.flow));
         ++row;
     }
 

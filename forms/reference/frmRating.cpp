@@ -6,6 +6,7 @@
 #include "forms/reference/frmConversionEq.h"
 #include "forms/reference/frmConversionT.h"
 #include "platform/ado/AdoError.h"
+#include "platform/desktop/MsgBox.h"
 #include "store/FormStuff.h"
 #include "store/RatingStore.h"
 #include "ui_frmRating.h"
@@ -53,7 +54,7 @@ void frmRating::Form_Load() {
     DialogCancelled = true;
     const int chan = StationInfo.OutputChannel;
     UpgradeRatings(chan);
-    setWindowTitle(RatingCaption(QStringLiteral("Rating")));
+    setWindowTitle(QStringLiteral("Rating - ") + ChannelName(chan));
     const ChannelInfoData& channel = ChannelInfo[chan];
     ui_->lblRecLabel->setText(channel.RecLabel);
     ui_->lblRecDesc->setText(channel.RecDesc);
@@ -67,7 +68,7 @@ void frmRating::FillGrid() {
     try {
         ratings = ListRatings(StationInfo.OutputChannel);
     } catch (const AdoError& error) {
-        TellRatingFailure(QStringLiteral("The ratings could not be read"), error.Description());
+        TellFault(QStringLiteral("The ratings could not be read"), error.Description());
     }
     MSFlexGrid& grid = *ui_->MSFlexGrid1;
     const int count = static_cast<int>(ratings.size());
@@ -123,7 +124,7 @@ void frmRating::DeleteRow() {
             DeleteRating(StationInfo.OutputChannel, *time, isTable);
         }
     } catch (const AdoError& error) {
-        TellRatingFailure(QStringLiteral("The rating could not be deleted"), error.Description());
+        TellFault(QStringLiteral("The rating could not be deleted"), error.Description());
         return;
     }
     FillGrid();

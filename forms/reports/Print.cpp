@@ -56,8 +56,7 @@ void PrintDocument(const QString& name, int orientation,
     } catch (const DialogCancelledError&) {
         return;
     } catch (const PrinterError& error) {
-        MsgBox(name + QStringLiteral(" could not be printed: ") + error.Reason(), MsgBoxButtons::Ok,
-               MsgBoxIcon::Exclamation);
+        TellFault(name + QStringLiteral(" could not be printed"), error.Reason());
     }
 }
 

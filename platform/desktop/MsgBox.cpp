@@ -10,6 +10,10 @@ MsgBoxAnswer MsgBox(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
                                title.isEmpty() ? TheDesktop().programTitle : title);
 }
 
+void TellFault(const QString& what, const QString& why) {
+    MsgBox(what + QStringLiteral(": ") + why, MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+}
+
 void WarnOfInput(const QString& text) {
     MsgBox(text, MsgBoxButtons::Ok, MsgBoxIcon::Information, QStringLiteral("Warning"));
 }

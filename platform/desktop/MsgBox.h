@@ -20,6 +20,9 @@ public:
 MsgBoxAnswer MsgBox(const QString& text, MsgBoxButtons buttons = MsgBoxButtons::Ok,
                     MsgBoxIcon icon = MsgBoxIcon::None, const QString& title = {});
 
+// Says what failed and, behind a colon, why.
+void TellFault(const QString& what, const QString& why);
+
 // What a form says of input that it doesn't take.
 void WarnOfInput(const QString& text);
 

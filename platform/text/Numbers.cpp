@@ -314,6 +314,10 @@ QString RegionalNumberText(double value) {
     return text;
 }
 
+QString RegionalNumberText(const std::optional<double>& value) {
+    return value ? RegionalNumberText(*value) : QString();
+}
+
 QString FixedNumberText(double value, int decimals) {
     if (!std::isfinite(value)) {
         return {};

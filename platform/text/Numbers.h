@@ -30,8 +30,9 @@ bool IsNumber(QStringView text);
 // from 1E+15 on and below 1E-4 ("1E-05", "1.5E+20"). Never a negative zero; empty if not finite.
 QString PlainNumberText(double value);
 
-// The same with the user's decimal sign and negative sign.
+// The same with the user's decimal sign and negative sign; empty for a missing number.
 QString RegionalNumberText(double value);
+QString RegionalNumberText(const std::optional<double>& value);
 
 // Fixed decimals (0 to 99), with leading zero, sign and grouping from the regional settings. Rounds
 // the decimal text of 15 significant digits, halves away from zero (1.005 to two decimals is 1.01),
