@@ -112,7 +112,8 @@ private:
     // where the text boxes can't show it (longer than they take, other line ends).
     QString nameAsRead_;
     QString notesAsRead_;
-    // The project file couldn't be read whole; the first save keeps it beside the new one.
+    // The project file couldn't be read whole, or not all of its stations opened; the first save
+    // keeps it beside the new one.
     bool keepsOldFile_ = false;
 };
 

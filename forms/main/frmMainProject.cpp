@@ -125,11 +125,16 @@ void frmMain::OpenProject() {
                MsgBoxIcon::Exclamation);
     }
     for (const ProjectStation& station : project.stations) {
+        bool isOpen = false;
         Attempt([&] {
-            if (SwitchToStation(station.path, station.title)) {
+            isOpen = SwitchToStation(station.path, station.title);
+            if (isOpen) {
                 AddStaToTree();
             }
         });
+        // One on a disk that isn't there today isn't in the tree, and would be gone from the
+        // project.
+        keepsOldFile_ = keepsOldFile_ || !isOpen;
     }
 }
 

@@ -173,15 +173,18 @@ private Q_SLOTS:
         CreateStationFile(program.File(u"a.mdb"_qs));
         CreateStationFile(program.File(u"c.MDB"_qs), 2);
         program.doors.ExpectMessage(program.File(u"gone.mdb"_qs) + u" not found!"_qs);
-        program.OpenProject(
+        const char* whole =
             "\"Rillbook\",\"202\"\n3\n\"~/a.mdb\",\"a.mdb\"\n\"~/gone.mdb\",\"gone.mdb\"\n"
-            "\"~/c.MDB\",\"c.MDB\"\n#2002-03-15#,\"7312\"\n\"Upper, lower\"\n");
+            "\"~/c.MDB\",\"c.MDB\"\n#2002-03-15#,\"7312\"\n\"Upper, lower\"\n";
+        program.OpenProject(whole);
         QCOMPARE(program.Story(), u"2 [c.MDB] open: c.MDB, channel 1"_qs);
         QCOMPARE(MomentText(ReportEndDate), u"2003-03-14 00:00:00"_qs);
         Trigger(*program.window, u"Save"_qs);
         QCOMPARE(program.ProjectText(),
                  u"\"Rillbook\",\"100\"\n2\n\"~/a.mdb\",\"a.mdb\"\n\"~/c.MDB\",\"c.MDB\"\n"
                  "#2002-03-15#,\"9312\"\n\"Upper, lower\"\n"_qs);
+        // It may come back, and the project with it.
+        QCOMPARE(program.ProjectText(u"p.prj.bak"_qs), QString::fromLatin1(whole));
     }
 
     void takesAndRemovesStations() {
