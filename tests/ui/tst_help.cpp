@@ -1,5 +1,4 @@
 #include <QDesktopServices>
-#include <QRegularExpression>
 #include <QTreeWidget>
 #include <QtTest/QtTest>
 
@@ -61,16 +60,6 @@ void ClickRow(QTreeWidget& rows, QTreeWidgetItem* row) {
 
 QTreeWidgetItem* LastRow(const QTreeWidget& rows) {
     return rows.findItems({}, Qt::MatchContains | Qt::MatchRecursive).last();
-}
-
-// The address, if it isn't met within the file: its object or its anchor is missing.
-QString Fault(const ChmFile& file, const QUrl& address) {
-    const QByteArray page = file.Read(address.path()).value_or(QByteArray());
-    const QString anchor = u"(id|name)=\"%1\""_qs.arg(address.fragment());
-    const bool isMet =
-        !page.isEmpty() &&
-        (!address.hasFragment() || QString::fromUtf8(page).contains(QRegularExpression(anchor)));
-    return isMet || address.scheme().startsWith(u"http") ? QString() : address.toString() + u'\n';
 }
 
 // Notes what a page asked for and didn't get.
@@ -153,7 +142,7 @@ private Q_SLOTS:
         const QString path = folder_.filePath(u"damaged.chm"_qs);
         const QByteArray good = ReadBytes(kBuiltHelp);
         const qsizetype directoryEnd = 0x1100;
-        for (qsizetype at = 0; at < good.size(); at += at < directoryEnd ? 5 : good.size() / 300) {
+        for (qsizetype at = 0; at < good.size(); at += at < directoryEnd ? 23 : good.size() / 100) {
             WriteBytes(path, good.left(at));
             QVERIFY_EXCEPTION_THROWN(ChmFile{path}, HelpFileError);
             WriteBytes(path, good.left(at) + static_cast<char>(~good.at(at)) + good.mid(at + 1));
@@ -168,26 +157,21 @@ private Q_SLOTS:
         }
     }
 
-    // Contents, index, links, pictures and styles of the program's own help.
-    void leadsNowhereOutsideTheFile() {
+    // The sources' links are checked where they are written; here, that all of it was packed.
+    void showsEveryTopicWhole() {
         const auto file = std::make_shared<const ChmFile>(kBuiltHelp);
         WatchedPages pages;
         pages.SetFile(file);
+        int shown = 0;
         for (const SitemapEntry& entry : file->Contents() + file->Index()) {
             for (const SitemapTopic& topic : entry.topics) {
-                pages.missed += Fault(*file, HelpPages::AddressOf(topic.local));
+                pages.ShowLocal(topic.local);
+                pages.document()->setTextWidth(600);
+                pages.missed += pages.documentTitle().isEmpty() ? topic.local + u'\n' : QString();
+                ++shown;
             }
         }
-        static const QRegularExpression link(u"\\b(href|src)=\"([^\"]*)\""_qs);
-        for (const QString& path : file->Paths().filter(u".html"_qs)) {
-            pages.ShowLocal(path);
-            pages.document()->setTextWidth(600);
-            const QString page = QString::fromUtf8(file->Read(path).value_or(QByteArray()));
-            for (auto found = link.globalMatch(page); found.hasNext();) {
-                const QUrl target(found.next().captured(2));
-                pages.missed += Fault(*file, pages.source().resolved(target));
-            }
-        }
+        QVERIFY(shown > 100);
         QCOMPARE(pages.missed, QString());
     }
 
