@@ -77,7 +77,7 @@ void Database::Close() noexcept {
     }
     TryRun(handle_.get(), "ROLLBACK");
     inTransaction_ = false;
-    if (mark_ && WriterMark::CountOf(path_) == 1) {
+    if (mark_ && mark_->IsOnlyOne()) {
         TryRun(handle_.get(), "PRAGMA locking_mode = NORMAL");
         // Fails where another program has the file open; the last one to close does it then.
         TryRun(handle_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
