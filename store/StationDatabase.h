@@ -33,6 +33,16 @@ void ShowNoStation();
 // CloseDB if a station is open.
 void CloseOpenStation();
 
+// The five tables of a station.
+const QStringList& StationTables();
+
+// The bytes of the program's template, a station without readings. Raises FileError.
+QByteArray StationTemplate();
+
+// What a killed program or another one may leave beside a database file, and an opening of that
+// file under the same name takes in.
+QStringList CompanionsOf(const QString& path);
+
 // Puts a copy of the program's template at `path`, replacing what is there together with any
 // companion that a killed program left beside it. Raises FileError; what stood at `path` is whole
 // then.
