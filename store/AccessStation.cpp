@@ -1,5 +1,6 @@
 #include "store/AccessStation.h"
 
+#include <QLocale>
 #include <QRegularExpression>
 #include <algorithm>
 #include <cmath>
@@ -70,8 +71,7 @@ Cell Taken(const access::Value& value, SourceType source, Kind target) {
                                                            : NumberInText(value.number);
             } else {
                 cell.kind = Cell::Kind::Number;
-                cell.number =
-                    target == Kind::DateTime ? TakenMoment(value.number) : value.number;
+                cell.number = target == Kind::DateTime ? TakenMoment(value.number) : value.number;
             }
             break;
         case access::Value::Kind::Text: {
@@ -153,9 +153,8 @@ public:
             }
         }
         if (!missing.isEmpty()) {
-            throw ConversionError(
-                QStringLiteral("It isn't a station's: it has no table %1.")
-                    .arg(missing.join(QStringLiteral(", "))));
+            throw ConversionError(QStringLiteral("The file is no station: it has no table %1.")
+                                      .arg(missing.join(QStringLiteral(", "))));
         }
     }
 
@@ -169,7 +168,7 @@ public:
         columns_ = ColumnsOf(handle_.get(), table_);
         leftovers_.columns += Match(table_, columns, columns_);
         if (table_ == kRecords && !columns_.front().source) {
-            throw ConversionError(QStringLiteral("Its table Records has no column DateTime."));
+            throw ConversionError(QStringLiteral("The table Records has no column DateTime."));
         }
         cells_.assign(columns_.size(), Cell());
         Begin();
@@ -208,13 +207,14 @@ private:
         const bool isTime = isOfRecords() && IsSameName(column.name, kDateTime);
         if (isTime && (cell.kind != Cell::Kind::Number || !std::isfinite(cell.number))) {
             throw ConversionError(
-                QStringLiteral("Row %1 of its table Records has no date and time.").arg(rows_));
+                QStringLiteral("Row %1 of the table Records has no date and time.").arg(rows_));
         }
         if (cell.kind == Cell::Kind::Number && std::isnan(cell.number)) {
-            throw ConversionError(QStringLiteral("Row %1 of its table %2 has no number in %3, but "
-                                                 "something else that a station can't hold.")
-                                      .arg(rows_)
-                                      .arg(table_, column.name));
+            throw ConversionError(
+                QStringLiteral("Row %1 of the table %2 has in %3 what is no number "
+                               "and can't be kept.")
+                    .arg(rows_)
+                    .arg(table_, column.name));
         }
     }
 
@@ -277,9 +277,9 @@ private:
         for (std::size_t i = 1; i <= columns().size(); ++i) {
             places += QStringLiteral("%1?%2").arg(i == 1 ? QString() : QStringLiteral(", ")).arg(i);
         }
-        insert_ = Statement(handle(), QStringLiteral("INSERT INTO %1 VALUES (%2)")
-                                          .arg(QuotedName(table()), places)
-                                          .toUtf8());
+        insert_ = Statement(
+            handle(),
+            QStringLiteral("INSERT INTO %1 VALUES (%2)").arg(QuotedName(table()), places).toUtf8());
     }
 
     void Put(const std::vector<Cell>& row) override {
@@ -293,8 +293,8 @@ private:
             if (error.Number() != adErrDuplicate) {
                 throw;
             }
-            throw ConversionError(QStringLiteral("Two of its records have the time %1, and a "
-                                                 "station can have only one of a time.")
+            throw ConversionError(QStringLiteral("Two records have the time %1, and a station can "
+                                                 "have only one of a time.")
                                       .arg(GeneralDateText(row.front().number)));
         }
         if (isOfRecords()) {
@@ -331,17 +331,16 @@ public:
 
 private:
     [[noreturn]] static void RaiseDifference() {
-        throw ConversionError(
-            QStringLiteral("What was written isn't what the Access file holds."));
+        throw ConversionError(QStringLiteral("What was written isn't what the Access file holds."));
     }
 
     void Prepare(const std::vector<access::Column>&) override {}
 
     void Begin() override {
         // Records by their key, as they may have come in any order; the others in their own.
-        stored_ = Statement(handle(), "SELECT * FROM " + QuotedName(table()).toUtf8() +
-                                          (isOfRecords() ? " WHERE DateTime = ?1"
-                                                         : " ORDER BY rowid"));
+        stored_ =
+            Statement(handle(), "SELECT * FROM " + QuotedName(table()).toUtf8() +
+                                    (isOfRecords() ? " WHERE DateTime = ?1" : " ORDER BY rowid"));
     }
 
     void Put(const std::vector<Cell>& row) override {

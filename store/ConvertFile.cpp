@@ -30,7 +30,7 @@ public:
         QFile draft(path_);
         if (!draft.open(QIODevice::NewOnly | QIODevice::WriteOnly | QIODevice::Unbuffered)) {
             throw ConversionError(
-                QStringLiteral("Its folder can't be written to: %1").arg(draft.errorString()));
+                QStringLiteral("The folder can't be written to: %1").arg(draft.errorString()));
         }
         draft.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
         if (const qint64 written = draft.write(bytes); written != bytes.size()) {
@@ -64,7 +64,8 @@ public:
 
     void Require() const {
         if (Size() != size_ || Time() != time_) {
-            throw ConversionError(QStringLiteral("Another program has changed it meanwhile."));
+            throw ConversionError(
+                QStringLiteral("Another program has changed the file meanwhile."));
         }
     }
 
@@ -118,7 +119,7 @@ ConvertedFile ConvertFile(const QString& path) {
     const QStringList companions = CompanionsOf(file);
     if (!companions.isEmpty()) {
         throw ConversionError(
-            QStringLiteral("%1 lies beside it, with readings of another station of this name.")
+            QStringLiteral("%1 lies beside the file and belongs to another station.")
                 .arg(companions.front()));
     }
     try {

@@ -24,9 +24,9 @@ QString FileName(const QString& path) {
 }
 
 QString LeftText(const QString& what, const QStringList& names) {
-    return names.isEmpty() ? QString()
-                           : QStringLiteral(" Only there: %1 %2.")
-                                 .arg(what, names.join(QStringLiteral(", ")));
+    return names.isEmpty()
+               ? QString()
+               : QStringLiteral(" Only there: %1 %2.").arg(what, names.join(QStringLiteral(", ")));
 }
 
 QString ConvertedText(const QString& path, const ConvertedFile& result) {
@@ -38,8 +38,7 @@ QString ConvertedText(const QString& path, const ConvertedFile& result) {
 
 }  // namespace
 
-ConversionCommand::ConversionCommand(const QStringList& files)
-    : outer_(theCommand), files_(files) {
+ConversionCommand::ConversionCommand(const QStringList& files) : outer_(theCommand), files_(files) {
     if (outer_ == nullptr) {
         theCommand = this;
     }
@@ -87,13 +86,15 @@ bool ConversionCommand::IsWanted(const QString& path) {
         return access::KindOf(file) == FileKind::Access;
     });
     const QString question =
-        count == 1 ? QStringLiteral("%1 is an Access file. To open it, Rillbook makes a station "
-                                    "file of it and keeps the Access file beside it under another "
-                                    "name. Convert it?")
+        count == 1 ? QStringLiteral(
+                         "%1 is an Access file. To open it, Rillbook makes a station "
+                         "file of it and keeps the Access file beside it under another "
+                         "name. Convert it?")
                          .arg(path)
-                   : QStringLiteral("%1 of the stations are Access files. To open them, Rillbook "
-                                    "makes station files of them and keeps the Access files beside "
-                                    "them under other names. Convert them?")
+                   : QStringLiteral(
+                         "%1 of the stations are Access files. To open them, Rillbook "
+                         "makes station files of them and keeps the Access files beside "
+                         "them under other names. Convert them?")
                          .arg(count);
     answer_ = MsgBox(question, MsgBoxButtons::YesNo) == MsgBoxAnswer::Yes;
     return *answer_;

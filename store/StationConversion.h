@@ -29,7 +29,7 @@ private:
     ConversionCommand* outer_;
     QStringList files_;
     std::optional<bool> answer_;
-    QStringList refused_;    // a sentence for each file
+    QStringList refused_;     // a sentence for each file
     QStringList remarkable_;  // converted, with something left behind
     QStringList converted_;
 };

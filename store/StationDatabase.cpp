@@ -8,6 +8,7 @@
 #include "platform/desktop/ReplaceFile.h"
 #include "store/FileError.h"
 #include "store/FormStuff.h"
+#include "store/StationConversion.h"
 #include "store/StationPanel.h"
 
 namespace rillbook {
@@ -59,6 +60,10 @@ QString ConnectionTo(const QString& path) {
 bool OpenDB(const QString& path) {
     StationConnectionString = ConnectionTo(path);
     StationConnection->OwnTables = StationTables();
+    ConversionCommand conversion;
+    if (!conversion.MakeStation(path)) {
+        return false;
+    }
     try {
         StationConnection->Open(StationConnectionString);
         ReadStationInfo();

@@ -20,7 +20,8 @@ extern QString StationTitle;  // file name without folder
 QString ConnectionTo(const QString& path);
 
 // Opens the station and loads its header; true on success. Tells the user where the file can't be
-// opened. StationPath and StationTitle are the caller's to set, on true only.
+// opened. An Access file is made a station first, where the user wants it (see
+// StationConversion.h). StationPath and StationTitle are the caller's to set, on true only.
 // REQUIRES: StationConnection closed.
 bool OpenDB(const QString& path);
 
