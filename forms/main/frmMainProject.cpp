@@ -146,6 +146,7 @@ void frmMain::OpenProject() {
 
 bool frmMain::SwitchToStation(const QString& path, const QString& title) {
     CloseOpenStation();
+    const ConversionCommand conversion;
     if (!OpenDB(path)) {
         return false;
     }
