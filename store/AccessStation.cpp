@@ -312,6 +312,8 @@ class Comparer : public StationSink {
 public:
     explicit Comparer(const QString& path) : StationSink(ado::OpenUntouched(path)) {
         ado::RequireSound(handle(), path);
+        // The lock is taken once, not for each record.
+        ado::Run(handle(), "BEGIN");
     }
 
     void EndTable() override {

@@ -429,6 +429,38 @@ private Q_SLOTS:
         QCOMPARE(folder.Text(), before);
     }
 
+    // Cut short or with other bytes in it: either nothing has changed, or there is a station that
+    // opens.
+    void takesDamageWell() {
+        QRandomGenerator random(2000);
+        int refusals = 0;
+        const qsizetype size = Folder().original.size();
+        for (int round = 0; round < 150; ++round) {
+            const Folder folder;
+            QByteArray bytes = folder.original;
+            if (round < 50) {
+                bytes.truncate(round * (size / 50) / 512 * 512);
+            } else {
+                for (int change = 0; change < round / 10; ++change) {
+                    bytes[random.bounded(size)] = static_cast<char>(random.bounded(256));
+                }
+            }
+            WriteBytes(folder.Path(), bytes);
+            const QString before = folder.Text();
+            const QString told = OpenWithYes(folder);
+            const QString why = u"%1: %2"_qs.arg(round).arg(told);
+            if (folder.Text() == before) {
+                QVERIFY2(told.startsWith(u'!') || round == 0, qPrintable(why));
+                ++refusals;
+            } else {
+                QVERIFY2(told.startsWith(u"creek.mdb was converted"), qPrintable(why));
+                QCOMPARE(folder.Names(), u"creek.access.mdb creek.mdb"_qs);
+                QVERIFY(ReadBytes(folder.File(u"creek.access.mdb"_qs)) == bytes);
+            }
+        }
+        QVERIFY(refusals > 20);
+    }
+
     void keepsUnderAFreeName_data() {
         const DataRows<QString, QString> row("there", "names");
         row("another file", "creek.access.2.mdb creek.access.mdb creek.mdb");
