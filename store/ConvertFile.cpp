@@ -1,8 +1,12 @@
 #include "store/ConvertFile.h"
 
+#include <sys/file.h>
+
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include <QThread>
+#include <cerrno>
 
 #include "platform/ado/AdoError.h"
 #include "platform/desktop/KeptFile.h"
@@ -21,22 +25,26 @@ void Require(const QString& reason) {
 }
 
 // The station to be, beside the file whose place it takes; goes with this object unless it has
-// taken it. One that a killed program left is written anew.
+// taken it. One that a killed program left is written anew; the lock tells it from one that another
+// program is at.
 class Draft {
 public:
-    explicit Draft(const QString& file) : path_(file + QStringLiteral("qvx")) {
-        Remove();
+    explicit Draft(const QString& file) : file_(file + QStringLiteral("qvx")) {
         const QByteArray bytes = StationTemplate();
-        QFile draft(path_);
-        if (!draft.open(QIODevice::NewOnly | QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-            throw ConversionError(
-                QStringLiteral("The folder can't be written to: %1").arg(draft.errorString()));
+        if (file_.open(QIODevice::ReadOnly)) {
+            Lock();
+            file_.close();
         }
-        draft.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        if (const qint64 written = draft.write(bytes); written != bytes.size()) {
+        Remove();
+        if (!file_.open(QIODevice::NewOnly | QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+            throw ConversionError(
+                QStringLiteral("The folder can't be written to: %1").arg(file_.errorString()));
+        }
+        Lock();
+        file_.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        if (const qint64 written = file_.write(bytes); written != bytes.size()) {
             const QString reason =
-                written < 0 ? draft.errorString() : QStringLiteral("The disk is full");
-            draft.close();
+                written < 0 ? file_.errorString() : QStringLiteral("The disk is full");
             Remove();
             throw ConversionError(reason);
         }
@@ -45,16 +53,29 @@ public:
     Draft(const Draft&) = delete;
     Draft& operator=(const Draft&) = delete;
 
-    const QString& Path() const { return path_; }
+    QString Path() const { return file_.fileName(); }
 
 private:
-    void Remove() {
-        for (const QString& name : CompanionsOf(path_) + QStringList(path_)) {
+    // The reading part of a program that was killed may hold it a moment longer.
+    void Lock() const {
+        for (int attempt = 1; ::flock(file_.handle(), LOCK_EX | LOCK_NB) != 0; ++attempt) {
+            if (errno != EWOULDBLOCK) {
+                return;  // no locks in this file system
+            }
+            if (attempt == 10) {
+                throw ConversionError(QStringLiteral("Another program is converting the file."));
+            }
+            QThread::msleep(50);
+        }
+    }
+
+    void Remove() const {
+        for (const QString& name : CompanionsOf(Path()) + QStringList(Path())) {
             QFile::remove(name);
         }
     }
 
-    QString path_;
+    QFile file_;
 };
 
 // Changes of the file meanwhile would be lost.

@@ -442,7 +442,8 @@ private Q_SLOTS:
                 bytes.truncate(round * (size / 50) / 512 * 512);
             } else {
                 for (int change = 0; change < round / 10; ++change) {
-                    bytes[random.bounded(size)] = static_cast<char>(random.bounded(256));
+                    bytes[random.bounded(qsizetype{20}, size)] =
+                        static_cast<char>(random.bounded(256));
                 }
             }
             WriteBytes(folder.Path(), bytes);
@@ -467,12 +468,14 @@ private Q_SLOTS:
         row("a link to the file", "creek.access.2.mdb creek.access.mdb creek.mdb");
         row("its second name", "creek.access.mdb creek.mdb");
         row("a copy", "creek.access.mdb creek.mdb");
+        row("another user's file", "creek.access.mdb creek.mdb");
         row("a killed conversion's draft", "creek.access.mdb creek.mdb");
     }
     void keepsUnderAFreeName() {
         QFETCH(QString, there);
         const Folder folder;
         const QString kept = folder.File(u"creek.access.mdb"_qs);
+        std::optional<OrdinaryUser> user;
         if (there == u"another file") {
             WriteBytes(kept, folder.original + "x");
         } else if (there == u"a link to the file") {
@@ -481,6 +484,10 @@ private Q_SLOTS:
             QVERIFY(::link(qPrintable(folder.Path()), qPrintable(kept)) == 0);
         } else if (there == u"a copy") {
             WriteBytes(kept, folder.original);
+        } else if (there == u"another user's file") {
+            // It can be copied, but the system may refuse a second name.
+            QFile::setPermissions(QFileInfo(kept).path(), QFile::Permissions(0x7777));
+            user.emplace();
         } else {
             WriteBytes(folder.Path() + u"qvx"_qs, "half a station");
             WriteBytes(folder.Path() + u"qvx-journal"_qs, "and its journal");
