@@ -105,9 +105,13 @@ QByteArrayView JetReader::ReadPage(std::uint32_t page) {
     return {file_->pg_buf, pageSize_};
 }
 
+bool JetReader::IsDataPage(QByteArrayView page, std::uint32_t owner) {
+    return page[0] == kDataPage && Read<quint32>(page, 4) == owner;
+}
+
 QByteArray JetReader::ReadDataPage(std::uint32_t page, std::uint32_t owner) {
     const QByteArrayView bytes = ReadPage(page);
-    Require(bytes[0] == kDataPage && Read<quint32>(bytes, 4) == owner);
+    Require(IsDataPage(bytes, owner));
     return bytes.toByteArray();
 }
 
@@ -165,17 +169,18 @@ QByteArray JetReader::ReadLongValue(QByteArrayView field) {
     }
     QByteArray value;
     auto place = Read<quint32>(field, 4);
-    while (value.size() < qsizetype{length}) {
+    while (place != 0) {
         const QByteArray page = ReadDataPage(place >> 8U, kLongValueOwner);
         const RowPlace row = FindRow(page, static_cast<int>(place & 0xFFU));
         Require(!row.isDeleted && !row.isElsewhere);
         if ((head & kOnePage) != 0) {
-            Require(row.bytes.size() == qsizetype{length});
-            return row.bytes.toByteArray();
+            value = row.bytes.toByteArray();
+            break;
         }
         place = Read<quint32>(row.bytes, 0);
-        Require(row.bytes.size() > 4);  // so that a chain that bites its tail comes to its length
         value.append(row.bytes.sliced(4));
+        // A chain that bites its tail outgrows its length, unless it is of nothing.
+        Require(row.bytes.size() > 4 && value.size() <= qsizetype{length});
     }
     Require(value.size() == qsizetype{length});
     return value;
@@ -225,7 +230,10 @@ std::uint32_t JetReader::ReadRows(const Definition& definition, Take take) {
         }
         Require(next > static_cast<gint32>(number));
         number = static_cast<std::uint32_t>(next);
-        const QByteArray page = ReadDataPage(number, definition.page);
+        const QByteArray page = ReadPage(number).toByteArray();
+        if (!IsDataPage(page, definition.page)) {
+            continue;  // the count tells whether rows are missing
+        }
         for (int i = 0, count = CountRows(page); i < count; ++i) {
             const RowPlace row = FindRow(page, i);
             if (row.isDeleted) {
@@ -272,7 +280,7 @@ std::vector<JetReader::Table> JetReader::ReadCatalog() {
             return static_cast<quint32>(static_cast<qint64>(object[column].number));
         };
         if (word(type) == kTableObject && (word(flags) & kSystemObject) == 0) {
-            Require(!object[name].text.isEmpty());
+            Require(IsName(object[name].text));
             tables.push_back({.name = object[name].text, .page = word(id) & 0xFFFFFFU});
         }
     });

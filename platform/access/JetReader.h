@@ -44,6 +44,7 @@ private:
     void RequireUnprotected() const;
     // The bytes stand until the next page is read.
     QByteArrayView ReadPage(std::uint32_t page);
+    static bool IsDataPage(QByteArrayView page, std::uint32_t owner);
     QByteArray ReadDataPage(std::uint32_t page, std::uint32_t owner);
     RowPlace FindRow(QByteArrayView page, int row) const;
     int CountRows(QByteArrayView page) const;

@@ -1,5 +1,6 @@
 #include "platform/access/JetRow.h"
 
+#include <QStringList>
 #include <QtEndian>
 #include <algorithm>
 #include <array>
@@ -266,6 +267,15 @@ double NumberOf(const StoredColumn& column, QByteArrayView bytes) {
 
 }  // namespace
 
+bool IsName(const QString& text) {
+    constexpr qsizetype kLongest = 64;
+    return !text.isEmpty() && text.size() <= kLongest &&
+           std::none_of(text.begin(), text.end(), [](QChar character) {
+               return character.category() == QChar::Other_Control ||
+                      character == QChar::ReplacementCharacter;
+           });
+}
+
 Column::Type ContentOf(const StoredColumn& column) {
     if (Is(column, StoredType::Text) || Is(column, StoredType::Memo)) {
         return Column::Type::Text;
@@ -286,7 +296,10 @@ void RequireConsistent(const TableLayout& table) {
         Require(!taken[at]);
         taken[at] = true;
     };
+    QStringList names;
     for (const StoredColumn& column : table.columns) {
+        Require(IsName(column.name) && !names.contains(column.name, Qt::CaseInsensitive));
+        names.append(column.name);
         takeOnce(numbers, column.number);
         const std::optional<int> size = SizeOf(column.type);
         Require(!size || *size == column.size);
