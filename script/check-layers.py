@@ -15,6 +15,7 @@ CHART = ["app", "compute", "graphs", "platform/ado", "platform/desktop", "platfo
 # Folder, longest prefix first, and the folders whose headers it may include.
 LAYERS = {
     "platform/text": ["platform/text"],
+    "platform/access": ["platform/access", "platform/text"],
     "platform/ado": ["platform/ado", "platform/text"],
     "platform/desktop": ["platform/desktop"],
     "platform/qt": ["platform"],

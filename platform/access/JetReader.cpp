@@ -3,7 +3,8 @@
 #include <sys/stat.h>
 
 #include <QtEndian>
-#include <cstring>
+#include <array>
+#include <set>
 
 namespace rillbook::access {
 
@@ -279,11 +280,17 @@ std::vector<JetReader::Table> JetReader::ReadCatalog() {
         const auto word = [&object](std::size_t column) {
             return static_cast<quint32>(static_cast<qint64>(object[column].number));
         };
-        if (word(type) == kTableObject && (word(flags) & kSystemObject) == 0) {
+        if (word(type) == kTableObject) {
             Require(IsName(object[name].text));
-            tables.push_back({.name = object[name].text, .page = word(id) & 0xFFFFFFU});
+            tables.push_back({.name = object[name].text,
+                              .page = word(id) & 0xFFFFFFU,
+                              .isSystem = (word(flags) & kSystemObject) != 0});
         }
     });
+    std::set<std::uint32_t> pages;
+    for (const Table& table : tables) {
+        Require(pages.insert(table.page).second);
+    }
     return tables;
 }
 
@@ -302,11 +309,14 @@ void JetReader::WriteTables(const QStringList& wanted, FrameWriter& writer) {
     const std::vector<Table> tables = ReadCatalog();
     QStringList names;
     for (const Table& table : tables) {
-        names.append(table.name);
+        if (!table.isSystem) {
+            names.append(table.name);
+        }
     }
     writer.Tables(names);
     for (const Table& table : tables) {
         if (wanted.contains(table.name, Qt::CaseInsensitive)) {
+            Require(!table.isSystem);  // their names are their own
             WriteTable(table, writer);
         }
     }

@@ -28,6 +28,7 @@ private:
     struct Table {
         QString name;
         std::uint32_t page = 0;  // of its definition
+        bool isSystem = false;
     };
     // A definition as the library has it, and what of it rows are read by.
     struct Definition {

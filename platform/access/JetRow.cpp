@@ -59,6 +59,13 @@ std::optional<int> SizeOf(int type) {
     return std::nullopt;
 }
 
+// The types that a file of these kinds has, those that no station has among them: 9 bytes, 11
+// objects, 13 and 14 of unknown use, 15 identifiers.
+bool IsType(int type) {
+    constexpr int kLast = static_cast<int>(StoredType::Numeric);
+    return type >= static_cast<int>(StoredType::YesNo) && type <= kLast;
+}
+
 // Where the fixed columns end that a row of the count of columns has.
 int FixedEnd(const TableLayout& table, int rowColumns) {
     int end = 0;
@@ -301,6 +308,7 @@ void RequireConsistent(const TableLayout& table) {
         Require(IsName(column.name) && !names.contains(column.name, Qt::CaseInsensitive));
         names.append(column.name);
         takeOnce(numbers, column.number);
+        Require(IsType(column.type));
         const std::optional<int> size = SizeOf(column.type);
         Require(!size || *size == column.size);
         Require(!Is(column, StoredType::Numeric) ||

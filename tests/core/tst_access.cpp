@@ -158,6 +158,20 @@ private Q_SLOTS:
                  "1 43739 50 18.75|1 43739 35 0|end"_qs);
     }
 
+    // Of the older kind, laid out by hand: pages of 2 KiB, texts in the code page, a yes/no.
+    void readsTheKindOf97() {
+        const QByteArray file =
+            ReadBytes(QStringLiteral(RILLBOOK_SOURCE_DIR "/tests/data/access_97.mdb"));
+        const QStringList lines = ReadingOf(file);
+        QCOMPARE(lines.size(), 1 + 2 * 2 + 4 + 200);
+        QCOMPARE(lines[2],
+                 u"\"H\u00f6hle \u20ac\" \"%1\" 2 \"\u00b0C\""_qs.arg(QString(250, u'n')));
+        QCOMPARE(lines[3], u"NULL \"x\" NULL \"%1\""_qs.arg(QString(255, u'y')));
+        QCOMPARE(lines[8], u"37257 1.5 0 NULL"_qs);
+        QCOMPARE(lines[9], u"37257.010416666664 2.5 1 -1"_qs);
+        QCOMPARE(ReadingOf(Patched(file, 0x42, "x")).join(u'|'), u"protected"_qs);
+    }
+
     void readsEachRecordAsItWasLogged() {
         const QString folder = QStringLiteral(RILLBOOK_SOURCE_DIR "/../shared/data/");
         const QString path = folder + u"access/station_2000_8841_records.mdb"_qs;
@@ -328,6 +342,7 @@ private Q_SLOTS:
         row("password's last character", change(0x68), 1, "protected");
         row("other key", change(0x3E), 1, "damaged");
         row("fewer rows than counted", change(26 * 4096 + 16), 1, "damaged");
+        row("a table among the system's", Patched(Station(), 59530, "\x2"), 1, "damaged");
         row("another table's page", change(35 * 4096 + 4), 1, "damaged");
     }
 
