@@ -10,6 +10,8 @@ namespace rillbook::access {
 
 // What the first bytes of a file say that it is, whatever its name. A file that is missing, empty
 // or can't be read is Other.
+// REQUIRES, as does ReadTables: no connection of this process lies on the file. Systems of the Unix
+// kind drop all of a process's locks on a file when it closes any descriptor of it.
 enum class FileKind : std::uint8_t { Other, Access, LaterAccess };
 FileKind KindOf(const QString& path);
 
@@ -51,7 +53,7 @@ public:
         Missing,    // no file, or not readable by this user
         Foreign,    // no Access file
         Later,      // of a later kind (".accdb")
-        Protected,  // password, or encrypted
+        Protected,  // by a password; one that is encoded only is read
         InUse,      // another program holds it open
         Damaged,    // the library tells damage, what it gives doesn't hang together, or it died
         TooMuch,    // more time or memory than any station needs

@@ -3,7 +3,8 @@
 #include <sys/stat.h>
 
 #include <QtEndian>
-#include <cstring>
+#include <array>
+#include <set>
 
 namespace rillbook::access {
 
@@ -105,9 +106,13 @@ QByteArrayView JetReader::ReadPage(std::uint32_t page) {
     return {file_->pg_buf, pageSize_};
 }
 
+bool JetReader::IsDataPage(QByteArrayView page, std::uint32_t owner) {
+    return page[0] == kDataPage && Read<quint32>(page, 4) == owner;
+}
+
 QByteArray JetReader::ReadDataPage(std::uint32_t page, std::uint32_t owner) {
     const QByteArrayView bytes = ReadPage(page);
-    Require(bytes[0] == kDataPage && Read<quint32>(bytes, 4) == owner);
+    Require(IsDataPage(bytes, owner));
     return bytes.toByteArray();
 }
 
@@ -165,17 +170,18 @@ QByteArray JetReader::ReadLongValue(QByteArrayView field) {
     }
     QByteArray value;
     auto place = Read<quint32>(field, 4);
-    while (value.size() < qsizetype{length}) {
+    while (place != 0) {
         const QByteArray page = ReadDataPage(place >> 8U, kLongValueOwner);
         const RowPlace row = FindRow(page, static_cast<int>(place & 0xFFU));
         Require(!row.isDeleted && !row.isElsewhere);
         if ((head & kOnePage) != 0) {
-            Require(row.bytes.size() == qsizetype{length});
-            return row.bytes.toByteArray();
+            value = row.bytes.toByteArray();
+            break;
         }
         place = Read<quint32>(row.bytes, 0);
-        Require(row.bytes.size() > 4);  // so that a chain that bites its tail comes to its length
         value.append(row.bytes.sliced(4));
+        // A chain that bites its tail outgrows its length, unless it is of nothing.
+        Require(row.bytes.size() > 4 && value.size() <= qsizetype{length});
     }
     Require(value.size() == qsizetype{length});
     return value;
@@ -225,7 +231,10 @@ std::uint32_t JetReader::ReadRows(const Definition& definition, Take take) {
         }
         Require(next > static_cast<gint32>(number));
         number = static_cast<std::uint32_t>(next);
-        const QByteArray page = ReadDataPage(number, definition.page);
+        const QByteArray page = ReadPage(number).toByteArray();
+        if (!IsDataPage(page, definition.page)) {
+            continue;  // the count tells whether rows are missing
+        }
         for (int i = 0, count = CountRows(page); i < count; ++i) {
             const RowPlace row = FindRow(page, i);
             if (row.isDeleted) {
@@ -271,11 +280,17 @@ std::vector<JetReader::Table> JetReader::ReadCatalog() {
         const auto word = [&object](std::size_t column) {
             return static_cast<quint32>(static_cast<qint64>(object[column].number));
         };
-        if (word(type) == kTableObject && (word(flags) & kSystemObject) == 0) {
-            Require(!object[name].text.isEmpty());
-            tables.push_back({.name = object[name].text, .page = word(id) & 0xFFFFFFU});
+        if (word(type) == kTableObject) {
+            Require(IsName(object[name].text));
+            tables.push_back({.name = object[name].text,
+                              .page = word(id) & 0xFFFFFFU,
+                              .isSystem = (word(flags) & kSystemObject) != 0});
         }
     });
+    std::set<std::uint32_t> pages;
+    for (const Table& table : tables) {
+        Require(pages.insert(table.page).second);
+    }
     return tables;
 }
 
@@ -294,11 +309,14 @@ void JetReader::WriteTables(const QStringList& wanted, FrameWriter& writer) {
     const std::vector<Table> tables = ReadCatalog();
     QStringList names;
     for (const Table& table : tables) {
-        names.append(table.name);
+        if (!table.isSystem) {
+            names.append(table.name);
+        }
     }
     writer.Tables(names);
     for (const Table& table : tables) {
         if (wanted.contains(table.name, Qt::CaseInsensitive)) {
+            Require(!table.isSystem);  // their names are their own
             WriteTable(table, writer);
         }
     }

@@ -28,6 +28,7 @@ private:
     struct Table {
         QString name;
         std::uint32_t page = 0;  // of its definition
+        bool isSystem = false;
     };
     // A definition as the library has it, and what of it rows are read by.
     struct Definition {
@@ -44,6 +45,7 @@ private:
     void RequireUnprotected() const;
     // The bytes stand until the next page is read.
     QByteArrayView ReadPage(std::uint32_t page);
+    static bool IsDataPage(QByteArrayView page, std::uint32_t owner);
     QByteArray ReadDataPage(std::uint32_t page, std::uint32_t owner);
     RowPlace FindRow(QByteArrayView page, int row) const;
     int CountRows(QByteArrayView page) const;

@@ -1,5 +1,6 @@
 #include "platform/access/JetRow.h"
 
+#include <QStringList>
 #include <QtEndian>
 #include <algorithm>
 #include <array>
@@ -56,6 +57,13 @@ std::optional<int> SizeOf(int type) {
             break;
     }
     return std::nullopt;
+}
+
+// The types that a file of these kinds has, those that no station has among them: 9 bytes, 11
+// objects, 13 and 14 of unknown use, 15 identifiers.
+bool IsType(int type) {
+    constexpr int kLast = static_cast<int>(StoredType::Numeric);
+    return type >= static_cast<int>(StoredType::YesNo) && type <= kLast;
 }
 
 // Where the fixed columns end that a row of the count of columns has.
@@ -266,6 +274,15 @@ double NumberOf(const StoredColumn& column, QByteArrayView bytes) {
 
 }  // namespace
 
+bool IsName(const QString& text) {
+    constexpr qsizetype kLongest = 64;
+    return !text.isEmpty() && text.size() <= kLongest &&
+           std::none_of(text.begin(), text.end(), [](QChar character) {
+               return character.category() == QChar::Other_Control ||
+                      character == QChar::ReplacementCharacter;
+           });
+}
+
 Column::Type ContentOf(const StoredColumn& column) {
     if (Is(column, StoredType::Text) || Is(column, StoredType::Memo)) {
         return Column::Type::Text;
@@ -286,8 +303,12 @@ void RequireConsistent(const TableLayout& table) {
         Require(!taken[at]);
         taken[at] = true;
     };
+    QStringList names;
     for (const StoredColumn& column : table.columns) {
+        Require(IsName(column.name) && !names.contains(column.name, Qt::CaseInsensitive));
+        names.append(column.name);
         takeOnce(numbers, column.number);
+        Require(IsType(column.type));
         const std::optional<int> size = SizeOf(column.type);
         Require(!size || *size == column.size);
         Require(!Is(column, StoredType::Numeric) ||

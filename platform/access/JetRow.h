@@ -47,9 +47,13 @@ struct TableLayout {
     std::vector<StoredColumn> columns;
 };
 
+// Whether a table or a column can have the name.
+bool IsName(const QString& text);
+
 Column::Type ContentOf(const StoredColumn& column);
 
-// Raises where columns overlap, are numbered alike, or have a size that their type can't have.
+// Raises where columns overlap, are named or numbered alike, or have a name or a size that can't
+// be.
 void RequireConsistent(const TableLayout& table);
 
 // The bytes of each column's value, nothing where it is NULL. A column that the table got after the
