@@ -191,8 +191,9 @@ public:
 protected:
     explicit StationSink(ado::Handle handle) : handle_(std::move(handle)) {}
 
-    // The table is about to be read that has these columns in the database.
-    virtual void Prepare(const std::vector<access::Column>& columns) = 0;
+    // `sources`: the columns that the table has in the database. The station's own, columns(), are
+    // looked at behind it, before Begin.
+    virtual void Prepare(const std::vector<access::Column>& sources) = 0;
     virtual void Begin() = 0;
     virtual void Put(const std::vector<Cell>& row) = 0;
 
@@ -249,16 +250,16 @@ public:
     }
 
 private:
-    void Prepare(const std::vector<access::Column>& columns) override {
+    void Prepare(const std::vector<access::Column>& sources) override {
         if (isOfRecords()) {
-            AddChannels(columns);
+            AddChannels(sources);
         }
     }
 
     // The places of the readings count: they stay in the order that they have.
-    void AddChannels(const std::vector<access::Column>& columns) {
+    void AddChannels(const std::vector<access::Column>& sources) {
         bool isFirst = true;
-        for (const access::Column& column : columns) {
+        for (const access::Column& column : sources) {
             if (!IsChannelName(column.name)) {
                 continue;
             }
