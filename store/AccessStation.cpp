@@ -95,11 +95,12 @@ struct TargetColumn {
 
 std::vector<TargetColumn> ColumnsOf(sqlite3* handle, const QString& table) {
     const Statement rows(handle, "SELECT * FROM " + QuotedName(table).toUtf8());
-    std::vector<TargetColumn> columns;
-    for (int i = 0; i < rows.ColumnCount(); ++i) {
-        columns.push_back({.name = rows.ColumnName(i),
-                           .kind = ado::ParseColumnType(rows.DeclaredType(i)).kind,
-                           .source = {}});
+    std::vector<TargetColumn> columns(static_cast<std::size_t>(rows.ColumnCount()));
+    int ordinal = 0;
+    for (TargetColumn& column : columns) {
+        column.name = rows.ColumnName(ordinal);
+        column.kind = ado::ParseColumnType(rows.DeclaredType(ordinal)).kind;
+        ++ordinal;
     }
     return columns;
 }

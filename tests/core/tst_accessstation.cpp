@@ -1,4 +1,5 @@
 // Stations in Access files: what becomes of their values, and of the file, whatever happens.
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -250,9 +251,7 @@ private Q_SLOTS:
              {"Records: @DateTime chan1; 37257 1.5", "Records: @DateTime chan1; 37257 1; 37258 2",
               "Records: @DateTime chan1; 37258 1", "Records: @DateTime chan1; 37257 -",
               "Records: @DateTime 'chan1; 37257 'x'", "Records: @DateTime chan1;",
-              "Information:"
-              "channels; 2",
-              "Records: @DateTime chan1; 37257 1.0000000000000002"}) {
+              "Information: channels; 2", "Records: @DateTime chan1; 37257 1.0000000000000002"}) {
             row(later);
         }
     }
@@ -346,6 +345,7 @@ private Q_SLOTS:
         row("later kind",
             "The file is of a later kind of Access (\".accdb\"), which can't be read.");
         row("companion", "creek.mdb-wal lies beside the file and belongs to another station.");
+        row("conversion elsewhere", "Another program is converting the file.");
         row("full disk", "The disk is full");
         row("disk that fills up", "disk I/O error");
         row("read-only folder", "The folder can't be written to: Permission denied");
@@ -360,6 +360,10 @@ private Q_SLOTS:
                        QByteArray(folder.original).replace(4, 15, "Standard ACE DB"));
         } else if (hardship == u"companion") {
             WriteBytes(folder.Path() + u"-wal"_qs, "readings");
+        }
+        QFile draft(folder.Path() + u"qvx"_qs);
+        if (hardship == u"conversion elsewhere") {
+            QVERIFY(draft.open(QIODevice::WriteOnly) && flock(draft.handle(), LOCK_EX) == 0);
         }
         const QString before = folder.Text();
         const QFileInfo file(folder.Path());
