@@ -30,7 +30,8 @@ LAYERS = {
     "graphs/ChartAxes": CHART,
     "graphs/ChartSeries": CHART,
     "graphs": ["app", "compute", "forms", "graphs", "platform", "store"],
-    "forms": ["app", "compute", "forms", "graphs", "import", "platform", "store"],
+    "help": ["app", "help", "platform"],
+    "forms": ["app", "compute", "forms", "graphs", "help", "import", "platform", "store"],
 }
 
 

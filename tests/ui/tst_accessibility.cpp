@@ -21,6 +21,7 @@
 #include "forms/reports/frmOutputSettings.h"
 #include "graphs/frmDailyG.h"
 #include "graphs/frmInstG.h"
+#include "help/HelpWindow.h"
 #include "import/frmImport.h"
 #include "platform/desktop/CommonDialog.h"
 #include "tests/support/ReportedChannel.h"
@@ -107,14 +108,18 @@ private Q_SLOTS:
         CommonDialog printer;
         const QString project = u"Upper basin"_qs;
         frmEditRecords records;
+        HelpWindow& help =
+            HelpWindow::Display(nullptr, QStringLiteral(RILLBOOK_BINARY_DIR "/bin/rillbook.chm"),
+                                HelpWindow::Side::Contents);
         const QString faults =
-            Faults(records) + Faults(frmDelete(records)) + Faults(frmAbout()) +
+            Faults(help) + Faults(records) + Faults(frmDelete(records)) + Faults(frmAbout()) +
             Faults(frmImport()) + Faults(frmCalibration(printer)) + Faults(frmRating()) +
             Faults(frmConversionEq()) + Faults(frmConversionT()) + Faults(frmOutputSettings()) +
             Faults(frmInstT(project, printer)) + Faults(frmDailyT(project, printer)) +
             Faults(frmAnnualT(project, printer)) + Faults(frmAnnualTPrint()) +
             Faults(frmInstG(project, printer)) + Faults(frmDailyG(project, printer)) +
             Faults(frmMain());
+        HelpWindow::CloseAll();
         // Two captions of the File menu that are settled; a second press goes on to the other.
         QCOMPARE(faults, u"frmMain: Open P&roject... = &Remove Station...\n"_qs);
     }

@@ -140,8 +140,9 @@ private Q_SLOTS:
 
     void enablesWhatEachStateAllows() {
         const auto names = [](const char* text) { return QString::fromLatin1(text).split(u' '); };
-        const auto always =
-            names("mnuFileExit mnuFileProjectNew mnuFileProjectOpen mnuHelpAbout New Open");
+        const auto always = names(
+            "mnuFileExit mnuFileProjectNew mnuFileProjectOpen mnuHelpAbout mnuHelpContent "
+            "mnuHelpIndex New Open");
         const auto ofProject = names(
             "lblProjName mnuFileProjectClose mnuFileProjectSave mnuFileStationNew "
             "mnuFileStationOpen Save tbProjectName TreeView1");
