@@ -197,6 +197,13 @@ Handle OpenForWriting(const QString& path) {
     return handle;
 }
 
+Handle OpenForFilling(const QString& path) {
+    Handle handle = OpenHandle(QFile::encodeName(path), SQLITE_OPEN_READWRITE);
+    Run(handle.get(),
+        "PRAGMA journal_mode = MEMORY; PRAGMA synchronous = OFF; PRAGMA locking_mode = EXCLUSIVE");
+    return handle;
+}
+
 void RequireSound(sqlite3* handle, const QString& path) {
     if (IsKnownToBeSound(path)) {
         return;
