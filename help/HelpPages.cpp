@@ -15,6 +15,14 @@ QString Scheme() {
 
 }  // namespace
 
+HelpPages::HelpPages(QWidget* parent) : QTextBrowser(parent) {
+    // The colours in the pages are chosen for it.
+    QPalette paper;
+    paper.setColor(QPalette::Base, Qt::white);
+    paper.setColor(QPalette::Text, Qt::black);
+    setPalette(paper);
+}
+
 QUrl HelpPages::AddressOf(const QString& local) {
     return QUrl(Scheme() + QStringLiteral(":/")).resolved(QUrl(local));
 }

@@ -7,12 +7,13 @@ namespace rillbook {
 
 class ChmFile;
 
-// Shows the pages of a compiled help file, with their pictures and styles; nothing from elsewhere.
+// Shows the pages of a compiled help file, with their pictures and styles, on white whatever the
+// desktop's colours; nothing from elsewhere.
 // Addresses are "chm:/start.html#anchor".
 class HelpPages : public QTextBrowser {
     Q_OBJECT
 public:
-    using QTextBrowser::QTextBrowser;
+    explicit HelpPages(QWidget* parent = nullptr);
 
     void SetFile(std::shared_ptr<const ChmFile> file) { file_ = std::move(file); }
     // `local` is a path within the file, maybe with an anchor.

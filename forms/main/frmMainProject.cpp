@@ -254,6 +254,8 @@ void frmMain::RemoveStation() {
     // The tree then selects the station behind it, or the one before where it is the last.
     ui_->TreeView1->setCurrentItem(station);
     delete station;
+    // The one that the tree selects now opens, also where it was open though another was selected.
+    StationPath.clear();
     TreeClick();
 }
 

@@ -232,6 +232,10 @@ WriterMark::~WriterMark() {
     }
 }
 
+bool WriterMark::IsOnlyOne() const {
+    return Writers().value(file_) == 1;
+}
+
 int WriterMark::CountOf(const QString& path) {
     return Writers().value(QFileInfo(path).canonicalFilePath());
 }

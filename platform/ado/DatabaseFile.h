@@ -46,6 +46,8 @@ public:
     WriterMark& operator=(const WriterMark&) = delete;
 
     static int CountOf(const QString& path);
+    // Also where the file has another name by now, or none.
+    bool IsOnlyOne() const;
 
 private:
     QString file_;

@@ -175,6 +175,17 @@ private Q_SLOTS:
         QCOMPARE(pages.missed, QString());
     }
 
+    void staysWhiteOnADarkDesktop() {
+        const QPalette before = QApplication::palette();
+        QApplication::setPalette(QPalette(Qt::black));
+        HelpPages pages;
+        pages.setHtml(u"<p>Stage</p>"_qs);
+        const QImage page = pages.viewport()->grab().toImage();
+        QApplication::setPalette(before);
+        QCOMPARE(page.pixelColor(0, 0), QColor(Qt::white));
+        QCOMPARE(pages.palette().color(QPalette::Text), QColor(Qt::black));
+    }
+
     void readsSitemaps() {
         const QString object = u"<LI><OBJECT type=\"text/sitemap\">%1</OBJECT>"_qs;
         const QString a =

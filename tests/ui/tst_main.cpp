@@ -194,6 +194,9 @@ private Q_SLOTS:
         program.doors.ExpectMessage(u"Station already in project."_qs);
         program.Choose("mnuFileStationOpen", u"a.mdb"_qs);
         QCOMPARE(program.Story(), u"2 [b.mdb] open: a.mdb, channel 1"_qs);
+        Trigger(*program.window, u"mnuFileStationClose"_qs);
+        QCOMPARE(program.Story(), u"1 [a.mdb] open: a.mdb, channel 1"_qs);
+        program.Choose("mnuFileStationOpen", u"b.mdb"_qs);
         // The station left behind, which has one channel, stores the channel that was clicked.
         program.ClickNode(0, 0);
         program.ClickNode(1, 2);
