@@ -1,13 +1,5 @@
 // The statements of the program's own dialect; walking through rows and changing them.
-#include <QtTest>
-
-#include "platform/ado/Connection.h"
-#include "platform/ado/Recordset.h"
-#include "platform/text/Regional.h"
-#include "tests/support/AdoErrors.h"
-#include "tests/support/CompareEach.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/StationFixture.h"
+#include "tests/support/CoreTest.h"
 
 using namespace rillbook;
 

@@ -8,18 +8,10 @@
 
 #include <QElapsedTimer>
 #include <QRegularExpression>
-#include <QtTest>
 #include <csignal>
 
-#include "app/SharedState.h"
 #include "import/Import.h"
-#include "store/FormStuff.h"
-#include "store/StationDatabase.h"
-#include "tests/support/DataRows.h"
-#include "tests/support/Hardship.h"
-#include "tests/support/MessageLog.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/StationFixture.h"
+#include "tests/support/CoreTest.h"
 
 using namespace rillbook;
 

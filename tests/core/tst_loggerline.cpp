@@ -1,11 +1,9 @@
 #include <QBuffer>
-#include <QtTest>
 #include <algorithm>
 
 #include "import/LineReader.h"
 #include "import/LoggerLine.h"
-#include "tests/support/CompareEach.h"
-#include "tests/support/StationFixture.h"
+#include "tests/support/CoreTest.h"
 
 using namespace rillbook;
 

@@ -1,17 +1,7 @@
 #include <QFile>
-#include <QtTest>
 
-#include "app/Application.h"
-#include "app/InitialFile.h"
 #include "store/FileError.h"
-#include "store/FormStuff.h"
-#include "store/ProjectFile.h"
-#include "store/StationDatabase.h"
-#include "tests/support/CompareEach.h"
-#include "tests/support/Hardship.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
+#include "tests/support/CoreTest.h"
 
 using namespace rillbook;
 using Item = StationPanel::Item;

@@ -1,12 +1,9 @@
 // Dates, numbers and texts as users, loggers and files write them.
 #include <QLocale>
-#include <QtTest>
 
 #include "platform/text/DateTime.h"
 #include "platform/text/Numbers.h"
-#include "platform/text/Regional.h"
-#include "tests/support/CompareEach.h"
-#include "tests/support/StationFixture.h"
+#include "tests/support/CoreTest.h"
 
 using namespace rillbook;
 

@@ -1,16 +1,19 @@
 #pragma once
 
-#include <QObject>
-#include <memory>
+// What the tests of windows have in common, for all of them to include.
 
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
+#include "platform/desktop/CommonDialog.h"
+#include "platform/qt/DTPicker.h"
+#include "platform/qt/MSFlexGrid.h"
+#include "tests/support/CoreTest.h"
+#include "tests/support/UiDriver.h"
 
 namespace rillbook {
 
-// Gives each test of a form the scripted doors and an open station of two channels, the first of
-// which can be reported, and fails it on any warning. A derived test that adds to init() or
-// cleanup() calls these.
+// Gives each test of a form the scripted doors and an open station of two channels, and fails it on
+// any warning. A report can be shown: channel 1 is the stage of Kettle Creek in ft, flow in cfs
+// where it is rated, two decimals; a reading each half day; the period is the year 2002. Regional
+// settings are those of the start. A derived test that adds to init() or cleanup() calls these.
 class FormTest : public QObject {
     Q_OBJECT
 
@@ -21,6 +24,10 @@ protected Q_SLOTS:
 protected:
     std::unique_ptr<ScriptedDoors> doors_;
     std::unique_ptr<StationFixture> station_;
+    CommonDialog printer_;
 };
+
+// A decimal comma, dates with the day first, and a day of 24 hours.
+void UseOtherRegion();
 
 }  // namespace rillbook

@@ -4,7 +4,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QRegularExpression>
-#include <QtTest/QtTest>
 
 #include "forms/main/frmAbout.h"
 #include "forms/main/frmMain.h"
@@ -22,11 +21,7 @@
 #include "graphs/frmDailyG.h"
 #include "graphs/frmInstG.h"
 #include "import/frmImport.h"
-#include "platform/desktop/CommonDialog.h"
-#include "tests/support/ReportedChannel.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
-#include "tests/support/UiDriver.h"
+#include "tests/support/FormTest.h"
 
 namespace rillbook {
 
@@ -94,26 +89,21 @@ QString Faults(const QWidget& form) {
 
 }  // namespace
 
-class TestAccessibility : public QObject {
+class TestAccessibility : public FormTest {
     Q_OBJECT
 
 private Q_SLOTS:
     void namesEveryControlAndLetter() {
-        FailOnAnyWarning();
-        const ScriptedDoors doors;
-        StationFixture station;
-        station.WithReadings("2002-01-01", 15, {2, 4});
-        DescribeReportedChannel();
-        CommonDialog printer;
+        station_->WithReadings("2002-01-01", 15, {2, 4});
         const QString project = u"Upper basin"_qs;
         frmEditRecords records;
         const QString faults =
             Faults(records) + Faults(frmDelete(records)) + Faults(frmAbout()) +
-            Faults(frmImport()) + Faults(frmCalibration(printer)) + Faults(frmRating()) +
+            Faults(frmImport()) + Faults(frmCalibration(printer_)) + Faults(frmRating()) +
             Faults(frmConversionEq()) + Faults(frmConversionT()) + Faults(frmOutputSettings()) +
-            Faults(frmInstT(project, printer)) + Faults(frmDailyT(project, printer)) +
-            Faults(frmAnnualT(project, printer)) + Faults(frmAnnualTPrint()) +
-            Faults(frmInstG(project, printer)) + Faults(frmDailyG(project, printer)) +
+            Faults(frmInstT(project, printer_)) + Faults(frmDailyT(project, printer_)) +
+            Faults(frmAnnualT(project, printer_)) + Faults(frmAnnualTPrint()) +
+            Faults(frmInstG(project, printer_)) + Faults(frmDailyG(project, printer_)) +
             Faults(frmMain());
         // Two captions of the File menu that are settled; a second press goes on to the other.
         QCOMPARE(faults, u"frmMain: Open P&roject... = &Remove Station...\n"_qs);

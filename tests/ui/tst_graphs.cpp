@@ -1,22 +1,10 @@
 #include <QClipboard>
-#include <QGuiApplication>
 #include <QRegularExpression>
-#include <QtTest/QtTest>
 
-#include "app/SharedState.h"
 #include "graphs/frmDailyG.h"
 #include "graphs/frmInstG.h"
-#include "platform/desktop/CommonDialog.h"
 #include "platform/qt/PictureBox.h"
-#include "store/FormStuff.h"
-#include "store/ProjectFile.h"
-#include "tests/support/MessageLog.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/RecordingSurface.h"
-#include "tests/support/ReportedChannel.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
-#include "tests/support/UiDriver.h"
+#include "tests/support/FormTest.h"
 
 namespace rillbook {
 
@@ -26,15 +14,16 @@ namespace {
 // and dots. Grid, frame and the axes' labels are left out.
 QString GraphText(const QStringList& drawing) {
     static const QRegularExpression title(u"^text .* bold .*\"(.*)\"$"_qs);
-    static const QRegularExpression curve(u"^(line|circle) .*$"_qs);
     QStringList parts;
     QString unit;
     for (const QString& operation : drawing) {
         const QString text = title.match(operation).captured(1);
         if (text.size() == 1) {
             unit += text;
-        } else if (!text.isEmpty() || curve.match(operation).hasMatch()) {
-            parts += text.isEmpty() ? operation : text;
+        } else if (!text.isEmpty()) {
+            parts += text;
+        } else if (operation.startsWith(u"line ") || operation.startsWith(u"circle ")) {
+            parts += operation;
         }
     }
     return (parts << unit).join(u'\n');
@@ -59,23 +48,15 @@ struct SlowReader : MessageLog {
 
 }  // namespace
 
-class TestGraphs : public QObject {
+class TestGraphs : public FormTest {
     Q_OBJECT
 
 private Q_SLOTS:
     void init() {
-        FailOnAnyWarning();
-        doors_ = std::make_unique<ScriptedDoors>();
-        station_ = std::make_unique<StationFixture>();
-        DescribeReportedChannel();
+        FormTest::init();
         StationInfo.TimeIncrement = 1.0 / 96;
         ReportEndDate = At("2002-01-04");
     }
-    void cleanup() {
-        station_.reset();
-        doors_.reset();
-    }
-
     // Readings at midnight and noon, none on January 3; the midnight that ends the period is a day
     // of its own. A day is 2400 twips from 820 on, and a foot is 100 up from 1620.
     void DrawsDays() {
@@ -212,9 +193,9 @@ private Q_SLOTS:
 private:
     std::unique_ptr<GraphForm> MakeForm(bool daily) {
         if (daily) {
-            return std::make_unique<frmDailyG>(u"Upper basin"_qs, cdbprinter_);
+            return std::make_unique<frmDailyG>(u"Upper basin"_qs, printer_);
         }
-        return std::make_unique<frmInstG>(u"Upper basin"_qs, cdbprinter_);
+        return std::make_unique<frmInstG>(u"Upper basin"_qs, printer_);
     }
     QStringList Drawing(bool daily) {
         RecordingSurface surface(9600 + 820 + 420, 1000 + 620 + 520);
@@ -237,10 +218,6 @@ private:
         doors_->pointers.clear();
         return loadings;
     }
-
-    CommonDialog cdbprinter_;
-    std::unique_ptr<ScriptedDoors> doors_;
-    std::unique_ptr<StationFixture> station_;
 };
 
 }  // namespace rillbook
