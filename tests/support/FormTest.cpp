@@ -12,14 +12,14 @@ void FormTest::init() {
     StationInfo.OutputChannel = 1;
     StationInfo.TimeIncrement = 0.5;
     ChannelInfoData& channel = ChannelInfo[1];
-    channel.RecSta = QStringLiteral("Kettle Creek");
-    channel.RecDesc = QStringLiteral("Stage");
-    channel.RecLabel = QStringLiteral("ft");
-    channel.ConvDesc = QStringLiteral("Flow");
-    channel.ConvLabel = QStringLiteral("cfs");
+    channel.RecSta = u"Kettle Creek"_qs;
+    channel.RecDesc = u"Stage"_qs;
+    channel.RecLabel = u"ft"_qs;
+    channel.ConvDesc = u"Flow"_qs;
+    channel.ConvLabel = u"cfs"_qs;
     channel.DigitsOut = 2;
     channel.OutputFactor = 1.98;
-    channel.OutputFactorString = QStringLiteral("ac-ft");
+    channel.OutputFactorString = u"ac-ft"_qs;
     ReportBeginDate = At("2002-01-01");
     ReportEndDate = At("2002-12-31");
 }
@@ -31,10 +31,10 @@ void FormTest::cleanup() {
 }
 
 void UseOtherRegion() {
-    RegionalSettings() = {.decimalSign = QStringLiteral(","),
-                          .groupSign = QStringLiteral("."),
-                          .shortDate = QStringLiteral("dd.MM.yyyy"),
-                          .longTime = QStringLiteral("HH:mm:ss")};
+    RegionalSettings() = {.decimalSign = u","_qs,
+                          .groupSign = u"."_qs,
+                          .shortDate = u"dd.MM.yyyy"_qs,
+                          .longTime = u"HH:mm:ss"_qs};
 }
 
 }  // namespace rillbook

