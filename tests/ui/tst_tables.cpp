@@ -91,26 +91,18 @@ void PrintSheet(const QStringList& buttons = {u"cmdOK"_qs}, const QString& peak 
     });
 }
 
-// A page of the sheet, the cells that hold a text gathered under the right edge of their column:
-// "2152: 2048 *1" is a bold 1 that ends at 2152, 2048 from the top.
+// A page of the sheet without its bold headings: the cells that hold a text, "2153,9638 1.5", and
+// what else is drawn.
 QString PageText(const Recording& recording) {
-    static const QRegularExpression cell(
-        u"^text (\\d+),(\\d+) Arial 8( bold)? black \"(?!Inst)(.*)\"$"_qs);
-    QMap<int, QStringList> columns;
+    static const QRegularExpression cell(u"^text (\\d+,\\d+) Arial 8 black \"(.*)\"$"_qs);
     QStringList lines;
     for (const QString& line : recording.lines) {
         const QRegularExpressionMatch found = cell.match(line);
-        const QString text = found.captured(4);
-        if (!found.hasMatch()) {
+        if (!found.hasMatch() && !line.contains(u" bold "_qs)) {
             lines << line;
-        } else if (!text.isEmpty()) {
-            const int edge = found.captured(1).toInt() + 100 * static_cast<int>(text.size());
-            const QString bold = found.captured(3).isEmpty() ? u" "_qs : u" *"_qs;
-            columns[edge] << found.captured(2) + bold + text;
+        } else if (!found.captured(2).isEmpty()) {
+            lines << found.captured(1) + u' ' + found.captured(2);
         }
-    }
-    for (auto column = columns.cbegin(); column != columns.cend(); ++column) {
-        lines << u"%1: %2"_qs.arg(column.key()).arg(column->join(u", "));
     }
     return lines.join(u'\n').replace(ShortDateText(Now()), u"today"_qs);
 }
@@ -351,21 +343,22 @@ private Q_SLOTS:
         QCOMPARE(PageText(*recording),
                  u"text 1152,1008 Arial 10 black \"Kettle Creek - Daily Mean Stage (ft)\"\n"
                  "text 1152,1258 Arial 10 black \"Jan-2002 to Dec-2002\"\n"
-                 "text 1152,1608 Arial 8 black \"Instantaneous Peak: by the high-water mark\"\n"
+                 "1152,1608 Instantaneous Peak: by the high-water mark\n"
+                 "3685,2038 15.25\n"
+                 "3785,2499 1.50\n"
+                 "2668,8716 12.50\n"
+                 "2668,8947 25.00\n"
+                 "2668,9407 18.75\n3785,9407 8.38\n14866,9407 13.57\n"
+                 "2768,9637 12.5\n3885,9637 1.5\n15066,9637 1.5\n"
+                 "2968,9868 25\n3685,9868 15.25\n15166,9868 25\n"
+                 "2668,10098 74.25\n3685,10098 33.17\n14766,10098 107.42\n"
                  "text 1152,10398 Arial 8 italic black \"station.mdb    today\"\n"
-                 "text 1152,10598 Arial 8 italic black \"Rillbook v1.0.0\"\nend of document\n"
-                 "2152: 2038 *1, 2269 *2, 2499 *3, 2729 *4, 2959 *5, 3190 *6, 3420 *7, 3650 *8, "
-                 "3881 *9, 4111 *10, 4341 *11, 4571 *12, 4802 *13, 5032 *14, 5262 *15, 5492 *16, "
-                 "5723 *17, 5953 *18, 6183 *19, 6414 *20, 6644 *21, 6874 *22, 7104 *23, 7335 *24, "
-                 "7565 *25, 7795 *26, 8026 *27, 8256 *28, 8486 *29, 8716 *30, 8947 *31, 9407 *Avg, "
-                 "9637 *Min, 9868 *Max, 10098 *Total (ac-ft)\n"
-                 "3168: 1808 *Jan, 8716 12.50, 8947 25.00, 9407 18.75, 9637 12.5, 9868 25, "
-                 "10098 74.25\n"
-                 "4185: 1808 *Feb, 2038 15.25, 2499 1.50, 9407 8.38, 9637 1.5, 9868 15.25, "
-                 "10098 33.17\n5201: 1808 *Mar\n6218: 1808 *Apr\n7234: 1808 *May\n"
-                 "8251: 1808 *Jun\n9267: 1808 *Jul\n10284: 1808 *Aug\n11300: 1808 *Sep\n"
-                 "12317: 1808 *Oct\n13333: 1808 *Nov\n14350: 1808 *Dec\n"
-                 "15366: 1808 *Total, 9407 13.57, 9637 1.5, 9868 25, 10098 107.42"_qs);
+                 "text 1152,10598 Arial 8 italic black \"Rillbook v1.0.0\"\nend of document"_qs);
+        const QRegularExpression heading(u" bold black \"[^\"]"_qs);
+        const QStringList headings = recording->lines.filter(heading);
+        QCOMPARE(headings.size(), 48);
+        QCOMPARE(headings.first(), u"text 2868,1808 Arial 8 bold black \"Jan\""_qs);
+        QCOMPARE(headings.last(), u"text 852,10098 Arial 8 bold black \"Total (ac-ft)\""_qs);
     }
 
     // All else stands where it does on the whole page.
