@@ -14,19 +14,6 @@ using namespace rillbook;
 
 namespace {
 
-QString GridText(QWidget& form) {
-    const MSFlexGrid& grid = GridOf(form);
-    QStringList lines;
-    for (int row = 1; row < grid.Rows(); ++row) {
-        QStringList cells;
-        for (int col = 0; col < grid.Cols(); ++col) {
-            cells += grid.TextMatrix(row, col);
-        }
-        lines += cells.join(u'|');
-    }
-    return lines.join(u'\n');
-}
-
 void StepChannels(QWidget& form, int steps) {
     for (int i = 0; i < std::abs(steps); ++i) {
         Child<UpDown>(form, u"updChan"_qs).Step(steps > 0 ? 1 : -1);
@@ -62,7 +49,7 @@ private Q_SLOTS:
         Show();
         Child<QComboBox>(*form_, u"cmbFileType"_qs).setCurrentIndex(2);
         StepChannels(*form_, 1);
-        QCOMPARE(GridText(*form_).section(u'\n', 3), u"3|9|||"_qs);
+        QCOMPARE(FilledRows(*form_).section(u'\n', 3), u"4: 9|||"_qs);
         GoTo(*form_, 1, 1);
         PressKeys(*form_, u"14⏎12x⏎"_qs);
         GoTo(*form_, 4, 2);
@@ -90,7 +77,7 @@ private Q_SLOTS:
         PressKeys(*form_, u"Le⎋✎ 2"_qs);  // dropped, and begun anew
         GoTo(*form_, 3, 3);  // leaving the box in any way keeps its text, where it was typed
         PressKeys(*form_, u"⌫"_qs);
-        QCOMPARE(GridText(*form_).section(u'\n', 1), u"1|9|ft|Stage 2|Gauge\n2|7|C||Well"_qs);
+        QCOMPARE(FilledRows(*form_).section(u'\n', 1), u"2: 9|ft|Stage 2|Gauge\n3: 7|C||Well"_qs);
     }
 
     // A channel that is taken away and brought back shows what is stored; widths stay behind
@@ -100,9 +87,9 @@ private Q_SLOTS:
         GoTo(*form_, 3, 3);
         PressKeys(*form_, u"Level⏎"_qs);
         StepChannels(*form_, -1);
-        QCOMPARE(GridText(*form_), u"|16||date|\n1|9|ft|Stage|Gauge"_qs);
+        QCOMPARE(FilledRows(*form_), u"1: 16||date|\n2: 9|ft|Stage|Gauge"_qs);
         StepChannels(*form_, 2);
-        QCOMPARE(GridText(*form_).section(u'\n', 2), u"2|7|C|Temperature|Well\n3|9|||"_qs);
+        QCOMPARE(FilledRows(*form_).section(u'\n', 2), u"3: 7|C|Temperature|Well\n4: 9|||"_qs);
         QCOMPARE(GridOf(*form_).ColWidth(1), 0);
         Child<QComboBox>(*form_, u"cmbFileType"_qs).setCurrentIndex(3);
         QCOMPARE(GridOf(*form_).ColWidth(1), 795);

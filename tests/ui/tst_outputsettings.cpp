@@ -35,23 +35,23 @@ QString PeriodShown(QWidget& form) {
 
 // Another value for each control that the user can reach.
 void ChangeEverything(QWidget& form) {
-    const auto reach = [&](const QString& name) { return IsUsable(Child<QWidget>(form, name)); };
-    for (const auto& [name, text] : {std::pair(u"tbFactor"_qs, u"0.5"_qs),
-                                     {u"tbLabel"_qs, u"ML"_qs},
-                                     {u"tbMax"_qs, u"12.5"_qs},
-                                     {u"tbMin"_qs, u"-1"_qs}}) {
-        if (reach(name)) {
-            TypeText(form, name, text);
+    const QString changes =
+        u"tbFactor=0.5 tbLabel=ML tbMax=12.5 tbMin=-1 chkMin chkTotal chbPoints cbxCal cbxRating "
+        "optWeeks"_qs;
+    for (const QString& change : changes.split(u' ')) {
+        const QString name = change.section(u'=', 0, 0);
+        if (!IsUsable(Child<QWidget>(form, name))) {
+            continue;
         }
-    }
-    for (const QString& name :
-         u"chkMin chkTotal chbPoints cbxCal cbxRating optWeeks"_qs.split(u' ')) {
-        if (reach(name)) {
+        if (change.contains(u'=')) {
+            TypeText(form, name, change.section(u'=', 1));
+        } else {
             Click(form, name);
         }
     }
-    if (reach(u"updDigits"_qs)) {
-        Click(Child<UpDown>(form, u"updDigits"_qs), u"up"_qs);
+    auto& digits = Child<UpDown>(form, u"updDigits"_qs);
+    if (IsUsable(digits)) {
+        Click(digits, u"up"_qs);
     }
 }
 
