@@ -214,38 +214,6 @@ private Q_SLOTS:
         QCOMPARE(Ratings(1), QString());
     }
 
-    // A deletion, if there is one, and then how the editor and the list are left.
-    void TellsWhetherChanged_data() {
-        const DataRows<QString, bool> row("commands", "cancelled");
-        row("close", true);
-        row("cmdOK", false);
-        row("Delete close", false);
-        row("Edit:cmdOK close", false);
-        row("Edit:cmdCancel close", true);
-        row("Delete Edit:close close", true);
-    }
-    void TellsWhetherChanged() {
-        QFETCH(QString, commands);
-        TellFourRatings();
-        DialogCancelled = commands.contains(u"OK"_qs);
-        InList([&](QWidget& list) {
-            const auto leave = [](QWidget& form, const QString& how) {
-                how == u"close"_qs ? void(form.close()) : Click(form, how);
-            };
-            for (const QString& command : commands.split(u' ')) {
-                if (command == u"Delete"_qs) {
-                    Trigger(list, u"mnuDeleteRow"_qs);
-                } else if (command.startsWith(u"Edit:"_qs)) {
-                    InEditor(list, "mnuEditRow",
-                             [&](QWidget& editor) { leave(editor, command.mid(5)); });
-                } else {
-                    leave(list, command);
-                }
-            }
-        });
-        QTEST(DialogCancelled, "cancelled");
-    }
-
     void NamesOfTheRatedChannel() {
         ChannelInfo[1].ConvDesc.clear();
         for (const auto& [button, names] :
