@@ -30,6 +30,17 @@ void FormTest::cleanup() {
     RegionalSettings() = Regional();
 }
 
+void InForm(QDialog& form, const std::function<void(QWidget& form)>& steps) {
+    const NextWindow window([&](QWidget& shown) {
+        shown.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&shown));
+        QCoreApplication::processEvents();  // the focus follows
+        steps(shown);
+        shown.close();
+    });
+    form.exec();
+}
+
 void UseOtherRegion() {
     RegionalSettings() = {.decimalSign = u","_qs,
                           .groupSign = u"."_qs,

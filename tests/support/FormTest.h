@@ -2,6 +2,9 @@
 
 // What the tests of windows have in common, for all of them to include.
 
+#include <QDialog>
+#include <functional>
+
 #include "platform/desktop/CommonDialog.h"
 #include "platform/qt/DTPicker.h"
 #include "platform/qt/MSFlexGrid.h"
@@ -26,6 +29,9 @@ protected:
     std::unique_ptr<StationFixture> station_;
     CommonDialog printer_;
 };
+
+// Shows a form that holds the user, does this in it once it is active, and closes it.
+void InForm(QDialog& form, const std::function<void(QWidget& form)>& steps);
 
 // A decimal comma, dates with the day first, and a day of 24 hours.
 void UseOtherRegion();

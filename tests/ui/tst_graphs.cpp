@@ -181,12 +181,7 @@ private:
     // Shows a graph and does this in it.
     void InGraph(bool daily, const std::function<void(QWidget&)>& steps) {
         const std::unique_ptr<GraphForm> form = MakeForm(daily);
-        const NextWindow window([&](QWidget& shown) {
-            QCoreApplication::processEvents();
-            steps(shown);
-            shown.close();
-        });
-        form->exec();
+        InForm(*form, steps);
     }
     // Since the last time; each sets the hourglass and the normal pointer.
     std::size_t Loadings() {

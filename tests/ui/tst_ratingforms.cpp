@@ -22,11 +22,7 @@ QString CellsText(QWidget& form) {
 
 void InList(const Steps& steps) {
     frmRating form;
-    const NextWindow window([&](QWidget& list) {
-        steps(list);
-        list.close();
-    });
-    form.exec();
+    InForm(form, steps);
 }
 
 // Runs an item of the list's menu and does this in the editor that it opens.

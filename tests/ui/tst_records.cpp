@@ -307,12 +307,7 @@ private:
     // Closes the window at the end.
     static void InEditor(const std::function<void(QWidget& form)>& steps) {
         frmEditRecords form;
-        const NextWindow window([&](QWidget& opened) {
-            Activate(opened);
-            steps(opened);
-            opened.close();
-        });
-        form.exec();
+        InForm(form, steps);
     }
     QString Stored() const {
         return station_->Dump("Records")

@@ -28,11 +28,7 @@ void InTable(ReportMode mode, const std::function<void(QWidget&)>& steps) {
     } else {
         form = std::make_unique<frmAnnualT>(project, printer);
     }
-    const NextWindow window([&](QWidget& shown) {
-        steps(shown);
-        shown.close();
-    });
-    form->exec();
+    InForm(*form, steps);
 }
 
 QStringList RowTexts(const MSFlexGrid& grid, int row) {
@@ -131,7 +127,6 @@ private Q_SLOTS:
                      "|1/31/2002 12:45:00 AM|0.00\n"
                      "|2/2/2002 11:59:59 PM|3.00\n|2/3/2002|4.00\n"_qs);
             QCOMPARE(doors_->pointers, (std::vector<int>{vbHourglass, vbDefault}));
-            QVERIFY(QTest::qWaitForWindowActive(&form));
             QTest::keyClick(&GridOf(form), Qt::Key_C, Qt::ControlModifier);
             QCOMPARE(doors_->clipboardText, u"1/31/2002"_qs);
         });
