@@ -1,7 +1,11 @@
 #include "app/InitialFile.h"
 
+#include <cmath>
+#include <optional>
+
 #include "app/Application.h"
 #include "platform/desktop/SettingsStore.h"
+#include "platform/text/Numbers.h"
 
 namespace rillbook {
 
@@ -37,6 +41,16 @@ const std::array<WindowSetting, 12> kWindowSettings{{{"MainTop", &MainTop, 1000}
                                                      {"AnnualL", &AnnualL, 100},
                                                      {"AnnualM", &AnnualM, 0}}};
 
+// A number that isn't whole is rounded. Nothing where it doesn't fit.
+std::optional<std::int16_t> StoredNumber(const QString& text) {
+    bool isNumber = false;
+    const double number = std::nearbyint(text.toDouble(&isNumber));
+    if (!isNumber || number != ToInt16(number)) {
+        return std::nullopt;
+    }
+    return ToInt16(number);
+}
+
 }  // namespace
 
 void LoadAppSettings() {
@@ -46,11 +60,12 @@ void LoadAppSettings() {
     for (const WindowSetting& setting : kWindowSettings) {
         const QString text =
             GetSetting(Application::Title(), kSection, QString::fromLatin1(setting.key));
-        bool isNumber = true;
-        *setting.value = text.isEmpty() ? setting.standard : text.toShort(&isNumber);
-        if (!isNumber) {
+        const std::optional<std::int16_t> stored =
+            text.isEmpty() ? setting.standard : StoredNumber(text);
+        if (!stored) {
             return;
         }
+        *setting.value = *stored;
     }
 }
 

@@ -16,7 +16,7 @@ extern std::int16_t AnnualH, AnnualW, AnnualT, AnnualL, AnnualM;
 extern std::array<QString, 13> MonthNames;
 
 // Fills the variables from the per-user settings, a missing key giving its default. A stored text
-// that is no 16-bit integer ends the load there: the variables behind it are 0.
+// that is no number of 16 bits ends the load there: the variables behind it are 0.
 void LoadAppSettings();
 void SaveAppSettings();
 void FillMonthNames();

@@ -34,6 +34,7 @@ GraphForm::GraphForm(const Kind& kind, const QString& projectName, CommonDialog&
     setObjectName(kind.name);
     ConnectCommonCommands();
     connect(ui_->mnuFilePrint, &QAction::triggered, this, &GraphForm::PrintGraph);
+    ui_->mnuEditCopy->setShortcut(QKeySequence::Copy);
     connect(ui_->mnuEditCopy, &QAction::triggered, ui_->Picture1, &PictureBox::CopyToClipboard);
     connect(ui_->mnuEditRefresh, &QAction::triggered, this, &GraphForm::Rebuild);
     kPlace.Restore(*this);

@@ -15,13 +15,14 @@ CHART = ["app", "compute", "graphs", "platform/ado", "platform/desktop", "platfo
 # Folder, longest prefix first, and the folders whose headers it may include.
 LAYERS = {
     "platform/text": ["platform/text"],
+    "platform/access": ["platform/access", "platform/text"],
     "platform/ado": ["platform/ado", "platform/text"],
     "platform/desktop": ["platform/desktop"],
     "platform/qt": ["platform"],
     "app/main.cpp": ["app", "forms", "platform", "store"],
     "app/SharedState.cpp": ["app", "compute", "graphs", "platform", "store"],
     "app": ["app", "platform/desktop", "platform/text"],
-    "store": ["app", "platform/ado", "platform/desktop", "platform/text", "store"],
+    "store": ["app", "platform/access", "platform/ado", "platform/desktop", "platform/text", "store"],
     "import/frmImport": ["forms/reference", "import", "platform", "store"],
     "import": ["import", "platform/ado", "platform/desktop", "platform/text", "store"],
     "compute": ["compute", "platform/ado", "platform/desktop", "platform/text", "store"],
@@ -29,7 +30,8 @@ LAYERS = {
     "graphs/ChartAxes": CHART,
     "graphs/ChartSeries": CHART,
     "graphs": ["app", "compute", "forms", "graphs", "platform", "store"],
-    "forms": ["app", "compute", "forms", "graphs", "import", "platform", "store"],
+    "help": ["app", "help", "platform"],
+    "forms": ["app", "compute", "forms", "graphs", "help", "import", "platform", "store"],
 }
 
 

@@ -8,6 +8,7 @@
 #include "platform/desktop/ReplaceFile.h"
 #include "store/FileError.h"
 #include "store/FormStuff.h"
+#include "store/StationConversion.h"
 #include "store/StationPanel.h"
 
 namespace rillbook {
@@ -18,23 +19,32 @@ QString StationPath;
 QString StationTitle;
 StationPanel* TheStationPanel = nullptr;
 
-namespace {
+const QStringList& StationTables() {
+    static const QStringList tables{QStringLiteral("Information"), QStringLiteral("Records"),
+                                    QStringLiteral("Calibration"), QStringLiteral("ConversionEq"),
+                                    QStringLiteral("ConversionT")};
+    return tables;
+}
 
-const QStringList kStationTables{QStringLiteral("Information"), QStringLiteral("Records"),
-                                 QStringLiteral("Calibration"), QStringLiteral("ConversionEq"),
-                                 QStringLiteral("ConversionT")};
-
-}  // namespace
+QStringList CompanionsOf(const QString& path) {
+    QStringList companions;
+    for (const QString& suffix :
+         {QStringLiteral("-wal"), QStringLiteral("-shm"), QStringLiteral("-journal")}) {
+        if (QFile::exists(path + suffix)) {
+            companions += path + suffix;
+        }
+    }
+    return companions;
+}
 
 namespace {
 
 // A companion of the file that goes would be taken for one of the file that comes. Returns the
 // reason where one can't be removed.
 QString RemoveCompanions(const QString& path) {
-    for (const QString& suffix :
-         {QStringLiteral("-wal"), QStringLiteral("-shm"), QStringLiteral("-journal")}) {
-        QFile companion(path + suffix);
-        if (companion.exists() && !companion.remove()) {
+    for (const QString& name : CompanionsOf(path)) {
+        QFile companion(name);
+        if (!companion.remove()) {
             return companion.errorString();
         }
     }
@@ -49,7 +59,11 @@ QString ConnectionTo(const QString& path) {
 
 bool OpenDB(const QString& path) {
     StationConnectionString = ConnectionTo(path);
-    StationConnection->OwnTables = kStationTables;
+    StationConnection->OwnTables = StationTables();
+    ConversionCommand conversion;
+    if (!conversion.MakeStation(path)) {
+        return false;
+    }
     try {
         StationConnection->Open(StationConnectionString);
         ReadStationInfo();
@@ -83,7 +97,7 @@ void CloseOpenStation() {
     }
 }
 
-void CopyStationTemplate(const QString& path) {
+QByteArray StationTemplate() {
     QFile source(Application::Path() + QStringLiteral("/template.mdb"));
     if (!source.open(QIODevice::ReadOnly)) {
         throw FileError(source.fileName(), source.errorString());
@@ -92,7 +106,12 @@ void CopyStationTemplate(const QString& path) {
     if (bytes.isEmpty() || source.error() != QFileDevice::NoError) {
         throw FileError(source.fileName(), source.errorString());
     }
-    const QString reason = ReplaceFile(path, bytes, [&path] { return RemoveCompanions(path); });
+    return bytes;
+}
+
+void CopyStationTemplate(const QString& path) {
+    const QString reason =
+        ReplaceFile(path, StationTemplate(), [&path] { return RemoveCompanions(path); });
     if (!reason.isEmpty()) {
         throw FileError(path, reason);
     }

@@ -20,7 +20,8 @@ extern QString StationTitle;  // file name without folder
 QString ConnectionTo(const QString& path);
 
 // Opens the station and loads its header; true on success. Tells the user where the file can't be
-// opened. StationPath and StationTitle are the caller's to set, on true only.
+// opened. An Access file is made a station first, where the user wants it (see
+// StationConversion.h). StationPath and StationTitle are the caller's to set, on true only.
 // REQUIRES: StationConnection closed.
 bool OpenDB(const QString& path);
 
@@ -32,6 +33,16 @@ void ShowNoStation();
 
 // CloseDB if a station is open.
 void CloseOpenStation();
+
+// The five tables of a station.
+const QStringList& StationTables();
+
+// The bytes of the program's template, a station without readings. Raises FileError.
+QByteArray StationTemplate();
+
+// What a killed program or another one may leave beside a database file, and an opening of that
+// file under the same name takes in.
+QStringList CompanionsOf(const QString& path);
 
 // Puts a copy of the program's template at `path`, replacing what is there together with any
 // companion that a killed program left beside it. Raises FileError; what stood at `path` is whole

@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <QEvent>
+#include <QMainWindow>
 #include <QPointer>
 #include <QScopedValueRollback>
 
@@ -35,10 +36,30 @@ void ActivateOwnerOf(const QObject* closed) {
     }
 }
 
+// A modal form would hold every window. Over the main window it is enough that it holds those that
+// it belongs to, and the help stays in use beside it. On any other, all are held.
+void HoldOnlyOwnersOf(QObject* shown) {
+    auto* dialog = qobject_cast<QDialog*>(shown);
+    if (dialog == nullptr || !dialog->isModal()) {
+        return;
+    }
+    const QWidget* outermost = dialog;
+    while (outermost->parentWidget() != nullptr) {
+        outermost = outermost->parentWidget();
+    }
+    if (qobject_cast<const QMainWindow*>(outermost) != nullptr) {
+        dialog->setWindowModality(Qt::NonModal);  // from one sort to the other nothing would change
+        dialog->setWindowModality(Qt::WindowModal);
+    }
+}
+
 }  // namespace
 
 bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
     try {
+        if (event->type() == QEvent::Show && !event->spontaneous()) {
+            HoldOnlyOwnersOf(receiver);
+        }
         const bool isClosed = event->type() == QEvent::Hide && !event->spontaneous();
         const QPointer<QObject> closed(isClosed ? receiver : nullptr);
         const bool isDone = QApplication::notify(receiver, event);

@@ -20,6 +20,7 @@
 #include "forms/reports/frmOutputSettings.h"
 #include "graphs/frmDailyG.h"
 #include "graphs/frmInstG.h"
+#include "help/HTMLHelp.h"
 #include "import/Import.h"
 #include "import/frmImport.h"
 #include "platform/desktop/Desktop.h"
@@ -108,6 +109,8 @@ void frmMain::ConnectCommands() {
                 [this, command = command] { Run([&] { (this->*command)(); }); });
     }
     connect(ui_->mnuFileExit, &QAction::triggered, this, &QWidget::close);
+    connect(ui_->mnuHelpContent, &QAction::triggered, this, &ShowHelpContents);
+    connect(ui_->mnuHelpIndex, &QAction::triggered, this, &ShowHelpIndex);
 }
 
 void frmMain::ConnectReports() {
@@ -329,6 +332,7 @@ void frmMain::ShowAboutBox() {
 
 void frmMain::closeEvent(QCloseEvent*) {
     if (ProjectPath.isEmpty()) {
+        ReleaseHelp();
         return;
     }
     SaveProjectAtExit();
@@ -337,6 +341,7 @@ void frmMain::closeEvent(QCloseEvent*) {
     StoreTwips(MainTop, pos().y());
     StoreTwips(MainLeft, pos().x());
     SaveAppSettings();
+    ReleaseHelp();
     // Also where another window is up. Not from within the closing, which quitting would start
     // anew.
     QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);

@@ -11,6 +11,7 @@
 #include "store/FileError.h"
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
+#include "store/StationConversion.h"
 #include "store/StationDatabase.h"
 #include "ui_frmMain.h"
 
@@ -124,6 +125,11 @@ void frmMain::OpenProject() {
         MsgBox(ProjectPath + QLatin1Char('\n') + reading.fault, MsgBoxButtons::Ok,
                MsgBoxIcon::Exclamation);
     }
+    QStringList files;
+    for (const ProjectStation& station : project.stations) {
+        files += station.path;
+    }
+    const ConversionCommand conversion(files);
     for (const ProjectStation& station : project.stations) {
         bool isOpen = false;
         Attempt([&] {
@@ -140,6 +146,7 @@ void frmMain::OpenProject() {
 
 bool frmMain::SwitchToStation(const QString& path, const QString& title) {
     CloseOpenStation();
+    const ConversionCommand conversion;
     if (!OpenDB(path)) {
         return false;
     }
@@ -224,6 +231,7 @@ void frmMain::AddExistingStation() {
     if (!AskForOldFile(kStationFilter) || !ChosenStationIsUsable()) {
         return;
     }
+    const ConversionCommand conversion;
     Attempt([&] {
         if (SwitchToStation(dlgCommonDialog.FileName, dlgCommonDialog.FileTitle) &&
             !AddStaToTree()) {
@@ -254,6 +262,8 @@ void frmMain::RemoveStation() {
     // The tree then selects the station behind it, or the one before where it is the last.
     ui_->TreeView1->setCurrentItem(station);
     delete station;
+    // The one that the tree selects now opens, also where it was open though another was selected.
+    StationPath.clear();
     TreeClick();
 }
 

@@ -97,13 +97,26 @@ void frmDelete::EmptyChannel(int chan, DateTime from, DateTime to) {
     Recordset& rows = editor_.Adodc1.Recordset;
     Transaction allOrNothing(editor_.Adodc1.Connection);
     try {
-        rows.MoveFirst();
-        rows.Find(QStringLiteral("DateTime >= #") + SqlDateText(from) + u'#');
         const Field time = rows.Fields(0);
         Field reading = rows.Fields(chan);
-        while (!rows.Eof() && time.Number() <= to) {
-            reading.SetValue(Null{});
-            rows.MoveNext();
+        std::int64_t behind = 0;  // the row that follows the last emptied one
+        rows.MoveFirst();
+        // To the end: rows whose time was changed stand where they were read, out of order.
+        while (!rows.Eof()) {
+            const DateTime moment = time.Number();
+            if (moment < from) {
+                rows.Find(QStringLiteral("DateTime >= #") + SqlDateText(from) + u'#');
+            } else if (moment > to) {
+                behind = rows.AbsolutePosition();
+                rows.Find(QStringLiteral("DateTime <= #") + SqlDateText(to) + u'#');
+            } else {
+                reading.SetValue(Null{});
+                rows.MoveNext();
+                behind = 0;
+            }
+        }
+        if (behind > 0) {
+            rows.SetAbsolutePosition(behind);
         }
         allOrNothing.Commit();
     } catch (const AdoError& error) {

@@ -1,5 +1,6 @@
 #include "forms/records/frmEditRecords.h"
 
+#include <QScreen>
 #include <algorithm>
 
 #include "forms/records/frmDelete.h"
@@ -69,8 +70,9 @@ void frmEditRecords::LoadGrid() {
     }
     layout()->activate();
     grid.FitColumns();
-    const int beside = width() - grid.width();
-    resize(std::clamp(grid.WidthOfColumns() + beside, width(), kWidestForm), height());
+    const int wanted = grid.WidthOfColumns() + width() - grid.width();
+    const int widest = std::min(kWidestForm, screen()->availableSize().width());
+    resize(std::max(width(), std::min(wanted, widest)), height());
 }
 
 void frmEditRecords::ShowDelete() {

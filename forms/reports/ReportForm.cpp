@@ -7,6 +7,7 @@
 #include "forms/reference/frmCalibration.h"
 #include "forms/reference/frmRating.h"
 #include "forms/reports/frmOutputSettings.h"
+#include "help/HTMLHelp.h"
 #include "platform/desktop/Clipboard.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/qt/MSFlexGrid.h"
@@ -43,6 +44,8 @@ void ReportForm::ConnectCommonCommands() {
         frmOutputSettings settings(this);
         ShowEditor(settings);
     });
+    connect(&Item("mnuHelpContent"), &QAction::triggered, this, &ShowHelpContents);
+    connect(&Item("mnuHelpIndex"), &QAction::triggered, this, &ShowHelpIndex);
     connect(&Item("mnuHelpAbout"), &QAction::triggered, this, [this] { frmAbout(this).exec(); });
 }
 

@@ -18,8 +18,8 @@ protected:
     // of the main window, and outlives the form.
     ReportForm(ReportMode mode, CommonDialog& printerDialog, QWidget* parent);
 
-    // Gives the items mnuFileExit, mnuEditRecords, mnuCal, mnuRat, mnuEditSettings and mnuHelpAbout
-    // their work.
+    // Gives the items mnuFileExit, mnuEditRecords, mnuCal, mnuRat, mnuEditSettings and those of
+    // mnuHelp their work.
     // REQUIRES: the form has its menus.
     void ConnectCommonCommands();
     // mnuEditCopy, and Ctrl+C, put the selected cells on the clipboard.

@@ -1,5 +1,7 @@
 #include "platform/ado/Database.h"
 
+#include <QFileInfo>
+#include <QStorageInfo>
 #include <algorithm>
 
 #include "platform/ado/AdoError.h"
@@ -12,11 +14,25 @@ namespace {
 // Pages that the companion may gather before they are folded back. In a run of appends each row
 // writes a page, mostly the same one again, and folding back waits for the disk: the longer
 // interval costs 16 MB of disk, no memory to speak of, and spares three of four waits.
-constexpr const char* kUsualInterval = "PRAGMA wal_autocheckpoint = 1000";
-constexpr const char* kAppendInterval = "PRAGMA wal_autocheckpoint = 4000";
+constexpr qint64 kUsualInterval = 1000;
+constexpr qint64 kAppendInterval = 4000;
+
+// On a disk that is nearly full the companion would leave the file itself no room to grow.
+qint64 AppendIntervalOn(const QString& path) {
+    constexpr qint64 pageSize = 4096;
+    constexpr qint64 shareOfRoom = 8;
+    constexpr qint64 shortest = 8;
+    const qint64 room = QStorageInfo(QFileInfo(path).absolutePath()).bytesAvailable();
+    return room < 0 ? kUsualInterval
+                    : std::clamp(room / pageSize / shareOfRoom, shortest, kAppendInterval);
+}
 
 bool TryRun(sqlite3* handle, const char* sql) noexcept {
     return sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+void FoldBackAfter(sqlite3* handle, qint64 pages) noexcept {
+    sqlite3_wal_autocheckpoint(handle, static_cast<int>(pages));
 }
 
 // REQUIRES: no transaction, write-ahead mode. A refused exclusive lock leaves the pending one on
@@ -57,7 +73,7 @@ Database::Database(const QString& path, const QStringList& ownTables) : path_(pa
     handle_ = OpenForWriting(path);
     if (handle_) {
         mark_ = std::make_unique<WriterMark>(path);
-        TryRun(handle_.get(), kUsualInterval);
+        FoldBackAfter(handle_.get(), kUsualInterval);
     } else if (isOpenHere) {
         throw AdoError(adErrGeneral,
                        QStringLiteral("The file can't be opened again: %1").arg(path));
@@ -77,7 +93,7 @@ void Database::Close() noexcept {
     }
     TryRun(handle_.get(), "ROLLBACK");
     inTransaction_ = false;
-    if (mark_ && WriterMark::CountOf(path_) == 1) {
+    if (mark_ && mark_->IsOnlyOne()) {
         TryRun(handle_.get(), "PRAGMA locking_mode = NORMAL");
         // Fails where another program has the file open; the last one to close does it then.
         TryRun(handle_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
@@ -118,7 +134,7 @@ void Database::BeginExclusiveUse() noexcept {
     if (IsReadOnly() || inTransaction_) {
         return;
     }
-    TryRun(handle_.get(), kAppendInterval);
+    FoldBackAfter(handle_.get(), AppendIntervalOn(path_));
     TryRun(handle_.get(), "PRAGMA locking_mode = EXCLUSIVE");
     // The lock is taken by the first write. Where another connection has the file open it can't be
     // had, and no wait would bring it; each row then takes its lock by itself.
@@ -136,7 +152,7 @@ void Database::EndExclusiveUse() noexcept {
         return;
     }
     LeaveExclusiveMode();
-    TryRun(handle_.get(), kUsualInterval);
+    FoldBackAfter(handle_.get(), kUsualInterval);
     TryRun(handle_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
 }
 

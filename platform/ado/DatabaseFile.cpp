@@ -197,6 +197,13 @@ Handle OpenForWriting(const QString& path) {
     return handle;
 }
 
+Handle OpenForFilling(const QString& path) {
+    Handle handle = OpenHandle(QFile::encodeName(path), SQLITE_OPEN_READWRITE);
+    Run(handle.get(),
+        "PRAGMA journal_mode = MEMORY; PRAGMA synchronous = OFF; PRAGMA locking_mode = EXCLUSIVE");
+    return handle;
+}
+
 void RequireSound(sqlite3* handle, const QString& path) {
     if (IsKnownToBeSound(path)) {
         return;
@@ -230,6 +237,10 @@ WriterMark::~WriterMark() {
     if (--Writers()[file_] == 0) {
         Writers().remove(file_);
     }
+}
+
+bool WriterMark::IsOnlyOne() const {
+    return Writers().value(file_) == 1;
 }
 
 int WriterMark::CountOf(const QString& path) {

@@ -23,6 +23,10 @@ Handle OpenUntouched(const QString& path);
 // file or folder, no room for the companion); raises adErrGeneral where another program has it.
 Handle OpenForWriting(const QString& path);
 
+// Opens a file that nobody else knows of yet, to fill it as fast as can be: nothing comes to lie
+// beside it, and after a failure or the death of the process it is worth nothing.
+Handle OpenForFilling(const QString& path);
+
 // Raises adErrGeneral where the pages don't hang together as they should. A file that is known to
 // be sound, has no companion and hasn't changed since isn't read again. REQUIRES: the handle is the
 // path's.
@@ -46,6 +50,8 @@ public:
     WriterMark& operator=(const WriterMark&) = delete;
 
     static int CountOf(const QString& path);
+    // Also where the file has another name by now, or none.
+    bool IsOnlyOne() const;
 
 private:
     QString file_;

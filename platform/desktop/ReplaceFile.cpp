@@ -37,13 +37,25 @@ QString MoveOver(const QString& finished, const QString& path) {
         return qt_error_string();
     }
     // The new name, too, must outlast a loss of power before anything is written under it.
+    SyncFolderOf(path);
+    return {};
+}
+
+QString SyncFile(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return file.errorString();
+    }
+    return ::fsync(file.handle()) == 0 ? QString() : qt_error_string();
+}
+
+void SyncFolderOf(const QString& path) {
     const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
     const int handle = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (handle >= 0) {
         ::fsync(handle);
         ::close(handle);
     }
-    return {};
 }
 
 }  // namespace rillbook

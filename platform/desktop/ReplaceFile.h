@@ -19,4 +19,11 @@ QString ReplaceFile(const QString& path, const QByteArray& bytes,
 // `finished` are on the disk.
 QString MoveOver(const QString& finished, const QString& path);
 
+// Waits until the bytes of a file are on the disk. Returns the system's reason where that fails;
+// empty if it was done.
+QString SyncFile(const QString& path);
+
+// The same for the names in the folder of a file.
+void SyncFolderOf(const QString& path);
+
 }  // namespace rillbook

@@ -10,6 +10,7 @@
 #include <QStyleOptionHeader>
 #include <QTextDocument>
 #include <QToolTip>
+#include <QtMath>
 #include <algorithm>
 #include <utility>
 
@@ -88,7 +89,10 @@ void MSFlexGrid::UseDefaultSizes() {
     verticalHeader()->setDefaultSectionSize(height);
     verticalHeader()->setFixedWidth(width);
     horizontalHeader()->setDefaultSectionSize(width);
-    horizontalHeader()->setFixedHeight(height);
+    // Between the margins of a header a heading is cut off that is higher by a fraction of a pixel.
+    const int margin = style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, this);
+    const int heading = qCeil(QFontMetricsF(font()).height()) + 2 * margin;
+    horizontalHeader()->setFixedHeight(std::max(height, heading));
 }
 
 // Of a column that shows this text whole, in pixels.

@@ -100,6 +100,19 @@ private Q_SLOTS:
                  u"4980 | 4999"_qs);
     }
 
+    // Changes that stayed beside the old name would be taken for those of the next file there.
+    void leavesNothingBesideAFileMovedAway() {
+        RunPlainSql(path_, kRecords);
+        Connection connection;
+        connection.Open(Source(path_));
+        connection.Execute(u"DELETE * FROM Records WHERE chan1 < 10"_qs);
+        const QString moved = folder_->filePath(u"moved.mdb"_qs);
+        QVERIFY(QFile::rename(path_, moved));
+        connection.Close();
+        QCOMPARE(QDir(folder_->path()).entryList(QDir::Files), QStringList(u"moved.mdb"_qs));
+        QCOMPARE(DumpTable(moved, u"SELECT count(*) FROM Records"_qs), u"4990"_qs);
+    }
+
     void readsWhatCantBeWritten_data() { opensAndLeavesOneFile_data(); }
     void readsWhatCantBeWritten() {
         MakeFile();

@@ -31,6 +31,19 @@ private Q_SLOTS:
     void init() { doors_ = std::make_unique<ScriptedDoors>(); }
     void cleanup() { doors_.reset(); }
 
+    // MainLeft, and what the settings behind it are then.
+    void loadsSettingsUpToTheFirstThatIsNone() {
+        const auto loaded = [this](const QString& stored) {
+            doors_->settings = {{u"MainLeft"_qs, stored}};
+            LoadAppSettings();
+            return u"%1 %2 %3 %4"_qs.arg(InitDir).arg(MainTop).arg(MainLeft).arg(AnnualW);
+        };
+        CompareEach(loaded,
+                    " => c:\\ 1000 1500 9200; 0 => c:\\ 1000 0 9200; "
+                    "-32768 => c:\\ 1000 -32768 9200; 12.6 => c:\\ 1000 13 9200; "
+                    "32768 => c:\\ 1000 0 0; abc => c:\\ 1000 0 0; nan => c:\\ 1000 0 0");
+    }
+
     void refusesWhatIsNoStation() {
         StationFixture station;
         station.Close();

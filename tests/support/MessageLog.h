@@ -7,11 +7,15 @@
 
 namespace rillbook {
 
-// Notes the messages of one test, whatever they say, and presses OK: for texts that hold the
+// Notes the messages of one test, whatever they say, and presses OK, or
+// another button where one is given: for texts that hold the
 // system's own words or counts that the test works out later. An exclamation icon shows as "! ".
 class MessageLog : public MsgBoxDoor {
 public:
-    MessageLog() : previous_(TheDesktop()) { TheDesktop().messages = this; }
+    explicit MessageLog(MsgBoxAnswer answer = MsgBoxAnswer::Ok)
+        : previous_(TheDesktop()), answer_(answer) {
+        TheDesktop().messages = this;
+    }
     ~MessageLog() override { TheDesktop() = previous_; }
 
     QStringList texts;
@@ -19,11 +23,12 @@ public:
     MsgBoxAnswer Show(const QString& text, MsgBoxButtons, MsgBoxIcon icon,
                       const QString&) override {
         texts += (icon == MsgBoxIcon::Exclamation ? QStringLiteral("! ") : QString()) + text;
-        return MsgBoxAnswer::Ok;
+        return answer_;
     }
 
 private:
     const Desktop previous_;
+    const MsgBoxAnswer answer_;
 };
 
 }  // namespace rillbook

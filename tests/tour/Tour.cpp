@@ -13,6 +13,7 @@
 #include <QMessageBox>
 #include <QTreeWidget>
 #include <QtTest>
+#include <algorithm>
 #include <cstdio>
 
 #include "app/Application.h"
@@ -278,6 +279,19 @@ private Q_SLOTS:
             TypeText(settings, QStringLiteral("tbMax"), QStringLiteral("60"));
         });
         ShowReport("mnuOutDailyG", "spring-daily-graph");
+    }
+
+    void showsTheHelp() {
+        for (const auto& [item, name] : {std::pair("mnuHelpContent", "help-contents"),
+                                         std::pair("mnuHelpIndex", "help-index")}) {
+            Trigger(*window_, QString::fromLatin1(item));
+            const QWidgetList windows = QApplication::topLevelWidgets();
+            const auto help = std::find_if(
+                windows.begin(), windows.end(),
+                [](const QWidget* shown) { return shown->objectName() == u"HelpWindow"; });
+            QVERIFY(help != windows.end());
+            Picture(**help, name);
+        }
     }
 
     void showsTheAboutBox() {

@@ -20,6 +20,7 @@
 #include "forms/reports/frmOutputSettings.h"
 #include "graphs/frmDailyG.h"
 #include "graphs/frmInstG.h"
+#include "help/HelpWindow.h"
 #include "import/frmImport.h"
 #include "tests/support/FormTest.h"
 
@@ -97,14 +98,18 @@ private Q_SLOTS:
         station_->WithReadings("2002-01-01", 15, {2, 4});
         const QString project = u"Upper basin"_qs;
         frmEditRecords records;
+        HelpWindow& help =
+            HelpWindow::Display(nullptr, QStringLiteral(RILLBOOK_BINARY_DIR "/bin/rillbook.chm"),
+                                HelpWindow::Side::Contents);
         const QString faults =
-            Faults(records) + Faults(frmDelete(records)) + Faults(frmAbout()) +
+            Faults(help) + Faults(records) + Faults(frmDelete(records)) + Faults(frmAbout()) +
             Faults(frmImport()) + Faults(frmCalibration(printer_)) + Faults(frmRating()) +
             Faults(frmConversionEq()) + Faults(frmConversionT()) + Faults(frmOutputSettings()) +
             Faults(frmInstT(project, printer_)) + Faults(frmDailyT(project, printer_)) +
             Faults(frmAnnualT(project, printer_)) + Faults(frmAnnualTPrint()) +
             Faults(frmInstG(project, printer_)) + Faults(frmDailyG(project, printer_)) +
             Faults(frmMain());
+        HelpWindow::CloseAll();
         // Two captions of the File menu that are settled; a second press goes on to the other.
         QCOMPARE(faults, u"frmMain: Open P&roject... = &Remove Station...\n"_qs);
     }

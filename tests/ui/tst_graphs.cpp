@@ -86,7 +86,8 @@ private Q_SLOTS:
             QCOMPARE(Loadings(), std::size_t{1});
             const QImage after = picture.Image();
             QVERIFY(after.copy(before.rect()) != before);
-            Trigger(form, u"mnuEditCopy"_qs);
+            QVERIFY(QTest::qWaitForWindowActive(&form));
+            QTest::keyClick(&form, Qt::Key_C, Qt::ControlModifier);
             QCOMPARE(QGuiApplication::clipboard()->image().convertToFormat(after.format()), after);
             Trigger(form, u"mnuEditRefresh"_qs);
             QCOMPARE(Loadings(), std::size_t{1});

@@ -59,6 +59,15 @@ public:
         CreateStationFile(File(name), channels);
         Choose("mnuFileStationOpen", name);
     }
+    void AddAccessFile(const QString& name) {
+        WriteBytes(File(name),
+                   ReadBytes(QStringLiteral(RILLBOOK_SOURCE_DIR "/tests/data/station_2000.mdb")));
+    }
+    // What is told of NAME.mdb.
+    QString Converted(const QString& name) const {
+        return u"%1.mdb was converted; the Access file is now %2.access.mdb."_qs.arg(File(name),
+                                                                                     name);
+    }
 
     StationTree& Tree() { return Child<StationTree>(*window, u"TreeView1"_qs); }
     // Channel 0 is the station's node.
@@ -119,8 +128,9 @@ private Q_SLOTS:
 
     void enablesWhatEachStateAllows() {
         const auto names = [](const char* text) { return QString::fromLatin1(text).split(u' '); };
-        const auto always =
-            names("mnuFileExit mnuFileProjectNew mnuFileProjectOpen mnuHelpAbout New Open");
+        const auto always = names(
+            "mnuFileExit mnuFileProjectNew mnuFileProjectOpen mnuHelpAbout mnuHelpContent "
+            "mnuHelpIndex New Open");
         const auto ofProject = names(
             "lblProjName mnuFileProjectClose mnuFileProjectSave mnuFileStationNew "
             "mnuFileStationOpen Save tbProjectName TreeView1");
@@ -175,12 +185,63 @@ private Q_SLOTS:
         QCOMPARE(program.ProjectText(u"p.prj.bak"_qs), QString::fromLatin1(whole));
     }
 
+    void convertsTheProjectsAccessFiles() {
+        Program program({u"own.mdb"_qs});
+        QStringList lines{u"\"~/own.mdb\",\"own.mdb\""_qs};
+        QStringList told;
+        for (int i = 0; i < 10; ++i) {
+            lines += u"\"~/s%1.mdb\",\"s%1\""_qs.arg(i);
+            program.AddAccessFile(u"s%1.mdb"_qs.arg(i));
+            told += program.Converted(u"s%1"_qs.arg(i));
+        }
+        const QByteArray project =
+            u"\"Rillbook\",\"100\"\n11\n%1\n#2019-08-21#,\"921\"\n\"\"\n"_qs.arg(lines.join(u'\n'))
+                .toUtf8();
+        const QString question =
+            u"10 of the stations are Access files. To open them, Rillbook makes station files of "
+            "them and keeps the Access files beside them under other names. Convert them?"_qs;
+        program.doors.ExpectMessage(u"Save Current Project?"_qs, MsgBoxAnswer::No);
+        program.doors.ExpectMessage(question, MsgBoxAnswer::No);
+        program.OpenProject(project);
+        QCOMPARE(program.Story(), u"1 [own.mdb] none open"_qs);
+        Trigger(*program.window, u"Save"_qs);
+        QCOMPARE(program.ProjectText(u"p.prj.bak"_qs), QString::fromUtf8(project));
+        program.doors.ExpectMessage(u"Save Current Project?"_qs, MsgBoxAnswer::No);
+        program.doors.ExpectMessage(question, MsgBoxAnswer::Yes);
+        program.doors.ExpectMessage(told.join(u'\n'));
+        program.OpenProject(project);
+        QCOMPARE(program.Story(), u"11 [s9] open: s9, channel 1"_qs);
+    }
+
+    void convertsTheAccessFileThatIsChosen() {
+        Program program({u"a.mdb"_qs, u"b.mdb"_qs});
+        program.AddAccessFile(u"c.mdb"_qs);
+        const QString question =
+            u"%1 is an Access file. To open it, Rillbook makes a station file "
+            "of it and keeps the Access file beside it under another name. "
+            "Convert it?"_qs;
+        program.doors.ExpectMessage(question.arg(program.File(u"c.mdb"_qs)), MsgBoxAnswer::Yes);
+        program.doors.ExpectMessage(program.Converted(u"c"_qs));
+        program.Choose("mnuFileStationOpen", u"c.mdb"_qs);
+        QCOMPARE(program.Story(), u"3 [c.mdb] open: c.mdb, channel 1"_qs);
+        // An old copy was put in the place of a station that is in the tree.
+        program.AddAccessFile(u"a.mdb"_qs);
+        program.doors.ExpectMessage(question.arg(program.File(u"a.mdb"_qs)), MsgBoxAnswer::No);
+        QCOMPARE(program.ClickNode(0, 0), u"3 [a.mdb] none open"_qs);
+        program.doors.ExpectMessage(question.arg(program.File(u"a.mdb"_qs)), MsgBoxAnswer::Yes);
+        program.doors.ExpectMessage(program.Converted(u"a"_qs));
+        QCOMPARE(program.ClickNode(0, 0), u"3 [a.mdb] open: a.mdb, channel 1"_qs);
+    }
+
     void takesAndRemovesStations() {
         Program program({u"a.mdb"_qs});
         program.AddStation(u"b.mdb"_qs, 2);
         program.doors.ExpectMessage(u"Station already in project."_qs);
         program.Choose("mnuFileStationOpen", u"a.mdb"_qs);
         QCOMPARE(program.Story(), u"2 [b.mdb] open: a.mdb, channel 1"_qs);
+        Trigger(*program.window, u"mnuFileStationClose"_qs);
+        QCOMPARE(program.Story(), u"1 [a.mdb] open: a.mdb, channel 1"_qs);
+        program.Choose("mnuFileStationOpen", u"b.mdb"_qs);
         // The station left behind, which has one channel, stores the channel that was clicked.
         program.ClickNode(0, 0);
         program.ClickNode(1, 2);
