@@ -191,18 +191,18 @@ JetReader::Definition JetReader::ReadDefinition(std::uint32_t page) {
     const QByteArrayView bytes = ReadPage(page);
     Require(bytes[0] == kTablePage);
     const qsizetype counts = file_->fmt->tab_num_cols_offset;
-    Definition definition{.page = page, .table = {}, .layout = {}};
+    Definition definition;
+    definition.page = page;
     TableLayout& layout = definition.layout;
     layout.isJet3 = IS_JET3(file_);
     layout.everColumns = Read<quint16>(bytes, counts - 4);
     layout.everVariableColumns = Read<quint16>(bytes, counts - 2);
 
-    // The library asks for an entry of the catalog, of which it uses the page.
-    MdbCatalogEntry entry{};
-    entry.mdb = file_.get();
-    entry.object_type = MDB_TABLE;
-    entry.table_pg = page;
-    definition.table.reset(mdb_read_table(&entry), [](MdbTableDef* table) {
+    definition.entry = std::make_shared<MdbCatalogEntry>();
+    definition.entry->mdb = file_.get();
+    definition.entry->object_type = MDB_TABLE;
+    definition.entry->table_pg = page;
+    definition.table.reset(mdb_read_table(definition.entry.get()), [](MdbTableDef* table) {
         if (table != nullptr) {
             mdb_free_tabledef(table);
         }

@@ -33,6 +33,7 @@ private:
     // A definition as the library has it, and what of it rows are read by.
     struct Definition {
         std::uint32_t page = 0;
+        std::shared_ptr<MdbCatalogEntry> entry;  // the table's, whose page alone is used
         std::shared_ptr<MdbTableDef> table;
         TableLayout layout;
     };

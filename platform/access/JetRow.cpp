@@ -53,14 +53,15 @@ std::optional<int> SizeOf(int type) {
         case StoredType::Numeric:
             return 17;
         case StoredType::Text:
+        case StoredType::Object:
         case StoredType::Memo:
             break;
     }
     return std::nullopt;
 }
 
-// The types that a file of these kinds has, those that no station has among them: 9 bytes, 11
-// objects, 13 and 14 of unknown use, 15 identifiers.
+// The types that a file of these kinds has, those that no station has among them: 9 bytes,
+// 13 and 14 of unknown use, 15 identifiers.
 bool IsType(int type) {
     constexpr int kLast = static_cast<int>(StoredType::Numeric);
     return type >= static_cast<int>(StoredType::YesNo) && type <= kLast;
@@ -313,6 +314,8 @@ void RequireConsistent(const TableLayout& table) {
         Require(!size || *size == column.size);
         Require(!Is(column, StoredType::Numeric) ||
                 (column.precision <= 28 && column.scale <= column.precision));
+        const bool isLong = Is(column, StoredType::Memo) || Is(column, StoredType::Object);
+        Require(!isLong || (!column.isFixed && column.size == 0));
         if (column.isFixed) {
             Require(column.fixedOffset >= 0 && column.size >= 0);
             places.emplace_back(column.fixedOffset, column.fixedOffset + column.size);

@@ -24,6 +24,7 @@ enum class StoredType : std::uint8_t {
     Double = 7,
     DateTime = 8,
     Text = 10,
+    Object = 11,
     Memo = 12,
     Numeric = 16
 };

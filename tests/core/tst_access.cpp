@@ -342,6 +342,8 @@ private Q_SLOTS:
         row("password's last character", change(0x68), 1, "protected");
         row("other key", change(0x3E), 1, "damaged");
         row("fewer rows than counted", change(26 * 4096 + 16), 1, "damaged");
+        row("a text column as an object", Patched(Station(), 98367, "\xB"), 1, "damaged");
+        row("no such type of column", Patched(Station(), 98692, "\x83"), 1, "damaged");
         row("a table among the system's", Patched(Station(), 59530, "\x2"), 1, "damaged");
         row("another table's page", change(35 * 4096 + 4), 1, "damaged");
     }

@@ -276,8 +276,10 @@ private Q_SLOTS:
     }
     void convertsSamples() {
         const Folder folder(QString::fromLatin1(QTest::currentDataTag()).section(u' ', 0, 0));
+        QFile::setPermissions(folder.Path(), QFileDevice::ReadOwner);
         QCOMPARE(OpenWithYes(folder), kConverted);
         QVERIFY(folder.IsConverted());
+        QVERIFY(QFile::permissions(folder.Path()).testFlag(QFileDevice::WriteOwner));
         QCOMPARE(folder.Names(), u"creek.access.mdb creek.mdb"_qs);
         const auto rows = [&folder](const char* query) {
             return DumpTable(folder.Path(), QString::fromLatin1(query)).replace(u'\n', u"; "_qs);
