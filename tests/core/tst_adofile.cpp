@@ -1,16 +1,8 @@
 // What becomes of the station's file: opening, refusing, closing, and being cut off on the way.
 #include <sqlite3.h>
 
-#include <QtTest>
-
-#include "platform/ado/Connection.h"
 #include "platform/ado/JetEngine.h"
-#include "platform/ado/Recordset.h"
-#include "tests/support/AdoErrors.h"
-#include "tests/support/DataRows.h"
-#include "tests/support/Hardship.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/StationFixture.h"
+#include "tests/support/CoreTest.h"
 
 using namespace rillbook;
 

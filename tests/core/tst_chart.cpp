@@ -1,11 +1,7 @@
-#include <QtTest/QtTest>
 
-#include "app/SharedState.h"
 #include "graphs/Chart.h"
-#include "platform/text/Regional.h"
-#include "tests/support/CompareEach.h"
+#include "tests/support/CoreTest.h"
 #include "tests/support/RecordingSurface.h"
-#include "tests/support/StationFixture.h"
 
 namespace rillbook {
 

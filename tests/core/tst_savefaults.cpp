@@ -3,20 +3,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <QtTest>
 #include <functional>
 
-#include "app/SharedState.h"
 #include "import/StationShape.h"
 #include "platform/ado/AdoError.h"
-#include "store/FormStuff.h"
 #include "store/Journal.h"
 #include "store/RatingStore.h"
-#include "store/StationDatabase.h"
-#include "tests/support/MessageLog.h"
-#include "tests/support/PlainFiles.h"
+#include "tests/support/CoreTest.h"
 #include "tests/support/StatementFault.h"
-#include "tests/support/StationFixture.h"
 
 using namespace rillbook;
 

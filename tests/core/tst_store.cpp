@@ -1,17 +1,7 @@
 #include <QFile>
-#include <QtTest>
 
-#include "app/Application.h"
-#include "app/InitialFile.h"
 #include "store/FileError.h"
-#include "store/FormStuff.h"
-#include "store/ProjectFile.h"
-#include "store/StationDatabase.h"
-#include "tests/support/CompareEach.h"
-#include "tests/support/Hardship.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
+#include "tests/support/CoreTest.h"
 
 using namespace rillbook;
 using Item = StationPanel::Item;
@@ -227,9 +217,7 @@ private Q_SLOTS:
         };
         // February has no day 30.
         CompareEach(end,
-                    "2002-01-01 941 => Dec 31, 2002 kept; 2003-03-01 941 => Feb 29, 2004 kept; "
-                    "2002-03-15 9312 => Mar 14, 2003 kept; 2002-01-01 922 => Jan 14, 2002 kept; "
-                    "2002-01-01 911 => Jan 01, 2002 kept; 2002-01-31 931 => Mar 02, 2002 kept; "
+                    "2003-03-01 941 => Feb 29, 2004 kept; 2002-01-31 931 => Mar 02, 2002 kept; "
                     "2002-11-15 933 => Feb 14, 2003 kept; 2002-01-01 7312 => Dec 31, 2002 9312; "
                     "2002-01-01  => Dec 31, 2002 9312; 2002-01-01 95 => Dec 31, 2002 9312; "
                     "2002-01-01 94999999999999999999 => Dec 30, 9999 kept");

@@ -1,12 +1,9 @@
 // Dates, numbers and texts as users, loggers and files write them.
 #include <QLocale>
-#include <QtTest>
 
 #include "platform/text/DateTime.h"
 #include "platform/text/Numbers.h"
-#include "platform/text/Regional.h"
-#include "tests/support/CompareEach.h"
-#include "tests/support/StationFixture.h"
+#include "tests/support/CoreTest.h"
 
 using namespace rillbook;
 
@@ -173,7 +170,6 @@ private Q_SLOTS:
         };
         CompareEach(texts,
                     "12.5 => 12.5 12,5; -0.25 => -0.25 ~0,25; 0.30000000000000004 => 0.3 0,3; "
-                    "999999999999999 => 999999999999999 999999999999999; "
                     "1.5e20 => 1.5E+20 1,5E+20; -0.00001 => -1E-05 ~1E-05; -0 => 0 0; nan =>  ");
         CompareEach(Fixed,
                     "0.125 2 => ,13; -2.5 0 => ~3; 1234567.891 2 => 1234567,89; 0.96 1 => 1,0; "

@@ -21,7 +21,7 @@ void RunPlainSql(const QString& path, const QByteArray& sql, bool leaveCompanion
     }
     sqlite3_close(database);
     if (leaveCompanion) {
-        QFile::remove(path + QStringLiteral("-shm"));
+        QFile::remove(path + u"-shm"_qs);
     }
 }
 
@@ -42,8 +42,7 @@ QString FolderText(const QString& folder) {
     const QDir directory(folder);
     for (const QString& name : directory.entryList(QDir::Files | QDir::Hidden, QDir::Name)) {
         const QByteArray bytes = ReadBytes(directory.filePath(name));
-        text += QStringLiteral("%1 %2 %3\n")
-                    .arg(name)
+        text += u"%1 %2 %3\n"_qs.arg(name)
                     .arg(bytes.size())
                     .arg(QString::fromLatin1(
                         QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toHex()));

@@ -12,23 +12,22 @@ QString Number(double value) {
 }
 
 QString Point(double x, double y) {
-    return Number(x) + QLatin1Char(',') + Number(y);
+    return Number(x) + u',' + Number(y);
 }
 
 QString ColourText(Colour colour) {
     if (colour == kBlack) {
-        return QStringLiteral("black");
+        return u"black"_qs;
     }
     if (colour == kWhite) {
-        return QStringLiteral("white");
+        return u"white"_qs;
     }
-    return QStringLiteral("(%1,%2,%3)").arg(colour.red).arg(colour.green).arg(colour.blue);
+    return u"(%1,%2,%3)"_qs.arg(colour.red).arg(colour.green).arg(colour.blue);
 }
 
 QString FontText(const SurfaceFont& font) {
-    return font.name + QLatin1Char(' ') + QString::number(font.size) +
-           (font.bold ? QStringLiteral(" bold") : QString()) +
-           (font.italic ? QStringLiteral(" italic") : QString());
+    return font.name + u' ' + QString::number(font.size) + (font.bold ? u" bold"_qs : QString()) +
+           (font.italic ? u" italic"_qs : QString());
 }
 
 }  // namespace
@@ -45,50 +44,47 @@ double Recorder<Surface>::TextHeight(const QString&) const {
 
 template <typename Surface>
 void Recorder<Surface>::Line(double x1, double y1, double x2, double y2) {
-    Note(QStringLiteral("line %1 %2 width %3 %4")
-             .arg(Point(x1, y1), Point(x2, y2))
+    Note(u"line %1 %2 width %3 %4"_qs.arg(Point(x1, y1), Point(x2, y2))
              .arg(this->DrawWidth)
              .arg(ColourText(this->ForeColor)));
 }
 
 template <typename Surface>
 void Recorder<Surface>::Box(double x1, double y1, double x2, double y2) {
-    Note(QStringLiteral("box %1 %2 width %3 %4%5")
-             .arg(Point(x1, y1), Point(x2, y2))
+    Note(u"box %1 %2 width %3 %4%5"_qs.arg(Point(x1, y1), Point(x2, y2))
              .arg(this->DrawWidth)
              .arg(ColourText(this->ForeColor), FillText()));
 }
 
 template <typename Surface>
 void Recorder<Surface>::Circle(double x, double y, double radius, Colour colour) {
-    Note(QStringLiteral("circle %1 radius %2 %3%4")
-             .arg(Point(x, y), Number(radius), ColourText(colour), FillText()));
+    Note(u"circle %1 radius %2 %3%4"_qs.arg(Point(x, y), Number(radius), ColourText(colour),
+                                            FillText()));
 }
 
 template <typename Surface>
 void Recorder<Surface>::PaintStrip(Colour colour, double x, double y, double width, double height) {
-    Note(QStringLiteral("strip %1 %2x%3 %4")
-             .arg(Point(x, y), Number(width), Number(height), ColourText(colour)));
+    Note(u"strip %1 %2x%3 %4"_qs.arg(Point(x, y), Number(width), Number(height),
+                                     ColourText(colour)));
 }
 
 template <typename Surface>
 void Recorder<Surface>::DrawText(double x, double y, const QString& text) {
-    Note(QStringLiteral("text %1 %2 %3 \"%4\"")
-             .arg(Point(x, y), FontText(this->Font), ColourText(this->ForeColor), text));
+    Note(u"text %1 %2 %3 \"%4\""_qs.arg(Point(x, y), FontText(this->Font),
+                                        ColourText(this->ForeColor), text));
 }
 
 template <typename Surface>
 QString Recorder<Surface>::FillText() const {
-    return this->Fill == FillStyle::Solid
-               ? QStringLiteral(", filled ") + ColourText(this->FillColor)
-               : QString();
+    return this->Fill == FillStyle::Solid ? u", filled "_qs + ColourText(this->FillColor)
+                                          : QString();
 }
 
 template class Recorder<DrawingSurface>;
 template class Recorder<Printer>;
 
 void RecordingSurface::Clear(Colour background) {
-    Note(QStringLiteral("clear ") + ColourText(background));
+    Note(u"clear "_qs + ColourText(background));
 }
 
 RecordingPrinter::RecordingPrinter(double width, double height,
@@ -97,22 +93,22 @@ RecordingPrinter::RecordingPrinter(double width, double height,
 
 RecordingPrinter::~RecordingPrinter() {
     if (!ended_) {
-        recording_->lines += QStringLiteral("given up");
+        recording_->lines += u"given up"_qs;
     }
 }
 
 void RecordingPrinter::NewPage() {
-    Note(QStringLiteral("new page"));
+    Note(u"new page"_qs);
 }
 
 void RecordingPrinter::EndDoc() {
-    Note(QStringLiteral("end of document"));
+    Note(u"end of document"_qs);
     ended_ = true;
 }
 
 void RecordingPrinter::Note(const QString& line) {
     if (recording_->lines.size() == recording_->linesUntilFailure) {
-        throw PrinterError(QStringLiteral("Out of paper"));
+        throw PrinterError(u"Out of paper"_qs);
     }
     recording_->lines += line;
 }

@@ -33,7 +33,7 @@ Desktop& Previous() {
 
 ScriptedDoors::ScriptedDoors() {
     Previous() = TheDesktop();
-    TheDesktop() = Desktop{.programTitle = QStringLiteral("Rillbook"),
+    TheDesktop() = Desktop{.programTitle = u"Rillbook"_qs,
                            .messages = this,
                            .fileDialogs = this,
                            .settings = this,
@@ -44,13 +44,13 @@ ScriptedDoors::ScriptedDoors() {
 
 ScriptedDoors::~ScriptedDoors() {
     for (const ExpectedMessage& message : expectedMessages_) {
-        Fail(QStringLiteral("Message that never came: %1").arg(message.text));
+        Fail(u"Message that never came: %1"_qs.arg(message.text));
     }
     if (!fileAnswers_.empty()) {
-        Fail(QStringLiteral("%1 file dialog(s) that never came").arg(fileAnswers_.size()));
+        Fail(u"%1 file dialog(s) that never came"_qs.arg(fileAnswers_.size()));
     }
     if (!expectedPrints_.empty()) {
-        Fail(QStringLiteral("%1 print(s) that never came").arg(expectedPrints_.size()));
+        Fail(u"%1 print(s) that never came"_qs.arg(expectedPrints_.size()));
     }
     TheDesktop() = Previous();
 }
@@ -80,13 +80,13 @@ MsgBoxAnswer ScriptedDoors::Show(const QString& text, MsgBoxButtons buttons, Msg
                                  const QString& title) {
     shownMessages.push_back({text, title, icon, buttons});
     if (expectedMessages_.empty()) {
-        Fail(QStringLiteral("Unexpected message: %1").arg(text));
+        Fail(u"Unexpected message: %1"_qs.arg(text));
         return CancellingAnswer(buttons);
     }
     const ExpectedMessage expected = expectedMessages_.front();
     expectedMessages_.pop_front();
     if (expected.text != text) {
-        Fail(QStringLiteral("Message \"%1\" instead of \"%2\"").arg(text, expected.text));
+        Fail(u"Message \"%1\" instead of \"%2\""_qs.arg(text, expected.text));
         return CancellingAnswer(buttons);
     }
     return expected.answer;
@@ -95,7 +95,7 @@ MsgBoxAnswer ScriptedDoors::Show(const QString& text, MsgBoxButtons buttons, Msg
 std::optional<QString> ScriptedDoors::Ask(const FileRequest& request) {
     fileRequests.push_back(request);
     if (fileAnswers_.empty()) {
-        Fail(QStringLiteral("Unexpected file dialog: %1").arg(request.title));
+        Fail(u"Unexpected file dialog: %1"_qs.arg(request.title));
         return std::nullopt;
     }
     const std::optional<QString> answer = fileAnswers_.front();
@@ -105,7 +105,7 @@ std::optional<QString> ScriptedDoors::Ask(const FileRequest& request) {
 
 std::optional<int> ScriptedDoors::Choose(const QString& title, int orientation) {
     if (expectedPrints_.empty()) {
-        Fail(QStringLiteral("Unexpected printer dialog: %1").arg(title));
+        Fail(u"Unexpected printer dialog: %1"_qs.arg(title));
         return std::nullopt;
     }
     if (!expectedPrints_.front().recording) {
@@ -121,7 +121,7 @@ std::optional<int> ScriptedDoors::Choose(const QString& title, int orientation) 
 std::unique_ptr<Printer> ScriptedDoors::BeginDoc(const QString& name, int orientation) {
     ExpectedPrint expected;
     if (expectedPrints_.empty()) {
-        Fail(QStringLiteral("Unexpected print: %1").arg(name));
+        Fail(u"Unexpected print: %1"_qs.arg(name));
     } else {
         expected = std::exchange(expectedPrints_.front(), {});
         expectedPrints_.pop_front();

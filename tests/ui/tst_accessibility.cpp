@@ -4,7 +4,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QRegularExpression>
-#include <QtTest/QtTest>
 
 #include "forms/main/frmAbout.h"
 #include "forms/main/frmMain.h"
@@ -23,11 +22,7 @@
 #include "graphs/frmInstG.h"
 #include "help/HelpWindow.h"
 #include "import/frmImport.h"
-#include "platform/desktop/CommonDialog.h"
-#include "tests/support/ReportedChannel.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
-#include "tests/support/UiDriver.h"
+#include "tests/support/FormTest.h"
 
 namespace rillbook {
 
@@ -95,17 +90,12 @@ QString Faults(const QWidget& form) {
 
 }  // namespace
 
-class TestAccessibility : public QObject {
+class TestAccessibility : public FormTest {
     Q_OBJECT
 
 private Q_SLOTS:
     void namesEveryControlAndLetter() {
-        FailOnAnyWarning();
-        const ScriptedDoors doors;
-        StationFixture station;
-        station.WithReadings("2002-01-01", 15, {2, 4});
-        DescribeReportedChannel();
-        CommonDialog printer;
+        station_->WithReadings("2002-01-01", 15, {2, 4});
         const QString project = u"Upper basin"_qs;
         frmEditRecords records;
         HelpWindow& help =
@@ -113,11 +103,11 @@ private Q_SLOTS:
                                 HelpWindow::Side::Contents);
         const QString faults =
             Faults(help) + Faults(records) + Faults(frmDelete(records)) + Faults(frmAbout()) +
-            Faults(frmImport()) + Faults(frmCalibration(printer)) + Faults(frmRating()) +
+            Faults(frmImport()) + Faults(frmCalibration(printer_)) + Faults(frmRating()) +
             Faults(frmConversionEq()) + Faults(frmConversionT()) + Faults(frmOutputSettings()) +
-            Faults(frmInstT(project, printer)) + Faults(frmDailyT(project, printer)) +
-            Faults(frmAnnualT(project, printer)) + Faults(frmAnnualTPrint()) +
-            Faults(frmInstG(project, printer)) + Faults(frmDailyG(project, printer)) +
+            Faults(frmInstT(project, printer_)) + Faults(frmDailyT(project, printer_)) +
+            Faults(frmAnnualT(project, printer_)) + Faults(frmAnnualTPrint()) +
+            Faults(frmInstG(project, printer_)) + Faults(frmDailyG(project, printer_)) +
             Faults(frmMain());
         HelpWindow::CloseAll();
         // Two captions of the File menu that are settled; a second press goes on to the other.

@@ -1,11 +1,8 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
-#include <QtTest/QTest>
 
-#include "platform/qt/MSFlexGrid.h"
 #include "platform/qt/Twips.h"
-#include "tests/support/CompareEach.h"
-#include "tests/support/UiDriver.h"
+#include "tests/support/FormTest.h"
 
 namespace rillbook {
 

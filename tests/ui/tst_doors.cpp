@@ -5,16 +5,12 @@
 #include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QtTest/QTest>
 
 #include "platform/desktop/Desktop.h"
 #include "platform/qt/PictureBox.h"
 #include "platform/qt/QtDoors.h"
 #include "platform/qt/QtPrinter.h"
-#include "tests/support/Hardship.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/UiDriver.h"
+#include "tests/support/FormTest.h"
 
 namespace rillbook {
 

@@ -1,22 +1,10 @@
 #include <QClipboard>
-#include <QGuiApplication>
 #include <QRegularExpression>
-#include <QtTest/QtTest>
 
-#include "app/SharedState.h"
 #include "graphs/frmDailyG.h"
 #include "graphs/frmInstG.h"
-#include "platform/desktop/CommonDialog.h"
 #include "platform/qt/PictureBox.h"
-#include "store/FormStuff.h"
-#include "store/ProjectFile.h"
-#include "tests/support/MessageLog.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/RecordingSurface.h"
-#include "tests/support/ReportedChannel.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
-#include "tests/support/UiDriver.h"
+#include "tests/support/FormTest.h"
 
 namespace rillbook {
 
@@ -26,15 +14,16 @@ namespace {
 // and dots. Grid, frame and the axes' labels are left out.
 QString GraphText(const QStringList& drawing) {
     static const QRegularExpression title(u"^text .* bold .*\"(.*)\"$"_qs);
-    static const QRegularExpression curve(u"^(line|circle) .*$"_qs);
     QStringList parts;
     QString unit;
     for (const QString& operation : drawing) {
         const QString text = title.match(operation).captured(1);
         if (text.size() == 1) {
             unit += text;
-        } else if (!text.isEmpty() || curve.match(operation).hasMatch()) {
-            parts += text.isEmpty() ? operation : text;
+        } else if (!text.isEmpty()) {
+            parts += text;
+        } else if (operation.startsWith(u"line ") || operation.startsWith(u"circle ")) {
+            parts += operation;
         }
     }
     return (parts << unit).join(u'\n');
@@ -45,37 +34,17 @@ void LateReading(StationFixture& station) {
     station.WithReadings("2002-01-01", 15, {2, 4}).WithReadings("2002-01-01 01:15", 15, {5, 6});
 }
 
-// The window gets another size while the user reads the message.
-struct SlowReader : MessageLog {
-    QWidget* form = nullptr;
-
-    MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
-                      const QString& title) override {
-        form->resize(700, 500);
-        QCoreApplication::processEvents();
-        return MessageLog::Show(text, buttons, icon, title);
-    }
-};
-
 }  // namespace
 
-class TestGraphs : public QObject {
+class TestGraphs : public FormTest {
     Q_OBJECT
 
 private Q_SLOTS:
     void init() {
-        FailOnAnyWarning();
-        doors_ = std::make_unique<ScriptedDoors>();
-        station_ = std::make_unique<StationFixture>();
-        DescribeReportedChannel();
+        FormTest::init();
         StationInfo.TimeIncrement = 1.0 / 96;
         ReportEndDate = At("2002-01-04");
     }
-    void cleanup() {
-        station_.reset();
-        doors_.reset();
-    }
-
     // Readings at midnight and noon, none on January 3; the midnight that ends the period is a day
     // of its own. A day is 2400 twips from 820 on, and a foot is 100 up from 1620.
     void DrawsDays() {
@@ -111,7 +80,6 @@ private Q_SLOTS:
             QCOMPARE(Loadings(), std::size_t{1});
             const auto& picture = Child<PictureBox>(form, u"Picture1"_qs);
             const QImage before = picture.Image();
-            ChannelInfo[1].RecDesc = u"Depth of the water"_qs;
             form.resize(700, 500);
             QCOMPARE(picture.Image().copy(before.rect()), before);
             QCoreApplication::processEvents();
@@ -124,16 +92,6 @@ private Q_SLOTS:
             Trigger(form, u"mnuEditRefresh"_qs);
             QCOMPARE(Loadings(), std::size_t{1});
         });
-    }
-
-    void TellsOnceWhileTheSizeChanges() {
-        const std::unique_ptr<GraphForm> form = MakeForm(false);
-        SlowReader messages;
-        messages.form = form.get();
-        form->show();
-        QTRY_VERIFY(!messages.texts.isEmpty());
-        QCoreApplication::processEvents();
-        QCOMPARE(messages.texts.join(u' '), u"! No data within dates!"_qs);
     }
 
     void RebuildsAfterSettingsAndSharesOnePlace() {
@@ -178,8 +136,7 @@ private Q_SLOTS:
             }
         });
         QCOMPARE(broken->lines.last(), u"given up"_qs);
-        QCOMPARE(page->dialogTitle + u' ' + page->name,
-                 u"Print Instantaneous Graph - Upper basin"_qs);
+        QCOMPARE(page->name, u"Instantaneous Graph - Upper basin"_qs);
         QCOMPARE(QPoint(page->dialogOrientation, page->orientation), QPoint(2, 2));
         QCOMPARE(turned->orientation, static_cast<int>(cdlPortrait));
         // The plot is 11792 by 8364 twips, its corner at 1972, 1628.
@@ -213,9 +170,9 @@ private Q_SLOTS:
 private:
     std::unique_ptr<GraphForm> MakeForm(bool daily) {
         if (daily) {
-            return std::make_unique<frmDailyG>(u"Upper basin"_qs, cdbprinter_);
+            return std::make_unique<frmDailyG>(u"Upper basin"_qs, printer_);
         }
-        return std::make_unique<frmInstG>(u"Upper basin"_qs, cdbprinter_);
+        return std::make_unique<frmInstG>(u"Upper basin"_qs, printer_);
     }
     QStringList Drawing(bool daily) {
         RecordingSurface surface(9600 + 820 + 420, 1000 + 620 + 520);
@@ -225,12 +182,7 @@ private:
     // Shows a graph and does this in it.
     void InGraph(bool daily, const std::function<void(QWidget&)>& steps) {
         const std::unique_ptr<GraphForm> form = MakeForm(daily);
-        const NextWindow window([&](QWidget& shown) {
-            QCoreApplication::processEvents();
-            steps(shown);
-            shown.close();
-        });
-        form->exec();
+        InForm(*form, steps);
     }
     // Since the last time; each sets the hourglass and the normal pointer.
     std::size_t Loadings() {
@@ -238,10 +190,6 @@ private:
         doors_->pointers.clear();
         return loadings;
     }
-
-    CommonDialog cdbprinter_;
-    std::unique_ptr<ScriptedDoors> doors_;
-    std::unique_ptr<StationFixture> station_;
 };
 
 }  // namespace rillbook

@@ -1,18 +1,12 @@
 #include <QDesktopServices>
 #include <QTreeWidget>
-#include <QtTest/QtTest>
 
 #include "forms/main/DesktopApplication.h"
 #include "forms/main/frmMain.h"
 #include "help/ChmFile.h"
 #include "help/HTMLHelp.h"
 #include "help/HelpPages.h"
-#include "tests/support/DataRows.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/ReportedChannel.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
-#include "tests/support/UiDriver.h"
+#include "tests/support/FormTest.h"
 
 namespace rillbook {
 
@@ -76,19 +70,18 @@ public:
 
 }  // namespace
 
-class TestHelp : public QObject {
+class TestHelp : public FormTest {
     Q_OBJECT
 
 private Q_SLOTS:
     void init() {
-        FailOnAnyWarning();
-        doors_ = std::make_unique<ScriptedDoors>();
+        FormTest::init();
         help_ = HTMLHelp();
         help_.CHMFile = kBuiltHelp;
     }
     void cleanup() {
         help_.HHClose();
-        doors_.reset();
+        FormTest::cleanup();
     }
 
     void tellsWhatHinders_data() {
@@ -264,9 +257,7 @@ private Q_SLOTS:
     }
 
     void staysInUseBesideAReport() {
-        StationFixture station;
-        station.WithReadings("2002-01-01", 720, {2, 4});
-        DescribeReportedChannel();
+        station_->WithReadings("2002-01-01", 720, {2, 4});
         frmMain main;
         main.show();
         main.EnableStationMenus(true);
@@ -306,7 +297,6 @@ public Q_SLOTS:
 
 private:
     const QTemporaryDir folder_;
-    std::unique_ptr<ScriptedDoors> doors_;
     HTMLHelp help_;
     QString opened_;
 };

@@ -1,45 +1,18 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QTemporaryDir>
-#include <QtTest>
 
-#include "app/Application.h"
-#include "app/InitialFile.h"
-#include "app/SharedState.h"
 #include "compute/Compute.h"
 #include "forms/main/StationTree.h"
 #include "forms/main/frmMain.h"
-#include "import/Import.h"
 #include "import/frmImport.h"
 #include "platform/qt/CellTextBox.h"
-#include "platform/qt/MSFlexGrid.h"
 #include "platform/qt/UpDown.h"
-#include "store/FormStuff.h"
-#include "store/StationDatabase.h"
-#include "tests/support/Hardship.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/SeriesText.h"
-#include "tests/support/StationFixture.h"
-#include "tests/support/UiDriver.h"
+#include "tests/support/FormTest.h"
 
 using namespace rillbook;
 
 namespace {
-
-QString GridText(QWidget& form) {
-    const MSFlexGrid& grid = GridOf(form);
-    QStringList lines;
-    for (int row = 1; row < grid.Rows(); ++row) {
-        QStringList cells;
-        for (int col = 0; col < grid.Cols(); ++col) {
-            cells += grid.TextMatrix(row, col);
-        }
-        lines += cells.join(u'|');
-    }
-    return lines.join(u'\n');
-}
 
 void StepChannels(QWidget& form, int steps) {
     for (int i = 0; i < std::abs(steps); ++i) {
@@ -57,30 +30,26 @@ const QString kDecrease = QStringLiteral(
 
 }  // namespace
 
-class TestImportSetup : public QObject {
+class TestImportSetup : public FormTest {
     Q_OBJECT
 
 private Q_SLOTS:
     void init() {
-        FailOnAnyWarning();
-        doors_ = std::make_unique<ScriptedDoors>();
-        station_ = std::make_unique<StationFixture>(2);
+        FormTest::init();
         station_->WithRecord("2002-01-01", {1.5, 2.5});
         ChannelInfo[1] = Channel(9, "ft", "Stage", "Gauge");
         ChannelInfo[2] = Channel(7, "C", "Temperature", "Well");
     }
     void cleanup() {
         form_.reset();
-        station_.reset();
-        doors_.reset();
+        FormTest::cleanup();
     }
 
     void storesWhatWasTyped() {
         Show();
-        QCOMPARE(GridText(*form_), u"|16||date|\n1|9|ft|Stage|Gauge\n2|7|C|Temperature|Well"_qs);
         Child<QComboBox>(*form_, u"cmbFileType"_qs).setCurrentIndex(2);
         StepChannels(*form_, 1);
-        QCOMPARE(GridText(*form_).section(u'\n', 3), u"3|9|||"_qs);
+        QCOMPARE(FilledRows(*form_).section(u'\n', 3), u"4: 9|||"_qs);
         GoTo(*form_, 1, 1);
         PressKeys(*form_, u"14⏎12x⏎"_qs);
         GoTo(*form_, 4, 2);
@@ -104,19 +73,11 @@ private Q_SLOTS:
 
     void editsCells() {
         Show();
-        CellTextBox& box = Child<CellTextBox>(*form_, u"tbSel"_qs);
         GoTo(*form_, 2, 3);
-        PressKeys(*form_, u"Le⎋"_qs);  // dropped
-        QCOMPARE(GridOf(*form_).TextMatrix(2, 3), u"Stage"_qs);
-        QVERIFY(GridOf(*form_).hasFocus() && !box.isVisible());
-        QTest::keyClick(&GridOf(*form_), Qt::Key_F2);
-        PressKeys(*form_, u" 2"_qs);
-        QVERIFY(box.isVisible());
+        PressKeys(*form_, u"Le⎋✎ 2"_qs);  // dropped, and begun anew
         GoTo(*form_, 3, 3);  // leaving the box in any way keeps its text, where it was typed
-        QCOMPARE(GridText(*form_).section(u'\n', 1),
-                 u"1|9|ft|Stage 2|Gauge\n2|7|C|Temperature|Well"_qs);
         PressKeys(*form_, u"⌫"_qs);
-        QCOMPARE(GridText(*form_).section(u'\n', 2), u"2|7|C||Well"_qs);
+        QCOMPARE(FilledRows(*form_).section(u'\n', 1), u"2: 9|ft|Stage 2|Gauge\n3: 7|C||Well"_qs);
     }
 
     // A channel that is taken away and brought back shows what is stored; widths stay behind
@@ -126,17 +87,16 @@ private Q_SLOTS:
         GoTo(*form_, 3, 3);
         PressKeys(*form_, u"Level⏎"_qs);
         StepChannels(*form_, -1);
-        QCOMPARE(GridText(*form_), u"|16||date|\n1|9|ft|Stage|Gauge"_qs);
+        QCOMPARE(FilledRows(*form_), u"1: 16||date|\n2: 9|ft|Stage|Gauge"_qs);
         StepChannels(*form_, 2);
-        QCOMPARE(GridText(*form_).section(u'\n', 2), u"2|7|C|Temperature|Well\n3|9|||"_qs);
+        QCOMPARE(FilledRows(*form_).section(u'\n', 2), u"3: 7|C|Temperature|Well\n4: 9|||"_qs);
         QCOMPARE(GridOf(*form_).ColWidth(1), 0);
         Child<QComboBox>(*form_, u"cmbFileType"_qs).setCurrentIndex(3);
         QCOMPARE(GridOf(*form_).ColWidth(1), 795);
-        StepChannels(*form_, -10);
-        QCOMPARE(Child<QLineEdit>(*form_, u"tbChan"_qs).text(), u"1"_qs);
-        StepChannels(*form_, 120);
-        QCOMPARE(Child<QLineEdit>(*form_, u"tbChan"_qs).text(), u"99"_qs);
-        QCOMPARE(GridOf(*form_).Rows(), 101);
+        for (const auto& [steps, count] : {std::pair(-10, u"1"_qs), {120, u"99"_qs}}) {
+            StepChannels(*form_, steps);
+            QCOMPARE(Child<QLineEdit>(*form_, u"tbChan"_qs).text(), count);
+        }
     }
 
     void asksBeforeItErases() {
@@ -201,13 +161,10 @@ private Q_SLOTS:
     // The column of readings that a header has lost count of is put right; the space of what was
     // deleted is given back.
     void repairsAndCompacts() {
-        for (int i = 0; i < 4000; ++i) {
-            station_->WithRecord(
-                qPrintable(u"2003-01-%1 00:%2:%3"_qs.arg(1 + i / 3600, 2, 10, QChar(u'0'))
-                               .arg(i / 60 % 60, 2, 10, QChar(u'0'))
-                               .arg(i % 60, 2, 10, QChar(u'0'))),
-                {1, 2});
-        }
+        RunPlainSql(
+            station_->Path(),
+            "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 3999) "
+            "INSERT INTO Records SELECT 37622 + i / 86400.0, 1, 2 FROM n");
         StationConnection->Execute(u"DELETE * FROM Records WHERE DateTime > #1/1/2003#"_qs);
         station_->Close();
         RunPlainSql(station_->Path(), "ALTER TABLE Records DROP COLUMN chan2");
@@ -282,8 +239,6 @@ private:
         QVERIFY(QTest::qWaitForWindowActive(form_.get()));
     }
 
-    std::unique_ptr<ScriptedDoors> doors_;
-    std::unique_ptr<StationFixture> station_;
     std::unique_ptr<frmImport> form_;
 };
 

@@ -3,25 +3,13 @@
 #include <QMenu>
 #include <QTemporaryDir>
 #include <QTimer>
-#include <QtTest>
 
-#include "app/Application.h"
-#include "app/InitialFile.h"
-#include "app/SharedState.h"
 #include "forms/main/DesktopApplication.h"
 #include "forms/main/NotesEdit.h"
 #include "forms/main/StationTree.h"
 #include "forms/main/frmMain.h"
 #include "platform/ado/AdoError.h"
-#include "store/FormStuff.h"
-#include "store/ProjectFile.h"
-#include "store/StationDatabase.h"
-#include "tests/support/CompareEach.h"
-#include "tests/support/MessageLog.h"
-#include "tests/support/PlainFiles.h"
-#include "tests/support/ScriptedDoors.h"
-#include "tests/support/StationFixture.h"
-#include "tests/support/UiDriver.h"
+#include "tests/support/FormTest.h"
 
 using namespace rillbook;
 

@@ -1,21 +1,9 @@
 #include <QComboBox>
-#include <QtTest/QtTest>
 
-#include "app/SharedState.h"
 #include "forms/records/frmEditRecords.h"
 #include "forms/reports/frmInstT.h"
-#include "platform/desktop/CommonDialog.h"
-#include "platform/qt/DTPicker.h"
 #include "platform/qt/DataGrid.h"
-#include "platform/qt/MSFlexGrid.h"
-#include "platform/text/Regional.h"
-#include "store/FormStuff.h"
-#include "store/StationDatabase.h"
-#include "tests/support/DataRows.h"
 #include "tests/support/FormTest.h"
-#include "tests/support/Hardship.h"
-#include "tests/support/MessageLog.h"
-#include "tests/support/UiDriver.h"
 
 namespace rillbook {
 
@@ -131,20 +119,15 @@ private Q_SLOTS:
     void Works_data() {
         const DataRows<QString, QString, QString> row("script", "stored", "notes");
         row("?", ALL, "0,0: " SHOWN);
-        row("→2.5↓", "00:00:00 | 2.5 | 10" REST, "");
         row("→2.5⇥3⏎", "00:00:00 | 2.5 | 3" REST, "");
         row("→✎5⏎?", "00:00:00 | 5 | 10" REST,
             "1,1: 1/1/2002|5|10; 1/1/2002 12:15:30 AM|1.5|; 1/1/2002 12:30:00 AM|-1|30");
-        row("→⌫→ ⌫⏎", "00:00:00 | NULL | NULL" REST, "");
-        row("⌫↓", ALL, "");
         row("→2.5↑", ALL, "");  // not left yet
         row("1/1/2002 0:20⏎", "00:15:30 | 1.5 | NULL; 00:20:00 | 1.2 | 10; 00:30:00 | -1 | 30", "");
         row("1/1/2002 0:30⇥⇥9↓↓↑", ALL, TAKEN);
         row("→⌫←1/1/2002 0:30↓?", ALL, TAKEN "; 1,0: " SHOWN);
         row("→9⇥1,5⏎↓", "00:00:00 | 9 | 10" REST, "! \"1,5\" is not a number.");
-        row("→1e99⏎", ALL, "! \"1e99\" is too large a number.");
         row("13/1/2002⏎", ALL, "! \"13/1/2002\" is not a date and time.");
-        row("12:45⏎", ALL, "! \"12:45\" is not a date and time.");
         row(" ⏎", ALL, "! A record can't be without its DateTime.");
         // Ways to leave the window; after a refusal it stays.
         row("→7@", "00:00:00 | 7 | 10" REST, "closed");
@@ -152,15 +135,13 @@ private Q_SLOTS:
         row("1/1/2002 0:30@?", ALL, TAKEN "; open; 0,0: " SHOWN);
         // What the dialog offers.
         row("[]", ALL, "All Channels, 2002-01-01 00:00:00 to 2002-01-01 00:00:00");
-        row("→↓[]", ALL, "Chan 1 (Stage), 2002-01-01 00:15:30 to 2002-01-01 00:15:30");
-        row("→→↓↓9[]", "00:00:00 | 1.2 | 10; 00:15:30 | 1.5 | NULL; 00:30:00 | -1 | 9",
-            "Chan 2 (Stage), 2002-01-01 00:30:00 to 2002-01-01 00:30:00");
+        row("→→↓9[]", "00:00:00 | 1.2 | 10; 00:15:30 | 1.5 | 9; 00:30:00 | -1 | 30",
+            "Chan 2 (Stage), 2002-01-01 00:15:30 to 2002-01-01 00:15:30");
         row("[* all]?", ALL, "2,0: " SHOWN);
         // Whole records: the grid shows what it read.
         row("↓[0]?", "00:00:00 | 1.2 | 10; 00:30:00 | -1 | 30", "1,0: " SHOWN);
         row("[0 2002-01-01~2002-01-01 00:15:30]", "00:30:00 | -1 | 30", "");
         row("[0 2002-01-01 00:00:01~2002-01-01 00:15:29]", ALL, "");
-        row("[0 2002-01-02~2002-01-01]", ALL, "");
         row("[0 all]→5↑6⏎?[1][2 all][0 all]", "",
             "! The record of 1/1/2002 12:30:00 AM could not be stored: " GONE
             "; ! The record isn't in the table any more.; 1,1: 1/1/2002|1.2|10; ||; ||");
@@ -173,7 +154,6 @@ private Q_SLOTS:
         row("1/2/2002⏎[1 2002-01-01~2002-01-01 00:30]?",
             "00:15:30 | NULL | NULL; 00:30:00 | NULL | 30; 2002-01-02 00:00:00 | 1.2 | 10",
             "2,0: 1/2/2002|1.2|10; 1/1/2002 12:15:30 AM||; 1/1/2002 12:30:00 AM||30");
-        row("[1 2002-01-02~2002-01-03][1 2002-01-01~2001-12-31]", ALL, "");
     }
     void Works() {
         QFETCH(QString, script);
@@ -186,7 +166,7 @@ private Q_SLOTS:
     }
 
     void ShowsWhatItIsOf() {
-        InEditor([this](QWidget& form) {
+        InEditor([](QWidget& form) {
             QString titles = form.windowTitle();
             for (int col = 0; col < 3; ++col) {
                 titles += u'|' + Grid(form).model()->headerData(col, Qt::Horizontal).toString();
@@ -197,18 +177,14 @@ private Q_SLOTS:
             InDelete(form, [&form](QWidget& dialog) {
                 const QPoint button = Child<QWidget>(form, u"cmdDelete"_qs).pos();
                 QCOMPARE(dialog.pos() - form.pos() - button, QPoint(-147, -80));
-                QCOMPARE(dialog.windowTitle(), u"Delete"_qs);
             });
-            QCOMPARE(doors_->pointers, (std::vector<int>{vbHourglass, vbDefault}));
         });
         QCOMPARE(doors_->pointers.size(), 4U);
+        QCOMPARE(doors_->MousePointer(), int{vbDefault});
     }
 
     void EditsInOtherRegions() {
-        RegionalSettings() = {.decimalSign = u","_qs,
-                              .groupSign = u"."_qs,
-                              .shortDate = u"dd.MM.yyyy"_qs,
-                              .longTime = u"HH:mm:ss"_qs};
+        UseOtherRegion();
         QStringList notes;
         InEditor([&](QWidget& form) { Do(form, u"2.1.2002 14:05⇥1.234,5⏎?"_qs, notes); });
         QCOMPARE(notes.join(u"; "_qs),
@@ -231,7 +207,6 @@ private Q_SLOTS:
     void PicksTimes_data() {
         const DataRows<int, QString, QString> row("section", "keys", "picked");
         row(QDateTimeEdit::MonthSection, "↑", "2/1/02 12:15 AM = 2002-02-01 00:15:30");
-        row(QDateTimeEdit::YearSection, "98", "1/1/98 12:15 AM = 1998-01-01 00:15:30");
         row(QDateTimeEdit::MinuteSection, "↑", "1/1/02 12:16 AM = 2002-01-01 00:16:00");
         row(QDateTimeEdit::MinuteSection, "↑↓", "1/1/02 12:15 AM = 2002-01-01 00:15:30");
         row(QDateTimeEdit::AmPmSection, "pm", "1/1/02 12:15 PM = 2002-01-01 12:15:00");
@@ -319,31 +294,23 @@ private Q_SLOTS:
 
     // Whatever became of the last dialog.
     void RebuildsTheReport() {
-        frmInstT report(u"P"_qs, cdbprinter_);
+        frmInstT report(u"P"_qs, printer_);
         report.show();
-        for (const QString& reading : {u"8"_qs, u"9"_qs}) {
-            DialogCancelled = reading == u"8"_qs;
-            QStringList notes;
-            const NextWindow editor([&](QWidget& form) {
-                Activate(form);
-                Do(form, u"→%1@"_qs.arg(reading), notes);
-            });
-            Trigger(report, u"mnuEditRecords"_qs);
-            const auto& table = Child<MSFlexGrid>(report, u"MSFlexGrid1"_qs);
-            QCOMPARE(table.TextMatrix(1, 2), reading + u".00"_qs);
-        }
+        DialogCancelled = true;
+        QStringList notes;
+        const NextWindow editor([&](QWidget& form) {
+            Activate(form);
+            Do(form, u"→8@"_qs, notes);
+        });
+        Trigger(report, u"mnuEditRecords"_qs);
+        QCOMPARE(GridOf(report).TextMatrix(1, 2), u"8.00"_qs);
     }
 
 private:
     // Closes the window at the end.
     static void InEditor(const std::function<void(QWidget& form)>& steps) {
         frmEditRecords form;
-        const NextWindow window([&](QWidget& opened) {
-            Activate(opened);
-            steps(opened);
-            opened.close();
-        });
-        form.exec();
+        InForm(form, steps);
     }
     QString Stored() const {
         return station_->Dump("Records")
@@ -356,8 +323,6 @@ private:
                station_->panel.Text(Item::BeginDate) + u" to "_qs +
                station_->panel.Text(Item::EndDate);
     }
-
-    CommonDialog cdbprinter_;
 };
 
 }  // namespace rillbook
