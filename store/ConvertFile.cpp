@@ -116,7 +116,8 @@ ConvertedFile Convert(const QString& file) {
     ConvertedFile result;
     result.left = FillStation(draft.Path(), read);
     RequireSameStation(draft.Path(), read);
-    // An Access file from a read-only disk may be read-only itself; its station is to be worked with.
+    // An Access file from a read-only disk may be read-only itself; its station is to be worked
+    // with.
     QFile::setPermissions(draft.Path(), QFile::permissions(file) | QFileDevice::WriteOwner);
     Require(SyncFile(draft.Path()));
     source.Require();

@@ -1,5 +1,5 @@
-// Imports: small files of each kind, the samples, files that are none, and imports that end before
-// their time or whose station can't take records.
+// Imports: small files of each kind, the samples, loggers' own files from the field, files that are
+// none, and imports that end before their time or whose station can't take records.
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/ioctl.h>
@@ -18,6 +18,7 @@ using namespace rillbook;
 namespace {
 
 const QString samplesFolder = QStringLiteral(RILLBOOK_SOURCE_DIR "/samples/");
+const QString fieldFolder = QStringLiteral(RILLBOOK_SOURCE_DIR "/../shared/data/");
 
 // "readable, unreadable, repeated" of the last message, then what else was told, without the
 // system's own words.
@@ -129,22 +130,23 @@ private Q_SLOTS:
             }
         }
     }
-    void samples() {
-        QFETCH(QString, name);
-        QFETCH(int, type);
-        QFETCH(QString, widths);
-        StationFixture station(static_cast<int>(widths.count(u',')));
-        SetLayout(type, widths);
-        const QString counts = Import(samplesFolder + name);
-        QStringList lacking;
-        for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
-            lacking += u"count(*) - count(chan%1)"_qs.arg(chan);
+    void samples() { CheckIn(samplesFolder); }
+
+    // Loggers' own files from the field.
+    void fieldFiles_data() {
+        if (!QDir(fieldFolder).exists()) {
+            QSKIP("Files from the field aren't at hand");
         }
-        const QString query = u"SELECT %1 FROM Records"_qs.arg(lacking.join(u", "_qs));
-        QTEST(counts + u"; "_qs + station.Dump(qPrintable(query)).replace(u" | "_qs, u", "_qs),
-              "result");
-        QCOMPARE(station.Dump("SELECT count(*) FROM Records"), counts.section(u',', 0, 0));
+        const DataRows<QString, int, QString, QString> row("name", "type", "widths", "result");
+        row("type1_five_channels_bom.csv", 0, "0, 0, 0, 0, 0, 0",
+            "7770, 2, 0; 3885, 3885, 3885, 3886, 3885");
+        row("type1_hourly_oxygen.csv", 0, "0, 0, 0, 0, 0, 0", "5017, 2, 0; 0, 0, 0, 0, 0");
+        row("type1_year_first_refused.csv", 0, "0, 0", "0, 2808, 0; 0");
+        row("type2_level_logger.csv", 1, "0, 0, 0", "2184, 2, 0; 0, 0");
+        row("fixed_discharge_15min.txt", 2, "14, 12", "40000, 0, 0; 0");
+        row("campbell_pressure.dat", 3, "15, 11, 11, 11", "52142, 0, 139; 0, 0, 0");
     }
+    void fieldFiles() { CheckIn(fieldFolder); }
 
     // Each attempt waits for the lock: thousands of lines must not wait in turn.
     void lockedByAnotherProgram() {
@@ -214,6 +216,24 @@ private Q_SLOTS:
                      lines - stored));
         QCOMPARE(Import(file), u"%1, 0, %2"_qs.arg(lines - stored).arg(stored));
         QCOMPARE(StoredReadings(station), lines);
+    }
+
+private:
+    static void CheckIn(const QString& folder) {
+        QFETCH(QString, name);
+        QFETCH(int, type);
+        QFETCH(QString, widths);
+        StationFixture station(static_cast<int>(widths.count(u',')));
+        SetLayout(type, widths);
+        const QString counts = Import(folder + name);
+        QStringList lacking;
+        for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
+            lacking += u"count(*) - count(chan%1)"_qs.arg(chan);
+        }
+        const QString query = u"SELECT %1 FROM Records"_qs.arg(lacking.join(u", "_qs));
+        QTEST(counts + u"; "_qs + station.Dump(qPrintable(query)).replace(u" | "_qs, u", "_qs),
+              "result");
+        QCOMPARE(station.Dump("SELECT count(*) FROM Records"), counts.section(u',', 0, 0));
     }
 };
 
