@@ -12,6 +12,16 @@ const DateTime kEnd = At("2002-03-02");
 
 const QString kFieldFolder = QStringLiteral(RILLBOOK_SOURCE_DIR "/../shared/data/");
 
+// The lines of a file as columns.
+QList<QStringList> Lines(const QString& name) {
+    QList<QStringList> lines;
+    for (const QString& line :
+         QString::fromLatin1(ReadBytes(kFieldFolder + name)).split(u'\n', Qt::SkipEmptyParts)) {
+        lines += line.trimmed().split(u',');
+    }
+    return lines;
+}
+
 class TestSeries : public QObject {
     Q_OBJECT
 
@@ -190,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(DailyCount, 0);
     }
 
-    // A logger's own file against what its owners published.
+    // Loggers' own files against what their owners published.
     void StageCorrectedByTheJournal() {
         if (!QDir(kFieldFolder).exists()) {
             QSKIP("The field data isn't on this machine");
@@ -207,11 +217,7 @@ private Q_SLOTS:
         LoadSeries(At("2019-08-21"), At("2019-11-22"), 1);
         QStringList differing;
         std::size_t i = 0;
-        const QByteArray published =
-            ReadBytes(kFieldFolder + u"type1_stage_corrected_expected.csv"_qs);
-        for (const QString& line :
-             QString::fromLatin1(published).split(u'\n', Qt::SkipEmptyParts)) {
-            const QStringList row = line.trimmed().split(u',');
+        for (const QStringList& row : Lines(u"type1_stage_corrected_expected.csv"_qs)) {
             QCOMPARE(MomentText(InstTimes.at(++i)), row[0] + u":00"_qs);
             const bool byHand = row[3] == u"1";
             if (!byHand && !(std::abs(InstValues[i] - row[2].toDouble()) <= 1e-5)) {
@@ -220,6 +226,36 @@ private Q_SLOTS:
         }
         QCOMPARE(differing.join(u'\n'), QString());
         QCOMPARE(static_cast<std::size_t>(InstCount), i);
+    }
+
+    void DailyMeansOfDischarge() {
+        if (!QDir(kFieldFolder).exists()) {
+            QSKIP("The field data isn't on this machine");
+        }
+        ScriptedDoors doors;
+        StationFixture station;
+        StationInfo.ImportType = 1;
+        StationInfo.TimeIncrement = MomentOf(0, 15 * 60);
+        doors.ExpectMessage(ImportMessage(216115, 0, 24));
+        ImportFile(kFieldFolder + u"type2_discharge_15min.csv"_qs);
+        LoadDailySeries(At("2008-01-01"), At("2016-01-01"), 1);
+        QHash<QString, double> means;
+        for (std::size_t i = 1; i <= static_cast<std::size_t>(DailyCount); ++i) {
+            means.insert(MomentText(DailyDates[i]).left(10), DailyMean[i]);
+        }
+        int compared = 0;
+        int withinHalf = 0;
+        for (const QStringList& row : Lines(u"type2_discharge_published_daily.csv"_qs)) {
+            if (row.last() == u"1" && means.contains(row[0])) {
+                const double published = row[1].toDouble();
+                const double difference = std::abs(means.value(row[0]) - published);
+                ++compared;
+                withinHalf += difference <= std::max(0.0051 * published, 0.005) ? 1 : 0;
+            }
+        }
+        // The published rule takes trapezoids from midnight to midnight, so that not every day
+        // agrees.
+        QCOMPARE(QList<int>({compared, withinHalf}), QList<int>({1575, 1415}));
     }
 };
 
