@@ -1,6 +1,5 @@
 #include "platform/qt/RecordModel.h"
 
-#include <memory>
 #include <utility>
 
 #include "platform/text/DateTime.h"
@@ -70,15 +69,15 @@ void RecordModel::SetHeading(int col, const QString& heading) {
     }
 }
 
-const QStringList& RecordModel::TextsOf(int row) const {
+QStringList RecordModel::TextsOf(int row) const {
     if (const QStringList* known = near_.object(row)) {
         return *known;
     }
-    auto texts = std::make_unique<QStringList>();
+    QStringList texts;
     try {
-        rows_->PeekTexts(row + 1, *texts);
-        for (int col = 0; col < texts->size(); ++col) {
-            (*texts)[col] = ShownText(col, texts->at(col));
+        rows_->PeekTexts(row + 1, texts);
+        for (int col = 0; col < texts.size(); ++col) {
+            texts[col] = ShownText(col, texts.at(col));
         }
     } catch (const AdoError& error) {
         if (!readingFailed_) {
@@ -86,9 +85,8 @@ const QStringList& RecordModel::TextsOf(int row) const {
             Q_EMIT Failed(QStringLiteral("The records could not be read: ") + error.Description());
         }
     }
-    QStringList* read = texts.release();
-    near_.insert(row, read);
-    return *read;
+    near_.insert(row, new QStringList(texts));  // which owns it
+    return texts;
 }
 
 QString RecordModel::ShownText(int col, const QString& stored) const {
@@ -179,13 +177,13 @@ bool RecordModel::StoreRow() {
     const int row = std::exchange(changedRow_, -1);
     try {
         rows_->Update();
-        return true;
     } catch (const AdoError& error) {
         Q_EMIT Failed(WhyRefused(error));
+        rows_->CancelUpdate();
+        RowChanged(row);
+        return false;
     }
-    rows_->CancelUpdate();
-    RowChanged(row);
-    return false;
+    return true;
 }
 
 void RecordModel::RowChanged(int row) {

@@ -45,7 +45,7 @@ Q_SIGNALS:
     void Failed(const QString& why) const;
 
 private:
-    const QStringList& TextsOf(int row) const;
+    QStringList TextsOf(int row) const;
     QString ShownText(int col, const QString& stored) const;
     void SetField(int col, const QString& text);
     QString WhyRefused(const AdoError& error);

@@ -214,9 +214,9 @@ private Q_SLOTS:
         ChannelInfo[1].ConvDesc.clear();
         for (const auto& [button, names] :
              {std::pair(u"cmdCancel"_qs, u"- cfs"_qs), {u"cmdOK"_qs, u"Stage- m3/s"_qs}}) {
-            InList([&](QWidget& list) {
+            InList([pressed = button](QWidget& list) {
                 TypeText(list, u"tbConvLabel"_qs, u"m3/s"_qs);
-                Click(list, button);
+                Click(list, pressed);
             });
             QCOMPARE(ChannelInfo[1].ConvDesc + u"- "_qs + ChannelInfo[1].ConvLabel, names);
         }
