@@ -24,7 +24,7 @@ namespace {
 
 const QStringList kTables = {u"information"_qs, u"RECORDS"_qs, u"Calibration"_qs,
                              u"ConversionEq"_qs, u"ConversionT"_qs};
-constexpr const char* kCauses[] = {"missing", "foreign", "later",    "protected",
+constexpr const char* kCauses[] = {"missing", "foreign", "later",    "protected", "encrypted",
                                    "in use",  "damaged", "too much", "no helper"};
 
 QString TextOf(const Value& value) {
@@ -340,7 +340,7 @@ private Q_SLOTS:
         row("unknown version", Patched(Station(), 20, "\x9"), 1, "damaged");
         row("password", change(0x42), 1, "protected");
         row("password's last character", change(0x68), 1, "protected");
-        row("other key", change(0x3E), 1, "damaged");
+        row("encrypted", change(0x3E), 1, "encrypted");
         row("fewer rows than counted", change(26 * 4096 + 16), 1, "damaged");
         row("a text column as an object", Patched(Station(), 98367, "\xB"), 1, "damaged");
         row("no such type of column", Patched(Station(), 98692, "\x83"), 1, "damaged");
