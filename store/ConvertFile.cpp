@@ -139,6 +139,9 @@ ConvertedFile Convert(const QString& file) {
 ConvertedFile ConvertFile(const QString& path) {
     // Not in the place of a link to it.
     const QString file = QFileInfo(path).canonicalFilePath();
+    if (file.isEmpty()) {
+        throw ConversionError(QStringLiteral("The file isn't there or can't be read."));
+    }
     const QStringList companions = CompanionsOf(file);
     if (!companions.isEmpty()) {
         throw ConversionError(

@@ -19,10 +19,6 @@ ConversionCommand* theCommand = nullptr;
 // A box with a line for each of a hundred stations wouldn't fit on the screen.
 constexpr qsizetype kMostLines = 20;
 
-QString FileName(const QString& path) {
-    return QFileInfo(path).fileName();
-}
-
 QString LeftText(const QString& what, const QStringList& names) {
     return names.isEmpty()
                ? QString()
@@ -30,8 +26,11 @@ QString LeftText(const QString& what, const QStringList& names) {
 }
 
 QString ConvertedText(const QString& path, const ConvertedFile& result) {
+    // A link may lead to another folder.
+    const QFileInfo kept(result.kept);
+    const bool isBeside = kept.path() == QFileInfo(path).path();
     return QStringLiteral("%1 was converted; the Access file is now %2.")
-               .arg(path, FileName(result.kept)) +
+               .arg(path, isBeside ? kept.fileName() : kept.filePath()) +
            LeftText(QStringLiteral("table"), result.left.tables) +
            LeftText(QStringLiteral("column"), result.left.columns);
 }

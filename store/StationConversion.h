@@ -23,7 +23,6 @@ public:
 
 private:
     bool IsWanted(const QString& path);
-    void Convert(const QString& path);
     void Tell() const;
 
     ConversionCommand* outer_;

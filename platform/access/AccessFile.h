@@ -53,11 +53,12 @@ public:
         Missing,    // no file, or not readable by this user
         Foreign,    // no Access file
         Later,      // of a later kind (".accdb")
-        Protected,  // by a password; one that is encoded only is read
-        InUse,      // another program holds it open
-        Damaged,    // the library tells damage, what it gives doesn't hang together, or it died
-        TooMuch,    // more time or memory than any station needs
-        NoHelper    // rillbook-access isn't installed beside the program, or doesn't start
+        Protected,  // by a password
+        Encrypted,
+        InUse,    // another program holds it open
+        Damaged,  // the library tells damage, what it gives doesn't hang together, or it died
+        TooMuch,  // more time or memory than any station needs
+        NoHelper  // rillbook-access isn't installed beside the program, or doesn't start
     };
     ReadError(Cause cause, const QString& text)
         : std::runtime_error(text.toStdString()), cause_(cause) {}

@@ -26,6 +26,8 @@ QString SentenceOf(Cause cause) {
                 "The file is of a later kind of Access (\".accdb\"), which can't be read.");
         case Cause::Protected:
             return QStringLiteral("The file is protected by a password.");
+        case Cause::Encrypted:
+            return QStringLiteral("The file is encrypted.");
         case Cause::InUse:
             return QStringLiteral("Another program has the file open.");
         case Cause::Damaged:

@@ -97,6 +97,9 @@ void JetReader::RequireUnprotected() const {
             Raise(Cause::Protected);
         }
     }
+    if (file_->f->db_key != 0) {
+        Raise(Cause::Encrypted);
+    }
 }
 
 QByteArrayView JetReader::ReadPage(std::uint32_t page) {

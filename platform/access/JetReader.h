@@ -14,10 +14,10 @@
 
 namespace rillbook::access {
 
-// Reads an Access file by way of libmdb: that one gives the pages (decoded, where the file is
-// encoded), the definitions of the tables and which pages are theirs. Rows are taken apart here, as
-// the library passes over what doesn't hang together in them, and takes a column that came after a
-// row for part of it. Raises ReadError; the library may also end the process.
+// Reads an Access file by way of libmdb: that one gives the pages, the definitions of the tables
+// and which pages are theirs. Rows are taken apart here, as the library passes over what doesn't
+// hang together in them, and takes a column that came after a row for part of it. Raises ReadError;
+// the library may also end the process.
 class JetReader {
 public:
     // REQUIRES: the descriptor is a file's, and stays open.

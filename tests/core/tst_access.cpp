@@ -24,7 +24,7 @@ namespace {
 
 const QStringList kTables = {u"information"_qs, u"RECORDS"_qs, u"Calibration"_qs,
                              u"ConversionEq"_qs, u"ConversionT"_qs};
-constexpr const char* kCauses[] = {"missing", "foreign", "later",    "protected",
+constexpr const char* kCauses[] = {"missing", "foreign", "later",    "protected", "encrypted",
                                    "in use",  "damaged", "too much", "no helper"};
 
 QString TextOf(const Value& value) {
@@ -311,6 +311,8 @@ private Q_SLOTS:
         QCOMPARE(taken(QByteArray("\5\7\0\x80z\5\3\3\2\x09", 10)),
                  u"7 NULL \"\u20acz\" 0 NULL NULL"_qs);
         QCOMPARE(taken(Patched(early, 10, "\x19")), u"damaged"_qs);  // a NULL with a text
+        // What a longer text left behind.
+        QCOMPARE(taken(QByteArray(early).insert(6, 'q')), taken(early));
         // 300 bytes of text: a jump to the next 256 before the second column and the end.
         const QByteArray wide = QByteArray("\5\7\0", 3) + QByteArray(200, 'a') +
                                 QByteArray(100, 'b') + QByteArray("\x2F\xCB\3\2\2\x1B", 6);
@@ -326,6 +328,13 @@ private Q_SLOTS:
         }
         table.columns[4].fixedOffset = 1;
         QCOMPARE(CauseOf([&] { RequireConsistent(table); }), u"damaged"_qs);
+        // A yes/no with a byte of its own.
+        table = {.isJet3 = true, .everColumns = 3, .everVariableColumns = 0, .columns = {}};
+        table.columns = {column("n", StoredType::Integer, 0, 0),
+                         column("yes", StoredType::YesNo, 1, 2),
+                         column("m", StoredType::Integer, 2, 3)};
+        RequireConsistent(table);
+        QCOMPARE(taken(QByteArray("\3\7\0\1\x9\0\7", 7)), u"7 1 9"_qs);
     }
 
     void refuses_data() {
@@ -340,7 +349,7 @@ private Q_SLOTS:
         row("unknown version", Patched(Station(), 20, "\x9"), 1, "damaged");
         row("password", change(0x42), 1, "protected");
         row("password's last character", change(0x68), 1, "protected");
-        row("other key", change(0x3E), 1, "damaged");
+        row("encrypted", change(0x3E), 1, "encrypted");
         row("fewer rows than counted", change(26 * 4096 + 16), 1, "damaged");
         row("a text column as an object", Patched(Station(), 98367, "\xB"), 1, "damaged");
         row("no such type of column", Patched(Station(), 98692, "\x83"), 1, "damaged");

@@ -176,8 +176,8 @@ private Q_SLOTS:
         row("Records: @DateTime chan1 chan2; 37257.249999997 1.2000000476837158 -; 37257.3 - 0",
             "Records",
             "DateTime chan1 chan2; 37257.25 1.20000004768371582031e+00 NULL; 37257.3 NULL 0");
-        row("Records: @DateTime chan1; 37257.25 2; 37257.000001 3; 37258.99999999999 1", "Records",
-            "DateTime chan1; 37257.000001 3; 37257.25 2; 37259 1");
+        row("Records: @DateTime chan1; 37257.250001 2; 37257.25 3; 37258.99999999999 1", "Records",
+            "DateTime chan1; 37257.25 3; 37257.250001 2; 37259 1");
         row("Records: chan2 ID @datetime CHAN1 !chan3; 1 7 37257 2 -", "Records",
             "DateTime chan2 chan1 chan3; 37257 1 2 NULL");
         row("Information: @begdate channels secondary 'notes; 37257 40000 0.5 ''; - -2 '7' 'x'",
@@ -455,6 +455,19 @@ private Q_SLOTS:
                  u"creek.mdb was converted; the Access file is now %1."_qs.arg(now));
         QVERIFY(folder.IsConverted(now));
         QTEST(folder.Names(), "names");
+    }
+
+    void tellsWhereALinkLed() {
+        const Folder folder;
+        const QTemporaryDir elsewhere;
+        const QString link = elsewhere.filePath(u"stream.mdb"_qs);
+        QVERIFY(QFile::link(folder.Path(), link));
+        const MessageLog log(MsgBoxAnswer::Yes);
+        QVERIFY(OpenDB(link));
+        CloseOpenStation();
+        QCOMPARE(log.texts.value(1), u"%1 was converted; the Access file is now %2."_qs.arg(
+                                         link, folder.File(u"creek.access.mdb"_qs)));
+        QVERIFY(folder.IsConverted() && QFileInfo(link).isSymLink());
     }
 
     // At a step of the database's work: the file is as it was, and nothing lies beside it.
