@@ -6,6 +6,8 @@
 #include <array>
 #include <set>
 
+#include "platform/access/StoredBytes.h"
+
 namespace rillbook::access {
 
 namespace {
@@ -28,18 +30,6 @@ constexpr quint32 kLongestValue = 8U << 20U;  // in bytes; notes of a field visi
 
 constexpr int kTableObject = 1;
 constexpr quint32 kSystemObject = 0x80000002;
-
-void Require(bool holds) {
-    if (!holds) {
-        Raise(Cause::Damaged);
-    }
-}
-
-template <typename Number>
-Number Read(QByteArrayView bytes, qsizetype offset) {
-    Require(offset >= 0 && offset + qsizetype{sizeof(Number)} <= bytes.size());
-    return qFromLittleEndian<Number>(bytes.data() + offset);
-}
 
 StoredColumn StoredColumnOf(const MdbColumn& column) {
     return {.name = QString::fromUtf8(column.name),

@@ -1,13 +1,12 @@
 #include "platform/access/JetRow.h"
 
 #include <QStringList>
-#include <QtEndian>
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 
-#include "platform/access/AccessProtocol.h"
+#include "platform/access/StoredBytes.h"
 #include "platform/text/CodePage.h"
 
 namespace rillbook::access {
@@ -17,18 +16,6 @@ namespace {
 // The range of date-times that Access can show, the years 100 to 9999.
 constexpr double kFirstDay = -657434;
 constexpr double kBehindLastDay = 2958466;
-
-void Require(bool holds) {
-    if (!holds) {
-        Raise(ReadError::Cause::Damaged);
-    }
-}
-
-template <typename Number>
-Number Read(QByteArrayView bytes, qsizetype offset = 0) {
-    Require(offset >= 0 && offset + qsizetype{sizeof(Number)} <= bytes.size());
-    return qFromLittleEndian<Number>(bytes.data() + offset);
-}
 
 bool Is(const StoredColumn& column, StoredType type) {
     return column.type == static_cast<int>(type);
