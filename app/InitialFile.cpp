@@ -27,7 +27,7 @@ struct WindowSetting {
     std::int16_t standard;
 };
 
-// In the order in which they are read and written.
+// In the order in which they are read.
 const std::array<WindowSetting, 12> kWindowSettings{{{"MainTop", &MainTop, 1000},
                                                      {"MainLeft", &MainLeft, 1500},
                                                      {"GraphH", &GraphH, 6500},
@@ -41,7 +41,7 @@ const std::array<WindowSetting, 12> kWindowSettings{{{"MainTop", &MainTop, 1000}
                                                      {"AnnualL", &AnnualL, 100},
                                                      {"AnnualM", &AnnualM, 0}}};
 
-// A number that isn't whole is rounded. Nothing where it doesn't fit.
+// A number that isn't whole is rounded. Nothing if it doesn't fit.
 std::optional<std::int16_t> StoredNumber(const QString& text) {
     bool isNumber = false;
     const double number = std::nearbyint(text.toDouble(&isNumber));
@@ -55,11 +55,11 @@ std::optional<std::int16_t> StoredNumber(const QString& text) {
 
 void LoadAppSettings() {
     ResetInitialFile();
-    const QString folder = GetSetting(Application::Title(), kSection, kInitDirKey);
+    const QMap<QString, QString> texts = GetSettings(Application::Title(), kSection);
+    const QString folder = texts.value(kInitDirKey);
     InitDir = folder.isEmpty() ? kInitDirDefault : folder;
     for (const WindowSetting& setting : kWindowSettings) {
-        const QString text =
-            GetSetting(Application::Title(), kSection, QString::fromLatin1(setting.key));
+        const QString text = texts.value(QString::fromLatin1(setting.key));
         const std::optional<std::int16_t> stored =
             text.isEmpty() ? setting.standard : StoredNumber(text);
         if (!stored) {
@@ -70,11 +70,11 @@ void LoadAppSettings() {
 }
 
 void SaveAppSettings() {
-    SaveSetting(Application::Title(), kSection, kInitDirKey, InitDir);
+    QMap<QString, QString> texts{{kInitDirKey, InitDir}};
     for (const WindowSetting& setting : kWindowSettings) {
-        SaveSetting(Application::Title(), kSection, QString::fromLatin1(setting.key),
-                    QString::number(*setting.value));
+        texts.insert(QString::fromLatin1(setting.key), QString::number(*setting.value));
     }
+    SaveSettings(Application::Title(), kSection, texts);
 }
 
 void FillMonthNames() {

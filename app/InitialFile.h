@@ -16,8 +16,9 @@ extern std::int16_t AnnualH, AnnualW, AnnualT, AnnualL, AnnualM;
 extern std::array<QString, 13> MonthNames;
 
 // Fills the variables from the per-user settings, a missing key giving its default. A stored text
-// that is no number of 16 bits ends the load there: the variables behind it are 0.
+// that is not a number of 16 bits ends the load there: it and the variables after it are 0.
 void LoadAppSettings();
+// All of them or none.
 void SaveAppSettings();
 void FillMonthNames();
 

@@ -4,13 +4,13 @@
 
 namespace rillbook {
 
-QString GetSetting(const QString& application, const QString& section, const QString& key) {
-    return Settings().Get(application, section, key);
+QMap<QString, QString> GetSettings(const QString& application, const QString& section) {
+    return Settings().Get(application, section);
 }
 
-void SaveSetting(const QString& application, const QString& section, const QString& key,
-                 const QString& text) {
-    Settings().Save(application, section, key, text);
+void SaveSettings(const QString& application, const QString& section,
+                  const QMap<QString, QString>& texts) {
+    Settings().Save(application, section, texts);
 }
 
 }  // namespace rillbook

@@ -6,8 +6,10 @@
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QSettings>
+#include <QTemporaryDir>
 
 #include "platform/desktop/Desktop.h"
+#include "platform/desktop/ReplaceFile.h"
 
 namespace rillbook {
 
@@ -166,15 +168,40 @@ std::optional<QString> QtDoors::Ask(const FileRequest& request) {
     return QFileInfo(dialog.selectedFiles().first()).absoluteFilePath();
 }
 
-QString QtDoors::Get(const QString& application, const QString& section, const QString& key) {
+QMap<QString, QString> QtDoors::Get(const QString& application, const QString& section) {
     QSettings store(QSettings::IniFormat, QSettings::UserScope, application, application);
-    return store.value(section + u'/' + key).toString();
+    store.beginGroup(section);
+    QMap<QString, QString> texts;
+    const QStringList keys = store.childKeys();
+    for (const QString& key : keys) {
+        // A comma without quotes, typed by hand, makes a list of the text.
+        texts.insert(key, store.value(key).toStringList().join(u','));
+    }
+    return texts;
 }
 
-void QtDoors::Save(const QString& application, const QString& section, const QString& key,
-                   const QString& text) {
-    QSettings store(QSettings::IniFormat, QSettings::UserScope, application, application);
-    store.setValue(section + u'/' + key, text);
+// QSettings would wait half a minute for the lock file of a program that was killed while making
+// it. So it only makes the bytes, in a folder of their own, and the file is replaced as a whole.
+void QtDoors::Save(const QString& application, const QString& section,
+                   const QMap<QString, QString>& texts) {
+    const QSettings stored(QSettings::IniFormat, QSettings::UserScope, application, application);
+    const QTemporaryDir folder;
+    const QString draft = folder.filePath(QStringLiteral("settings.ini"));
+    QSettings changed(draft, QSettings::IniFormat);
+    const QStringList keys = stored.allKeys();
+    for (const QString& key : keys) {
+        changed.setValue(key, stored.value(key));
+    }
+    for (const auto& [key, text] : texts.asKeyValueRange()) {
+        changed.setValue(section + u'/' + key, text);
+    }
+    changed.sync();
+    QFile bytes(draft);
+    if (stored.status() != QSettings::AccessError && changed.status() == QSettings::NoError &&
+        bytes.open(QIODevice::ReadOnly)) {
+        QDir().mkpath(QFileInfo(stored.fileName()).path());
+        ReplaceFile(stored.fileName(), bytes.readAll());
+    }
 }
 
 void QtDoors::Clear() {

@@ -25,9 +25,9 @@ public:
     MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
                       const QString& title) override;
     std::optional<QString> Ask(const FileRequest& request) override;
-    QString Get(const QString& application, const QString& section, const QString& key) override;
-    void Save(const QString& application, const QString& section, const QString& key,
-              const QString& text) override;
+    QMap<QString, QString> Get(const QString& application, const QString& section) override;
+    void Save(const QString& application, const QString& section,
+              const QMap<QString, QString>& texts) override;
     void Clear() override;
     void SetText(const QString& text) override;
     QString GetText() override;

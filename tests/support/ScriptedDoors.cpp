@@ -137,12 +137,4 @@ std::unique_ptr<Printer> ScriptedDoors::BeginDoc(const QString& name, int orient
     return std::make_unique<RecordingPrinter>(expected.width, expected.height, expected.recording);
 }
 
-QString ScriptedDoors::Get(const QString&, const QString&, const QString& key) {
-    return settings.value(key);
-}
-
-void ScriptedDoors::Save(const QString&, const QString&, const QString& key, const QString& text) {
-    settings.insert(key, text);
-}
-
 }  // namespace rillbook

@@ -58,9 +58,10 @@ public:
     MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
                       const QString& title) override;
     std::optional<QString> Ask(const FileRequest& request) override;
-    QString Get(const QString& application, const QString& section, const QString& key) override;
-    void Save(const QString& application, const QString& section, const QString& key,
-              const QString& text) override;
+    QMap<QString, QString> Get(const QString&, const QString&) override { return settings; }
+    void Save(const QString&, const QString&, const QMap<QString, QString>& texts) override {
+        settings.insert(texts);
+    }
     void Clear() override { clipboardText.clear(); }
     void SetText(const QString& text) override { clipboardText = text; }
     QString GetText() override { return clipboardText; }

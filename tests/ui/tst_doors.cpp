@@ -1,10 +1,16 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <QClipboard>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSet>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <csignal>
 
 #include "platform/desktop/Desktop.h"
 #include "platform/qt/PictureBox.h"
@@ -114,13 +120,55 @@ private Q_SLOTS:
         QCOMPARE(dialog_.FileTitle, u"before.prj"_qs);
     }
 
+    // Also those of other keys, and those that were typed into the file by hand. A lock file that a
+    // killed program left behind delays nothing.
     void settingsKeepTexts() {
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder_->path());
+        const QString file = SettingsFile();
+        QVERIFY(QDir(folder_->path()).mkdir(u"Rillbook"_qs));
+        WriteBytes(file, "[Data]\nA=/data/weirs,lower\nB=1,5\n[Other]\nC=kept\n");
+        WriteBytes(file + u".lock"_qs, {});
+        QElapsedTimer timer;
+        timer.start();
         for (const QString& text : {u"C:\\Stations\\weir, lower; \"x\"=1"_qs, u"@Size(1 2)"_qs,
                                     u"/home/Žofia/水位"_qs, u" a "_qs}) {
-            SaveSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs, text);
-            QCOMPARE(GetSetting(u"Rillbook"_qs, u"Data"_qs, u"InitDir"_qs), text);
+            const QMap<QString, QString> texts{{u"D"_qs, text}, {u"B"_qs, u"6"_qs}};
+            SaveSettings(u"Rillbook"_qs, u"Data"_qs, texts);
+            QCOMPARE(GetSettings(u"Rillbook"_qs, u"Data"_qs),
+                     (QMap<QString, QString>{
+                         {u"A"_qs, u"/data/weirs,lower"_qs}, {u"B"_qs, u"6"_qs}, {u"D"_qs, text}}));
         }
+        QVERIFY(timer.elapsed() < 5000);
+        QCOMPARE(GetSettings(u"Rillbook"_qs, u"Other"_qs).value(u"C"_qs), u"kept"_qs);
+        const FullDisk full(10);
+        SaveSettings(u"Rillbook"_qs, u"Data"_qs, {{u"D"_qs, QString(5000, u'x')}});
+        QCOMPARE(GetSettings(u"Rillbook"_qs, u"Data"_qs).value(u"D"_qs), u" a "_qs);
+    }
+
+    void killsLeaveOneSetOfSettings() {
+        SettingsFile();
+        QStringList mixed;
+        QSet<QString> found;
+        for (int round = 0; round < 40; ++round) {
+            const pid_t child = fork();
+            qputenv("TMPDIR", folder_->path().toUtf8());  // drafts of killed saves
+            for (int save = 0; child == 0; ++save) {
+                QMap<QString, QString> texts;
+                for (const QChar key : u"ABCDEFGHIJKLM"_qs) {
+                    texts.insert(key, QString::number(100 * round + save));
+                }
+                SaveSettings(u"Rillbook"_qs, u"Data"_qs, texts);
+            }
+            usleep(static_cast<useconds_t>(5000 + round * 1371));
+            kill(child, SIGKILL);
+            waitpid(child, nullptr, 0);
+            const QStringList values = GetSettings(u"Rillbook"_qs, u"Data"_qs).values();
+            found += values.value(0);
+            mixed += QSet<QString>(values.begin(), values.end()).size() > 1 ? values.join(u' ')
+                                                                            : QString();
+        }
+        mixed.removeAll(QString());
+        QCOMPARE(mixed, QStringList());
+        QVERIFY(found.size() > 10);
     }
 
     void clipboardHoldsTexts() {
@@ -236,6 +284,11 @@ private Q_SLOTS:
     }
 
 private:
+    QString SettingsFile() const {
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder_->path());
+        return folder_->filePath(u"Rillbook/Rillbook.ini"_qs);
+    }
+
     std::unique_ptr<Printer> BeginPdf(const QString& name,
                                       QPageSize::PageSizeId paper = QPageSize::Letter,
                                       int orientation = cdlPortrait) {
