@@ -12,6 +12,43 @@
 
 namespace rillbook {
 
+namespace {
+
+// Calls `visit` on each row in the range. The cursor ends on the row after the last of them, or at
+// the end. A table without a row has none to visit.
+template <typename Visit>
+void ForEachRow(Recordset& rows, DateTime from, DateTime to, Visit visit) {
+    try {
+        rows.MoveFirst();
+    } catch (const AdoError& error) {
+        if (error.Number() != adErrNoCurrentRecord) {
+            throw;
+        }
+        return;
+    }
+    const Field time = rows.Fields(0);
+    std::int64_t behind = 0;  // the row after the last one visited
+    // To the end: rows whose time was changed keep the place in which they were read.
+    while (!rows.Eof()) {
+        const DateTime moment = time.Number();
+        if (moment < from) {
+            rows.Find(QStringLiteral("DateTime >= #") + SqlDateText(from) + u'#');
+        } else if (moment > to) {
+            behind = rows.AbsolutePosition();
+            rows.Find(QStringLiteral("DateTime <= #") + SqlDateText(to) + u'#');
+        } else {
+            visit();
+            rows.MoveNext();
+            behind = 0;
+        }
+    }
+    if (behind > 0) {
+        rows.SetAbsolutePosition(behind);
+    }
+}
+
+}  // namespace
+
 frmDelete::frmDelete(frmEditRecords& editor)
     : QDialog(&editor), editor_(editor), ui_(std::make_unique<Ui::frmDelete>()) {
     ui_->setupUi(this);
@@ -86,45 +123,33 @@ QString frmDelete::DeleteRange(DateTime from, DateTime to) {
 }
 
 void frmDelete::DeleteRecords(DateTime from, DateTime to) {
-    StationConnection->Execute(QStringLiteral("DELETE * FROM "
-                                              "Records"
-                                              " WHERE datetime >= #") +
-                               SqlDateText(from) + QStringLiteral("# and datetime <= #") +
-                               SqlDateText(to) + u'#');
+    Recordset& rows = editor_.Adodc1.Recordset;
+    const std::int64_t current = rows.AbsolutePosition();
+    std::vector<int> deleted;
+    ForEachRow(rows, from, to,
+               [&] { deleted.push_back(static_cast<int>(rows.AbsolutePosition()) - 1); });
+    if (current > 0) {
+        rows.SetAbsolutePosition(current);
+    }
+    editor_.Grid().DeleteRows(deleted, [&] {
+        StationConnection->Execute(QStringLiteral("DELETE * FROM "
+                                                  "Records"
+                                                  " WHERE datetime >= #") +
+                                   SqlDateText(from) + QStringLiteral("# and datetime <= #") +
+                                   SqlDateText(to) + u'#');
+    });
 }
 
 void frmDelete::EmptyChannel(int chan, DateTime from, DateTime to) {
     Recordset& rows = editor_.Adodc1.Recordset;
     Transaction allOrNothing(editor_.Adodc1.Connection);
     try {
-        const Field time = rows.Fields(0);
         Field reading = rows.Fields(chan);
-        std::int64_t behind = 0;  // the row that follows the last emptied one
-        rows.MoveFirst();
-        // To the end: rows whose time was changed stand where they were read, out of order.
-        while (!rows.Eof()) {
-            const DateTime moment = time.Number();
-            if (moment < from) {
-                rows.Find(QStringLiteral("DateTime >= #") + SqlDateText(from) + u'#');
-            } else if (moment > to) {
-                behind = rows.AbsolutePosition();
-                rows.Find(QStringLiteral("DateTime <= #") + SqlDateText(to) + u'#');
-            } else {
-                reading.SetValue(Null{});
-                rows.MoveNext();
-                behind = 0;
-            }
-        }
-        if (behind > 0) {
-            rows.SetAbsolutePosition(behind);
-        }
+        ForEachRow(rows, from, to, [&] { reading.SetValue(Null{}); });
         allOrNothing.Commit();
-    } catch (const AdoError& error) {
+    } catch (const AdoError&) {
         rows.CancelUpdate();
-        if (error.Number() != adErrNoCurrentRecord) {
-            throw;
-        }
-        // A table without a row: there is nothing to empty.
+        throw;
     }
     editor_.Grid().ReadAnew();
 }

@@ -2,6 +2,7 @@
 
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QRegularExpression>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
@@ -11,6 +12,7 @@
 #include "platform/desktop/MsgBox.h"
 #include "platform/qt/Adodc.h"
 #include "platform/qt/RecordModel.h"
+#include "platform/text/DateTime.h"
 
 namespace rillbook {
 
@@ -18,11 +20,34 @@ namespace {
 
 constexpr int kSelectorWidth = 18;
 constexpr int kWidestColumn = 260;
+constexpr int kSlack = 8;  // pixels beside the longest text
 // By which a column takes its width: before the grid is shown, all of them count as in view.
 constexpr int kMeasuredRows = 50;
 
 bool IsEnter(const QKeyEvent& key) {
     return key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter;
+}
+
+// The widest general date text of all days and times, in pixels. Digits may differ in width, and so
+// may the names of months, AM and PM.
+int WidestDateTime(const QFontMetrics& metrics) {
+    QString widestDigit;
+    for (const QChar digit : QStringLiteral("0123456789")) {
+        if (metrics.horizontalAdvance(digit) > metrics.horizontalAdvance(widestDigit)) {
+            widestDigit = digit;
+        }
+    }
+    static const QRegularExpression anyDigit(QStringLiteral("[0-9]"));
+    int widest = 0;
+    for (int month = 1; month <= 12; ++month) {
+        for (const int hour : {10, 22}) {
+            const QString text =
+                GeneralDateText(DateSerial(2000, month, 28) + TimeSerial(hour, 58, 58));
+            widest = std::max(
+                widest, metrics.horizontalAdvance(QString(text).replace(anyDigit, widestDigit)));
+        }
+    }
+    return widest;
 }
 
 // Leaves Enter to the grid: by itself it would get to the form's default button as well.
@@ -90,8 +115,12 @@ void DataGrid::SetCaption(int col, const QString& caption) {
 
 void DataGrid::FitColumns() {
     resizeColumnsToContents();
+    const int margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
     for (int col = 0; col < model_->columnCount(); ++col) {
-        setColumnWidth(col, std::min(columnWidth(col) + 8, kWidestColumn));
+        const int fitting = std::min(columnWidth(col) + kSlack, kWidestColumn);
+        const int least =
+            model_->Type(col) == adDate ? WidestDateTime(fontMetrics()) + margins + kSlack : 0;
+        setColumnWidth(col, std::max(fitting, least));
     }
 }
 
@@ -173,6 +202,10 @@ void DataGrid::FollowRecordset() {
 
 void DataGrid::ReadAnew() {
     model_->ReadAnew();
+}
+
+void DataGrid::DeleteRows(const std::vector<int>& rows, const std::function<void()>& deletion) {
+    model_->DeleteRows(rows, deletion);
 }
 
 }  // namespace rillbook

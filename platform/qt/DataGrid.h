@@ -2,6 +2,8 @@
 
 #include <QStringList>
 #include <QTableView>
+#include <functional>
+#include <vector>
 
 namespace rillbook {
 
@@ -24,7 +26,9 @@ public:
     void SetAllowRowSizing(bool on);
     // No-op for a column that isn't there.
     void SetCaption(int col, const QString& caption);
-    // Makes each column as wide as its heading and the first rows in view.
+    // Makes each column as wide as its heading and its texts in the first rows, up to a limit. A
+    // column of date-times is as wide as the longest one in the user's regional form, without
+    // limit: with AM or PM cut off, two times would read the same.
     void FitColumns();
 
     // Of the whole control, where all its columns are in view; in pixels.
@@ -40,8 +44,10 @@ public:
     bool GoToCurrent();
     // The recordset was walked: its row becomes the current one; the last row if it is at its end.
     void FollowRecordset();
-    // What is shown is read from the table anew.
+    // What is shown is read from the table again.
     void ReadAnew();
+    // See RecordModel; rows count from 0.
+    void DeleteRows(const std::vector<int>& rows, const std::function<void()>& deletion);
 
     void keyboardSearch(const QString&) override {}
 

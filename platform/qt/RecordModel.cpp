@@ -41,6 +41,9 @@ int RecordModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant RecordModel::data(const QModelIndex& cell, int role) const {
+    if (!cell.isValid()) {
+        return {};  // an empty grid has no current cell to copy
+    }
     if (role == Qt::DisplayRole || role == Qt::EditRole) {
         return TextsOf(cell.row()).value(cell.column());
     }
@@ -73,6 +76,15 @@ QStringList RecordModel::TextsOf(int row) const {
     if (const QStringList* known = near_.object(row)) {
         return *known;
     }
+    const QStringList texts = ReadTexts(row);
+    near_.insert(row, new QStringList(texts));  // which owns it
+    return texts;
+}
+
+QStringList RecordModel::ReadTexts(int row) const {
+    if (const auto deleted = deleted_.constFind(row); deleted != deleted_.cend()) {
+        return QString::fromUtf8(*deleted).split(QChar());
+    }
     QStringList texts;
     try {
         rows_->PeekTexts(row + 1, texts);
@@ -85,7 +97,6 @@ QStringList RecordModel::TextsOf(int row) const {
             Q_EMIT Failed(QStringLiteral("The records could not be read: ") + error.Description());
         }
     }
-    near_.insert(row, new QStringList(texts));  // which owns it
     return texts;
 }
 
@@ -151,6 +162,9 @@ void RecordModel::SetField(int col, const QString& text) {
 }
 
 bool RecordModel::GoTo(int row) {
+    if (deleted_.contains(row)) {
+        return false;
+    }
     if (rows_->AbsolutePosition() == row + 1) {
         return true;
     }
@@ -160,6 +174,15 @@ bool RecordModel::GoTo(int row) {
     }
     rows_->SetAbsolutePosition(row + 1);
     return true;
+}
+
+void RecordModel::DeleteRows(const std::vector<int>& rows, const std::function<void()>& deletion) {
+    QHash<int, QByteArray> texts;
+    for (const int row : rows) {
+        texts.insert(row, ReadTexts(row).join(QChar()).toUtf8());
+    }
+    deletion();
+    deleted_.insert(texts);
 }
 
 QString RecordModel::WhyRefused(const AdoError& error) {

@@ -2,7 +2,9 @@
 
 #include <QAbstractTableModel>
 #include <QCache>
+#include <QHash>
 #include <QStringList>
+#include <functional>
 #include <vector>
 
 #include "platform/ado/Recordset.h"
@@ -10,8 +12,8 @@
 namespace rillbook {
 
 // The rows of an updatable recordset as a table of texts in the user's regional form, which can be
-// changed. Rows are read as they are painted, and only those near are kept. A changed row waits in
-// the recordset until StoreRow. Rows that have left the table are empty.
+// changed. Rows are read when they are painted, and only those near are kept. A changed row waits
+// in the recordset until StoreRow. Rows that left the table otherwise than by DeleteRows are empty.
 class RecordModel : public QAbstractTableModel {
     Q_OBJECT
 public:
@@ -35,8 +37,11 @@ public:
     // Writes the changed row, if there is one. False where that is refused: the row is as it is
     // stored then.
     bool StoreRow();
-    // Makes a row the recordset's current one; where it has left the table, false, and no move.
+    // Makes a row the recordset's current one. False, and no move, if it has left the table.
     bool GoTo(int row);
+    // Runs `deletion`, by which these rows leave the table. They keep the texts that they show, and
+    // can no longer be changed. Raises what `deletion` raises, and nothing has changed then.
+    void DeleteRows(const std::vector<int>& rows, const std::function<void()>& deletion);
     // What is shown is read anew.
     void ReadAnew();
 
@@ -46,6 +51,7 @@ Q_SIGNALS:
 
 private:
     QStringList TextsOf(int row) const;
+    QStringList ReadTexts(int row) const;
     QString ShownText(int col, const QString& stored) const;
     void SetField(int col, const QString& text);
     QString WhyRefused(const AdoError& error);
@@ -57,6 +63,8 @@ private:
     QStringList headings_;
     int changedRow_ = -1;
     mutable QCache<int, QStringList> near_{2000};
+    // By row, texts in UTF-8 with a zero byte between them: there may be hundreds of thousands.
+    QHash<int, QByteArray> deleted_;
     mutable bool readingFailed_ = false;  // told once
 };
 

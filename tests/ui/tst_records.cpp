@@ -100,7 +100,7 @@ void Do(QWidget& form, const QString& script, QStringList& notes) {
 #define ALL "00:00:00 | 1.2 | 10" REST
 #define SHOWN "1/1/2002|1.2|10; 1/1/2002 12:15:30 AM|1.5|; 1/1/2002 12:30:00 AM|-1|30"
 #define TAKEN "! There is a record of 1/1/2002 12:30:00 AM already."
-#define GONE "The row isn't in the table any more."
+#define GONE "! The record isn't in the table any more."
 
 }  // namespace
 
@@ -142,9 +142,10 @@ private Q_SLOTS:
         row("↓[0]?", "00:00:00 | 1.2 | 10; 00:30:00 | -1 | 30", "1,0: " SHOWN);
         row("[0 2002-01-01~2002-01-01 00:15:30]", "00:30:00 | -1 | 30", "");
         row("[0 2002-01-01 00:00:01~2002-01-01 00:15:29]", ALL, "");
-        row("[0 all]→5↑6⏎?[1][2 all][0 all]", "",
-            "! The record of 1/1/2002 12:30:00 AM could not be stored: " GONE
-            "; ! The record isn't in the table any more.; 1,1: 1/1/2002|1.2|10; ||; ||");
+        // A time that is free again belongs to another record then.
+        row("[0]↓1/1/2002⏎↑↑→9⏎?", "00:00:00 | 1.5 | NULL; 00:30:00 | -1 | 30",
+            GONE "; 0,1: 1/1/2002|1.2|10; 1/1/2002|1.5|; 1/1/2002 12:30:00 AM|-1|30");
+        row("[0 all]→5↑6⏎?[1][2 all][0 all]", "", GONE "; " GONE "; 1,1: " SHOWN);
         // One channel.
         row("↓[1]?", "00:00:00 | 1.2 | 10; 00:15:30 | NULL | NULL; 00:30:00 | -1 | 30",
             "2,0: 1/1/2002|1.2|10; 1/1/2002 12:15:30 AM||; 1/1/2002 12:30:00 AM|-1|30");
@@ -174,6 +175,10 @@ private Q_SLOTS:
             QCOMPARE(titles,
                      u"Edit Records - station.mdb|DateTime|Kettle Creek Stage|"
                      "Channel 2 Stage"_qs);
+            // Longer than the times in view.
+            const auto& grid = Child<DataGrid>(form, u"DataGrid1"_qs);
+            const QString longest = GeneralDateText(At("2028-12-28 22:58:58"));
+            QVERIFY(grid.fontMetrics().horizontalAdvance(longest) + 7 <= grid.columnWidth(0));
             InDelete(form, [&form](QWidget& dialog) {
                 const QPoint button = Child<QWidget>(form, u"cmdDelete"_qs).pos();
                 QCOMPARE(dialog.pos() - form.pos() - button, QPoint(-147, -80));
@@ -198,7 +203,10 @@ private Q_SLOTS:
         QStringList notes;
         InEditor([&](QWidget& form) { Do(form, u"[0 all]"_qs, notes); });
         QCOMPARE(Statistics(), u"Empty:  to "_qs);
-        InEditor([&](QWidget& form) { Do(form, u"→↓5⏎⌫✎⇥[][0 all][1 all]?"_qs, notes); });
+        InEditor([&](QWidget& form) {
+            QTest::keySequence(&Grid(form), QKeySequence::Copy);
+            Do(form, u"→↓5⏎⌫✎⇥[][0 all][1 all]?"_qs, notes);
+        });
         const QString today = MomentText(DayOf(Now()));
         QCOMPARE(notes.join(u"; "_qs), u"All Channels, %1 to %1; -1,-1: "_qs.arg(today));
     }
