@@ -9,7 +9,7 @@
 
 namespace rillbook {
 
-DateTime RatingEditDate = kNewRating;
+RatingTime RatingEditDate = kNewRating;
 
 namespace {
 
@@ -21,8 +21,10 @@ QString OfChannel(const QString& table, int chan) {
            QString::number(chan);
 }
 
-QString AtTime(DateTime time) {
-    return QStringLiteral(" AND DateTime = #") + SqlDateText(time) + u'#';
+// Seventeen digits identify one double: a date literal would lose the part of a second.
+QString AtTime(RatingTime time) {
+    return time ? QStringLiteral(" AND DateTime = ") + QString::number(*time, 'g', 17)
+                : QStringLiteral(" AND typeof(DateTime) NOT IN ('integer', 'real')");
 }
 
 QString OfKind(bool isTable) {
@@ -49,11 +51,13 @@ bool IsTable(Recordset& row) {
     return isTable;
 }
 
-// Begins a row of a rating in either table.
-void AddRow(Recordset& rows, int chan, DateTime time) {
+// Adds a row of a rating to either table.
+void AddRow(Recordset& rows, int chan, RatingTime time) {
     rows.AddNew();
     rows.Fields(u"chan").SetValue(static_cast<double>(chan));
-    rows.Fields(u"DateTime").SetValue(time);
+    if (time) {
+        rows.Fields(u"DateTime").SetValue(*time);
+    }
 }
 
 }  // namespace
@@ -73,31 +77,29 @@ std::vector<ListedRating> ListRatings(int chan) {
     return ratings;
 }
 
-void DeleteRating(int chan, DateTime time, bool isTable) {
+void DeleteRating(int chan, RatingTime time) {
     Transaction transaction(*StationConnection);
-    if (isTable) {
-        Delete(OfChannel(kPoints, chan) + AtTime(time));
-    }
+    Delete(OfChannel(kPoints, chan) + AtTime(time));
     Delete(OfChannel(kEquations, chan) + AtTime(time));
     transaction.Commit();
 }
 
-std::optional<EquationRating> ReadEquation(int chan, DateTime time) {
+std::optional<EquationRating> ReadEquation(int chan, RatingTime time) {
     Recordset row;
     OpenForReading(row, OfChannel(kEquations, chan) + AtTime(time) + OfKind(false));
     if (row.Eof()) {
         return std::nullopt;
     }
-    return EquationRating{.time = row.Fields(u"DateTime").Number(),
+    return EquationRating{.time = row.Fields(u"DateTime").NumberIfAny(),
                           .A = ShownNumber(row.Fields(u"A")),
                           .r = ShownNumber(row.Fields(u"r")),
                           .c = ShownNumber(row.Fields(u"c")),
                           .notes = TextOrEmpty(row.Fields(u"notes"))};
 }
 
-void WriteEquation(int chan, DateTime former, const EquationRating& rating) {
+void WriteEquation(int chan, RatingTime former, const EquationRating& rating) {
     Transaction transaction(*StationConnection);
-    for (const DateTime time : {former, rating.time}) {
+    for (const RatingTime time : {former, rating.time}) {
         Delete(OfChannel(kEquations, chan) + AtTime(time) + OfKind(false));
     }
     Recordset rows;
@@ -113,7 +115,7 @@ void WriteEquation(int chan, DateTime former, const EquationRating& rating) {
     transaction.Commit();
 }
 
-std::vector<TablePoint> ReadTablePoints(int chan, DateTime time) {
+std::vector<TablePoint> ReadTablePoints(int chan, RatingTime time) {
     Recordset rows;
     OpenForReading(rows,
                    OfChannel(kPoints, chan) + AtTime(time) + QStringLiteral(" ORDER BY depth"));
@@ -126,23 +128,21 @@ std::vector<TablePoint> ReadTablePoints(int chan, DateTime time) {
     return points;
 }
 
-std::optional<TableHead> ReadTableHead(int chan, DateTime time) {
+std::optional<TableHead> ReadTableHead(int chan, RatingTime time) {
     Recordset row;
     OpenForReading(row, OfChannel(kEquations, chan) + AtTime(time) + OfKind(true));
     if (row.Eof()) {
         return std::nullopt;
     }
-    return TableHead{.time = row.Fields(u"DateTime").Number(),
+    return TableHead{.time = row.Fields(u"DateTime").NumberIfAny(),
                      .notes = TextOrEmpty(row.Fields(u"notes"))};
 }
 
-void WriteTable(int chan, DateTime former, const TableHead& head,
+void WriteTable(int chan, RatingTime former, const TableHead& head,
                 const std::vector<TablePoint>& points) {
     Transaction transaction(*StationConnection);
-    for (const DateTime time : {former, head.time}) {
+    for (const RatingTime time : {former, head.time}) {
         Delete(OfChannel(kEquations, chan) + AtTime(time) + OfKind(true));
-    }
-    for (const DateTime time : {former, head.time}) {
         Delete(OfChannel(kPoints, chan) + AtTime(time));
     }
     Recordset rows;
@@ -166,14 +166,14 @@ void WriteTable(int chan, DateTime former, const TableHead& head,
 namespace {
 
 // The times of a channel's tables, in the order of their first points.
-std::vector<DateTime> TableTimes(int chan) {
+std::vector<RatingTime> TableTimes(int chan) {
     Recordset points;
     OpenForReading(points, OfChannel(kPoints, chan));
-    std::vector<DateTime> times;
+    std::vector<RatingTime> times;
     for (; !points.Eof(); points.MoveNext()) {
-        const std::optional<double> time = points.Fields(u"DateTime").NumberIfAny();
-        if (time && std::find(times.begin(), times.end(), *time) == times.end()) {
-            times.push_back(*time);
+        const RatingTime time = points.Fields(u"DateTime").NumberIfAny();
+        if (std::find(times.begin(), times.end(), time) == times.end()) {
+            times.push_back(time);
         }
     }
     points.Close();
@@ -190,7 +190,7 @@ void MarkEquations(Recordset& rows) {
     }
 }
 
-bool HasTableRow(Recordset& rows, DateTime time) {
+bool HasTableRow(Recordset& rows, RatingTime time) {
     if (rows.RecordCount() == 0) {
         return false;
     }
@@ -214,7 +214,7 @@ void UpgradeRatings(int chan) {
         StationConnection->Execute(
             QStringLiteral("ALTER TABLE ConversionEq ALTER COLUMN notes TEXT(255)"));
     });
-    std::vector<DateTime> times;
+    std::vector<RatingTime> times;
     Attempt([&] { times = TableTimes(chan); });
     Recordset rows;
     Attempt([&] {
@@ -222,7 +222,7 @@ void UpgradeRatings(int chan) {
                   adOpenStatic, adLockOptimistic);
     });
     Attempt([&] { MarkEquations(rows); });
-    for (const DateTime time : times) {
+    for (const RatingTime time : times) {
         // What the step before couldn't write would go along with the new row.
         Attempt([&] { rows.CancelUpdate(); });
         Attempt([&] {

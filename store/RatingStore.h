@@ -8,42 +8,46 @@
 
 namespace rillbook {
 
-// The rating that an editor is to open; kNewRating for one that is yet to be.
-extern DateTime RatingEditDate;
+// When a rating comes into force. A file of another program may hold a rating without a date-time,
+// or one with part of a second: all of these are told apart exactly, not by their texts.
+using RatingTime = std::optional<DateTime>;
+
+// The rating that an editor opens; kNewRating for a new one.
+extern RatingTime RatingEditDate;
 
 // 1801-01-01, the date of no rating.
 constexpr DateTime kNewRating = -36157;
 
 // What the list of a channel's ratings shows of one.
 struct ListedRating {
-    std::optional<DateTime> time;
+    RatingTime time;
     bool isTable = false;
     QString formula;  // "Q = 2.5*(ght - 0.3)^1.6"; empty for a table
     QString notes;
 };
 
-// By time. Raises AdoError.
+// In the order of time, those without a time first. Raises AdoError.
 std::vector<ListedRating> ListRatings(int chan);
 
-// Deletes what the channel has at this time: of a table its points as well. All or, where it raises
-// AdoError, nothing.
-void DeleteRating(int chan, DateTime time, bool isTable);
+// Deletes all that the channel has at this time: equations, tables and their points, which would
+// count without a heading too. If it raises AdoError, nothing is deleted.
+void DeleteRating(int chan, RatingTime time);
 
 // Q = c(ght - A)^r from this time on. Constants that a file doesn't hold are missing.
 struct EquationRating {
-    DateTime time = 0;
+    RatingTime time;
     std::optional<double> A;  // gauge height of zero flow
     std::optional<double> r;
     std::optional<double> c;
     QString notes;
 };
 
-// Nothing where the channel has no equation of this time. Raises AdoError.
-std::optional<EquationRating> ReadEquation(int chan, DateTime time);
+// Nothing if the channel has no equation of this time. Raises AdoError.
+std::optional<EquationRating> ReadEquation(int chan, RatingTime time);
 
-// Stores the rating in the place of the equation of the time `former` and of any that it finds at
-// its own time: all or, where it raises AdoError, nothing.
-void WriteEquation(int chan, DateTime former, const EquationRating& rating);
+// Stores the rating in place of the equation of the time `former` and of any that it finds at its
+// own time. If it raises AdoError, nothing is changed. REQUIRES: the rating has a time.
+void WriteEquation(int chan, RatingTime former, const EquationRating& rating);
 
 // A number that a file doesn't hold is missing.
 struct TablePoint {
@@ -53,18 +57,18 @@ struct TablePoint {
 };
 
 // The points of a table by depth; empty where there are none. Raises AdoError.
-std::vector<TablePoint> ReadTablePoints(int chan, DateTime time);
+std::vector<TablePoint> ReadTablePoints(int chan, RatingTime time);
 
 struct TableHead {
-    DateTime time = 0;
+    RatingTime time;
     QString notes;
 };
 
-// Nothing where the channel has no table of this time. Raises AdoError.
-std::optional<TableHead> ReadTableHead(int chan, DateTime time);
+// Nothing if the channel has no table of this time. Raises AdoError.
+std::optional<TableHead> ReadTableHead(int chan, RatingTime time);
 
 // As WriteEquation, for a table and its points. REQUIRES: both numbers of each point.
-void WriteTable(int chan, DateTime former, const TableHead& head,
+void WriteTable(int chan, RatingTime former, const TableHead& head,
                 const std::vector<TablePoint>& points);
 
 // Brings the ratings of a channel in a file of an older release up to date: the column that tells

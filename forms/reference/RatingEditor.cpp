@@ -1,5 +1,7 @@
 #include "forms/reference/RatingEditor.h"
 
+#include <QLineEdit>
+
 #include "app/SharedState.h"
 #include "platform/ado/AdoError.h"
 #include "platform/desktop/MsgBox.h"
@@ -19,6 +21,16 @@ bool RatingEditor::TellWhetherRead() const {
         TellFault(QStringLiteral("The rating could not be read"), fault_);
     }
     return fault_.isEmpty();
+}
+
+void RatingEditor::ShowTime(QLineEdit& box, RatingTime time) {
+    shownTime_ = time;
+    box.setText(time ? GeneralDateText(*time) : QString());
+}
+
+RatingTime RatingEditor::TypedTime(const QLineEdit& box) const {
+    const bool isUntouched = shownTime_ && box.text() == GeneralDateText(*shownTime_);
+    return isUntouched ? shownTime_ : ReadDateTime(box.text());
 }
 
 void RatingEditor::Confirm() {

@@ -4,6 +4,10 @@
 #include <QString>
 #include <functional>
 
+#include "store/RatingStore.h"
+
+class QLineEdit;
+
 namespace rillbook {
 
 // What the editors of one rating, the output channel's at RatingEditDate, have in common.
@@ -22,6 +26,12 @@ protected:
     // mustn't be stored: what couldn't be read would be lost.
     bool TellWhetherRead() const;
 
+    // Shows the time of the rating that was read in the box of the date.
+    void ShowTime(QLineEdit& box, RatingTime time);
+    // The time in that box. If the user left its text alone, the one that it shows, with its part
+    // of a second. Nothing if the text is not a date.
+    RatingTime TypedTime(const QLineEdit& box) const;
+
     // Closes the window if the input is sound and stored.
     void Confirm();
     // Tells the user what is wrong.
@@ -31,6 +41,7 @@ protected:
 
 private:
     QString fault_;  // the last that Read passed over
+    RatingTime shownTime_;
 };
 
 }  // namespace rillbook

@@ -24,7 +24,7 @@ void frmConversionEq::LoadValues() {
     std::optional<EquationRating> rating;
     Read([&] { rating = ReadEquation(StationInfo.OutputChannel, RatingEditDate); });
     if (rating) {
-        ui_->tbDate->setText(GeneralDateText(rating->time));
+        ShowTime(*ui_->tbDate, rating->time);
         ui_->tbA->setText(RegionalNumberText(rating->A));
         ui_->tbC->setText(RegionalNumberText(rating->c));
         ui_->tbR->setText(RegionalNumberText(rating->r));
@@ -34,7 +34,7 @@ void frmConversionEq::LoadValues() {
 }
 
 bool frmConversionEq::CheckValues() const {
-    if (!ReadDateTime(ui_->tbDate->text())) {
+    if (!TypedTime(*ui_->tbDate)) {
         WarnOfInput(QStringLiteral("Not a valid Date."));
         return false;
     }
@@ -47,7 +47,7 @@ bool frmConversionEq::CheckValues() const {
 
 void frmConversionEq::SaveValues() const {
     WriteEquation(StationInfo.OutputChannel, RatingEditDate,
-                  {.time = ReadDateTime(ui_->tbDate->text()).value(),
+                  {.time = TypedTime(*ui_->tbDate),
                    .A = ReadTypedNumber(ui_->tbA->text()),
                    .r = ReadTypedNumber(ui_->tbR->text()),
                    // As it was checked: the leading number of "1,250" would be 1.

@@ -97,14 +97,14 @@ void frmConversionT::LoadTable() {
     std::optional<TableHead> head;
     Read([&] { head = ReadTableHead(chan, RatingEditDate); });
     if (head) {
-        ui_->tbRatingDate->setText(GeneralDateText(head->time));
+        ShowTime(*ui_->tbRatingDate, head->time);
         ui_->tbNotes->setText(head->notes);
         ui_->tbNotes->setCursorPosition(0);
     }
 }
 
 bool frmConversionT::CheckTable() const {
-    const QString fault = ReadDateTime(ui_->tbRatingDate->text()) ? FaultOfPoints() : kIncomplete;
+    const QString fault = TypedTime(*ui_->tbRatingDate) ? FaultOfPoints() : kIncomplete;
     if (!fault.isEmpty()) {
         WarnOfInput(fault);
     }
@@ -144,10 +144,8 @@ void frmConversionT::SaveTable() const {
     for (int row = 1; row <= TableRows() && !DepthText(row).isEmpty(); ++row) {
         points.push_back({.depth = ReadNumber(DepthText(row)), .flow = ReadNumber(FlowText(row))});
     }
-    WriteTable(
-        StationInfo.OutputChannel, RatingEditDate,
-        {.time = ReadDateTime(ui_->tbRatingDate->text()).value(), .notes = ui_->tbNotes->text()},
-        points);
+    WriteTable(StationInfo.OutputChannel, RatingEditDate,
+               {.time = TypedTime(*ui_->tbRatingDate), .notes = ui_->tbNotes->text()}, points);
 }
 
 }  // namespace rillbook

@@ -8,7 +8,6 @@
 #include "platform/ado/AdoError.h"
 #include "platform/desktop/MsgBox.h"
 #include "store/FormStuff.h"
-#include "store/RatingStore.h"
 #include "ui_frmRating.h"
 
 namespace rillbook {
@@ -64,14 +63,14 @@ void frmRating::Form_Load() {
 }
 
 void frmRating::FillGrid() {
-    std::vector<ListedRating> ratings;
+    ratings_.clear();
     try {
-        ratings = ListRatings(StationInfo.OutputChannel);
+        ratings_ = ListRatings(StationInfo.OutputChannel);
     } catch (const AdoError& error) {
         TellFault(QStringLiteral("The ratings could not be read"), error.Description());
     }
     MSFlexGrid& grid = *ui_->MSFlexGrid1;
-    const int count = static_cast<int>(ratings.size());
+    const int count = static_cast<int>(ratings_.size());
     grid.ClearTexts();
     grid.SetRows(count + 1);
     grid.SetCols(5);
@@ -84,7 +83,7 @@ void frmRating::FillGrid() {
     grid.SetColWidth(kFormulaCol, 1800);
     grid.SetColWidth(kNotesCol, 3000);
     int row = 1;
-    for (const ListedRating& rating : ratings) {
+    for (const ListedRating& rating : ratings_) {
         grid.SetTextMatrix(row, kTimeCol, rating.time ? GeneralDateText(*rating.time) : QString());
         grid.SetTextMatrix(row, kKindCol, rating.isTable ? kTable : kEquation);
         grid.SetTextMatrix(row, kFormulaCol, rating.formula);
@@ -95,33 +94,36 @@ void frmRating::FillGrid() {
     grid.scrollTo(grid.currentIndex());
 }
 
+// Null on the heading row.
+const ListedRating* frmRating::CurrentRating() const {
+    const int row = ui_->MSFlexGrid1->Row();
+    return row > 0 && row <= static_cast<int>(ratings_.size())
+               ? &ratings_[static_cast<std::size_t>(row) - 1]
+               : nullptr;
+}
+
 void frmRating::EditRow() {
-    const MSFlexGrid& grid = *ui_->MSFlexGrid1;
-    const std::optional<DateTime> time = ReadDateTime(grid.TextMatrix(grid.Row(), kTimeCol));
-    const QString kind = grid.TextMatrix(grid.Row(), kKindCol);
-    if (time && kind == kEquation) {
-        ShowEditor<frmConversionEq>(*time);
-    } else if (time && kind == kTable) {
-        ShowEditor<frmConversionT>(*time);
-    } else {
+    const ListedRating* rating = CurrentRating();
+    if (rating == nullptr) {
         FillGrid();
+    } else if (rating->isTable) {
+        ShowEditor<frmConversionT>(rating->time);
+    } else {
+        ShowEditor<frmConversionEq>(rating->time);
     }
 }
 
 template <typename Editor>
-void frmRating::ShowEditor(DateTime rating) {
+void frmRating::ShowEditor(RatingTime rating) {
     RatingEditDate = rating;
     Editor(this).exec();
     FillGrid();
 }
 
 void frmRating::DeleteRow() {
-    const MSFlexGrid& grid = *ui_->MSFlexGrid1;
-    const std::optional<DateTime> time = ReadDateTime(grid.TextMatrix(grid.Row(), kTimeCol));
-    const bool isTable = grid.TextMatrix(grid.Row(), kKindCol) == kTable;
     try {
-        if (time) {
-            DeleteRating(StationInfo.OutputChannel, *time, isTable);
+        if (const ListedRating* rating = CurrentRating()) {
+            DeleteRating(StationInfo.OutputChannel, rating->time);
         }
     } catch (const AdoError& error) {
         TellFault(QStringLiteral("The rating could not be deleted"), error.Description());

@@ -2,8 +2,9 @@
 
 #include <QDialog>
 #include <memory>
+#include <vector>
 
-#include "platform/text/DateTime.h"
+#include "store/RatingStore.h"
 
 namespace rillbook {
 
@@ -27,10 +28,12 @@ private:
     void EditRow();
     void DeleteRow();
     template <typename Editor>
-    void ShowEditor(DateTime rating);
+    void ShowEditor(RatingTime rating);
+    const ListedRating* CurrentRating() const;
     void Confirm();
 
     std::unique_ptr<Ui::frmRating> ui_;
+    std::vector<ListedRating> ratings_;  // those of the rows of the grid, from row 1
 };
 
 }  // namespace rillbook

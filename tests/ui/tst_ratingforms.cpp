@@ -204,10 +204,70 @@ private Q_SLOTS:
         QCOMPARE(Ratings(2), u"1 9, 1 e, 1 f"_qs);
     }
 
+    // Points whose equation goes would count under no heading.
     void DeletesBothKindsOfOneTime() {
-        station_->WithEquation("2002-01-01", 1, 1, 1, 1).WithTable("2002-01-01", 1, {{1, 1}});
-        InList([](QWidget& list) { Trigger(list, u"mnuDeleteRow"_qs); });
-        QCOMPARE(Ratings(1), QString());
+        for (const int row : {1, 2}) {
+            station_->WithEquation("2002-01-01", 1, 1, 1, 1).WithTable("2002-01-01", 1, {{1, 1}});
+            InList([row](QWidget& list) {
+                GridOf(list).SetRow(row);
+                Trigger(list, u"mnuDeleteRow"_qs);
+            });
+            QCOMPARE(Ratings(1), QString());
+        }
+    }
+
+    // Other programs write times that no text of the list tells from whole seconds, and none at
+    // all.
+    void OddTimes_data() {
+        const DataRows<QString, int, QString, QString> row("time", "row", "date", "ratings");
+        row("NULL", 1, "delete", "1 a, 32 b, 60 1, 60 c, 91 2, 91 d");
+        row("NULL", 1, "1/5/2002", "1 a, 5 3, 5 z, 32 b, 60 1, 60 c, 91 2, 91 d");
+        row("'soon'", 5, "delete", "1 a, 32 b, 60 1, 60 c, 91 2, 91 d");
+        row("37257.000003", 2, "delete", "1 a, 32 b, 60 1, 60 c, 91 2, 91 d");
+        row("37257.000003", 2, "", "1 3, 1 a, 1 z, 32 b, 60 1, 60 c, 91 2, 91 d");
+        row("37257.000003", 2, "1/5/2002", "1 a, 5 3, 5 z, 32 b, 60 1, 60 c, 91 2, 91 d");
+    }
+    void OddTimes() {
+        QFETCH(QString, time);
+        QFETCH(int, row);
+        QFETCH(QString, date);
+        for (const bool isTable : {false, true}) {
+            for (const char* table : {"ConversionEq", "ConversionT"}) {
+                StationConnection->Execute(u"DELETE * FROM "_qs + QLatin1String(table));
+            }
+            TellFourRatings();
+            StationConnection->Execute(
+                u"INSERT INTO ConversionEq VALUES (%1, 1, 1, 1, 1, 'z', %2)"_qs.arg(time).arg(
+                    int{isTable}));
+            if (isTable) {
+                StationConnection->Execute(
+                    u"INSERT INTO ConversionT VALUES (1, %1, 0, 3)"_qs.arg(time));
+            }
+            const QString before =
+                station_->Dump("SELECT typeof(DateTime), DateTime FROM ConversionEq");
+            InList([&](QWidget& list) {
+                GridOf(list).SetRow(row);
+                if (date == u"delete"_qs) {
+                    Trigger(list, u"mnuDeleteRow"_qs);
+                    return;
+                }
+                InEditor(list, "mnuEditRow", [&](QWidget& editor) {
+                    QCOMPARE(Child<QLineEdit>(editor, u"tbNotes"_qs).text(), u"z"_qs);
+                    if (!date.isEmpty()) {
+                        TypeText(editor, isTable ? u"tbRatingDate"_qs : u"tbDate"_qs, date);
+                    }
+                    Confirm(editor);
+                });
+            });
+            // An equation has no points.
+            QFETCH(QString, ratings);
+            QCOMPARE(Ratings(1),
+                     isTable ? ratings : ratings.remove(u"1 3, "_qs).remove(u"5 3, "_qs));
+            if (date.isEmpty()) {
+                QCOMPARE(station_->Dump("SELECT typeof(DateTime), DateTime FROM ConversionEq"),
+                         before);
+            }
+        }
     }
 
     void NamesOfTheRatedChannel() {
