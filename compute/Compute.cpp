@@ -28,22 +28,43 @@ void Tell(const QString& text) {
     MsgBox(text, MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
 }
 
-// False, the user having been told, where the channel lacks what it asks for.
-bool LoadReferences(int chan, const Corrections& wanted) {
-    if (wanted.rating) {
-        LoadRatingRows(chan);
-        LoadRatingTables(chan);
-        if (RatingRows.empty()) {
-            Tell(QStringLiteral("No rating/conversion data this channel"));
-            return false;
+// The rows that apply at no time, in one message for all tables.
+class UntimedRows {
+public:
+    void Add(const char* table, int count) {
+        if (count > 0) {
+            counts_ += QStringLiteral("%1: %2").arg(QLatin1String(table)).arg(count);
         }
     }
-    if (wanted.offset) {
-        LoadOffsetRows(chan);
-        if (OffsetRows.empty()) {
-            Tell(QStringLiteral("No offset data for this channel"));
-            return false;
+    void Report() const {
+        if (!counts_.isEmpty()) {
+            Tell(QStringLiteral("Rows without a date and time are left out (%1).")
+                     .arg(counts_.join(QStringLiteral(", "))));
         }
+    }
+
+private:
+    QStringList counts_;
+};
+
+// False, after a message, if the channel lacks what it asks for.
+bool LoadReferences(int chan, const Corrections& wanted) {
+    UntimedRows untimed;
+    if (wanted.rating) {
+        untimed.Add("ratings", LoadRatingRows(chan));
+        untimed.Add("points of rating tables", LoadRatingTables(chan));
+    }
+    if (wanted.offset) {
+        untimed.Add("journal", LoadOffsetRows(chan));
+    }
+    untimed.Report();
+    if (wanted.rating && RatingRows.empty()) {
+        Tell(QStringLiteral("No rating/conversion data this channel"));
+        return false;
+    }
+    if (wanted.offset && OffsetRows.empty()) {
+        Tell(QStringLiteral("No offset data for this channel"));
+        return false;
     }
     return true;
 }

@@ -17,21 +17,21 @@ constexpr double kNoReading = std::numeric_limits<double>::quiet_NaN();
 
 }  // namespace
 
-void LoadOffsetRows(int chan) {
+int LoadOffsetRows(int chan) {
     OffsetRows.clear();
     Recordset journal;
     journal.Open(QStringLiteral("SELECT * FROM Calibration WHERE Chan = ") + QString::number(chan) +
                      QStringLiteral(" AND read2 = 1 ORDER BY DateTime"),
                  *StationConnection, adOpenStatic, adLockReadOnly);
-    const Field time = journal.Fields(0);
     const Field logger = journal.Fields(2);
     const Field actual = journal.Fields(3);
-    for (; !journal.Eof(); journal.MoveNext()) {
+    const int untimed = ReadTimedRows(journal, journal.Fields(0), [&](DateTime time) {
         const double loggerRead = logger.NumberIfAny().value_or(kNoReading);
         const double actualRead = actual.NumberIfAny().value_or(kNoReading);
-        OffsetRows.push_back({time.Number(), actualRead - loggerRead});
-    }
+        OffsetRows.push_back({time, actualRead - loggerRead});
+    });
     AddSentinels(OffsetRows, &OffsetRow::time);
+    return untimed;
 }
 
 double ApplyOffset(DateTime t, double value) {

@@ -20,8 +20,8 @@ extern std::vector<OffsetRow> OffsetRows;
 // The row at or before the current reading, from 1.
 extern std::size_t OffsetCursor;
 
-// Raises AdoError.
-void LoadOffsetRows(int chan);
+// Returns how many rows it left out for lack of a date-time. Raises AdoError.
+[[nodiscard]] int LoadOffsetRows(int chan);
 
 // The value plus the offset interpolated in time between the rows around `t`; constant before the
 // first and after the last. NaN where one of the two rows lacks a reading.

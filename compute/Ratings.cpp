@@ -54,45 +54,45 @@ double TableFlow(const std::vector<RatingPoint>& points, double value) {
 
 }  // namespace
 
-void LoadRatingRows(int chan) {
+int LoadRatingRows(int chan) {
     RatingRows.clear();
     Recordset ratings;
     ratings.Open(QStringLiteral("SELECT * FROM ConversionEq Where Chan = ") +
                      QString::number(chan) + QStringLiteral(" ORDER BY DateTime"),
                  *StationConnection, adOpenStatic, adLockReadOnly);
-    for (; !ratings.Eof(); ratings.MoveNext()) {
-        RatingRows.push_back({.from = ratings.Fields(0).Number(),
+    const int untimed = ReadTimedRows(ratings, ratings.Fields(0), [&](DateTime from) {
+        RatingRows.push_back({.from = from,
                               .isEquation = IsEquation(ratings),
                               .A = NumberOrZero(ratings.Fields(2)),
                               .r = NumberOrZero(ratings.Fields(3)),
                               .c = NumberOrZero(ratings.Fields(4))});
-    }
+    });
     AddSentinels(RatingRows, &RatingRow::from);
+    return untimed;
 }
 
-void LoadRatingTables(int chan) {
+int LoadRatingTables(int chan) {
     RatingTables.clear();
     Recordset points;
     points.Open(QStringLiteral("SELECT * FROM ConversionT Where Chan = ") + QString::number(chan) +
                     QStringLiteral(" ORDER BY DateTime, Depth"),
                 *StationConnection, adOpenStatic, adLockReadOnly);
-    const Field time = points.Fields(u"DateTime");
     const Field depth = points.Fields(u"depth");
     const Field flow = points.Fields(u"flow");
-    for (; !points.Eof(); points.MoveNext()) {
+    const int untimed = ReadTimedRows(points, points.Fields(u"DateTime"), [&](DateTime from) {
         if (!depth.IsNumeric() || !flow.IsNumeric()) {
-            continue;  // half a point draws no line
+            return;  // half a point draws no line
         }
-        const DateTime from = time.Number();
         if (RatingTables.empty() || RatingTables.back().from != from) {
             RatingTables.push_back({from, {}});
         }
         RatingTables.back().points.push_back({depth.Number(), flow.Number()});
-    }
+    });
     if (RatingTables.empty()) {
         RatingTables.push_back({kFirstSentinel, {{0, 0}, {1, 1}}});
     }
     AddSentinels(RatingTables, &RatingTable::from);
+    return untimed;
 }
 
 double ApplyRating(DateTime t, double value) {

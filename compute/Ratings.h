@@ -38,9 +38,9 @@ extern std::vector<RatingTable> RatingTables;
 extern std::size_t RatingCursor;
 extern std::size_t TableCursor;
 
-// Raise AdoError.
-void LoadRatingRows(int chan);
-void LoadRatingTables(int chan);
+// Return how many rows they left out for lack of a date-time. Raise AdoError.
+[[nodiscard]] int LoadRatingRows(int chan);
+[[nodiscard]] int LoadRatingTables(int chan);
 
 // The flow at a depth, by the rating in force at `t`. A reading exactly at a rating's time still
 // belongs to the rating before it. Beyond the ends of a table its first or last two points' line

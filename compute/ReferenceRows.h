@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
+#include "platform/ado/Recordset.h"
 #include "platform/text/DateTime.h"
 
 namespace rillbook {
@@ -12,6 +14,21 @@ namespace rillbook {
 
 constexpr DateTime kFirstSentinel = 2.0;      // 1900-01-01
 constexpr DateTime kLastSentinel = 401769.0;  // 3000-01-01
+
+// Calls `add(time)` for each row of a recordset that has a date-time in this column. Returns how
+// many lack one: a file of another program may hold them, and they apply at no time.
+template <typename Add>
+int ReadTimedRows(Recordset& rows, const Field& time, Add add) {
+    int untimed = 0;
+    for (; !rows.Eof(); rows.MoveNext()) {
+        if (const std::optional<double> from = time.NumberIfAny()) {
+            add(*from);
+        } else {
+            ++untimed;
+        }
+    }
+    return untimed;
+}
 
 // Puts copies of the first and last row, dated as sentinels, around rows in ascending time, and an
 // unused entry before them, so that the rows count from 1. Rows that are empty stay so.

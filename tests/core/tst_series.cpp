@@ -125,6 +125,27 @@ private Q_SLOTS:
         QCOMPARE(ValuesText(), u"3 12"_qs);
     }
 
+    // The rest of the report is as it would be without them.
+    void RowsWithoutATimeAreLeftOut() {
+        ScriptedDoors doors;
+        StationFixture station(2);
+        Tell(station,
+             u"readings 2002-03-01 every 60: 1 2; table 2002-01-01: 0 0 1 100; "
+             "visit 2002-01-01: 1 2"_qs);
+        for (const char* row :
+             {"Calibration VALUES (NULL, 1, 0, 9, 1, NULL, NULL)",
+              "ConversionEq VALUES (NULL, 1, 0, 1, 7, NULL, 0)",
+              "ConversionT VALUES (1, NULL, 0, 7)", "ConversionT VALUES (1, 'x', 1, 7)"}) {
+            StationConnection->Execute(u"INSERT INTO "_qs + QLatin1String(row));
+        }
+        ChannelInfo[1].Calibration = ChannelInfo[1].Conversion = 1;
+        doors.ExpectMessage(
+            u"Rows without a date and time are left out "
+            "(ratings: 1, points of rating tables: 2, journal: 1)."_qs);
+        LoadSeries(kBegin, kEnd, 1);
+        QCOMPARE(ValuesText(), u"200 300"_qs);
+    }
+
     void WhatIsMissingIsTold() {
         ScriptedDoors doors;
         StationFixture station(2);
