@@ -101,14 +101,27 @@ void ForEachStationColumn(Step step) {
     Attempt([&] { step(u"channels", StationInfo.Channels); });
 }
 
-// Raises where a row can't be written; a value that a column refuses only leaves that column alone.
-void WriteInformationRows(Recordset& rows) {
+// What the user types into the panel, when it was last read or stored.
+QStringList storedTexts;
+
+QStringList TypedTexts() {
+    return {TheStationPanel->Text(Item::Name), TheStationPanel->Text(Item::Notes)};
+}
+
+// Raises if a row can't be written; a value that a column refuses only leaves that column alone.
+// Returns why one of the texts that the user types was refused.
+QString WriteInformationRows(Recordset& rows) {
+    QString refusal;
     rows.MoveFirst();
     for (const auto& column : kPanelColumns) {
-        if (column.target != Item::Channels) {
-            Attempt([&] {
-                WriteFrom(TheStationPanel->Text(column.target), rows, QStringView(column.name));
-            });
+        if (column.target == Item::Channels) {
+            continue;
+        }
+        const QString reason = Attempt([&] {
+            WriteFrom(TheStationPanel->Text(column.target), rows, QStringView(column.name));
+        });
+        if (refusal.isEmpty() && (column.target == Item::Name || column.target == Item::Notes)) {
+            refusal = reason;
         }
     }
     ForEachStationColumn(
@@ -124,6 +137,25 @@ void WriteInformationRows(Recordset& rows) {
     }
     rows.MoveFirst();
     rows.Update();
+    return refusal;
+}
+
+// Returns why the rows, or the texts that the user types, could not be stored.
+QString TryToWrite() {
+    UpgradeInformation();
+    QString refusal;
+    // All rows or none: if a row in the middle were refused, the next channel's values would be
+    // written into it.
+    const QString failure = Attempt([&refusal] {
+        Transaction transaction(*StationConnection);
+        refusal = WriteInformation();
+        transaction.Commit();
+    });
+    const QString reason = failure.isEmpty() ? refusal : failure;
+    if (reason.isEmpty()) {
+        storedTexts = TypedTexts();
+    }
+    return reason;
 }
 
 void TryStatement(const QString& statement) {
@@ -154,11 +186,12 @@ QString ReportDescription(int chan) {
     return channel.Conversion == 0 ? channel.RecDesc : channel.ConvDesc;
 }
 
-void Attempt(const std::function<void()>& step) {
+QString Attempt(const std::function<void()>& step) {
     try {
         step();
-    } catch (const AdoError&) {
-        // The next step runs, whatever became of this one.
+        return {};
+    } catch (const AdoError& error) {
+        return error.Description();
     }
 }
 
@@ -191,25 +224,29 @@ void ReadStationInfo() {
         }
     }
     Attempt([&] { rows.Close(); });
+    storedTexts = TypedTexts();
 }
 
-void WriteInformation() {
+QString WriteInformation() {
     Recordset rows;
     rows.LockType = adLockOptimistic;
     rows.Open(QStringLiteral("Information"), *StationConnection);
-    WriteInformationRows(rows);
+    const QString refusal = WriteInformationRows(rows);
     rows.Close();
+    return refusal;
 }
 
 void WriteStationInfo() {
-    UpgradeInformation();
-    // All rows or none: were a row refused in the middle, the next channel's values would land in
-    // it.
-    Attempt([] {
-        Transaction transaction(*StationConnection);
-        WriteInformation();
-        transaction.Commit();
-    });
+    TryToWrite();
+}
+
+void SaveStationInfo() {
+    const QString reason = TryToWrite();
+    if (!reason.isEmpty() && TypedTexts() != storedTexts) {
+        TellFault(
+            QStringLiteral("The name and the notes of %1 could not be stored").arg(StationTitle),
+            reason);
+    }
 }
 
 void RefreshRecordStats() {
@@ -254,6 +291,7 @@ void UpgradeCalibration() {
 void ResetFormStuff() {
     StationInfo = {};
     ChannelInfo.Clear();
+    storedTexts.clear();
 }
 
 }  // namespace rillbook

@@ -58,19 +58,24 @@ QString ChannelName(int chan);
 QString ReportLabel(int chan);
 QString ReportDescription(int chan);
 
-// Runs one step whose failure is passed over.
-void Attempt(const std::function<void()>& step);
+// Runs one step whose failure is ignored. Returns its reason; empty on success.
+QString Attempt(const std::function<void()>& step);
 
 // Fills StationInfo, ChannelInfo and the panel from the table Information. A step that fails (NULL
 // in a number, a missing row or table) leaves its variable as it was.
 void ReadStationInfo();
 
-// Writes them back, in one transaction. Does nothing where the file can't be changed.
+// Writes them back, in one transaction. Does nothing if the file can't be changed.
 void WriteStationInfo();
 
-// The same as a part of a larger change: raises AdoError where the rows can't be written. REQUIRES:
-// a transaction, and the columns that UpgradeInformation adds.
-void WriteInformation();
+// WriteStationInfo, with a message if the user changed the station's name or notes and they could
+// not be stored.
+void SaveStationInfo();
+
+// WriteStationInfo as a part of a larger change: raises AdoError if the rows can't be written.
+// Returns why the name or the notes were refused; empty if they weren't. REQUIRES: a transaction,
+// and the columns that UpgradeInformation adds.
+QString WriteInformation();
 
 // Sets the panel's count of records and their first and last date from the table Records; they
 // reach the table Information with the next WriteStationInfo. A failing query is told to the user.

@@ -80,7 +80,7 @@ bool OpenDB(const QString& path) {
 }
 
 void CloseDB() {
-    WriteStationInfo();
+    SaveStationInfo();
     StationConnection->Close();
     ShowNoStation();
 }

@@ -25,7 +25,7 @@ QString ConnectionTo(const QString& path);
 // REQUIRES: StationConnection closed.
 bool OpenDB(const QString& path);
 
-// Writes the header and closes the connection. REQUIRES: StationConnection open.
+// SaveStationInfo, and closes the connection. REQUIRES: StationConnection open.
 void CloseDB();
 
 // What CloseDB leaves on the screen; by itself, for a station whose file was lost.

@@ -269,7 +269,7 @@ void frmMain::RemoveStation() {
 
 void frmMain::SaveStationData() {
     if (StationConnection->State() != 0) {
-        WriteStationInfo();
+        SaveStationInfo();
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "store/FileError.h"
 #include "tests/support/CoreTest.h"
+#include "tests/support/Hardship.h"
 
 using namespace rillbook;
 using Item = StationPanel::Item;
@@ -139,6 +140,42 @@ private Q_SLOTS:
         QVERIFY(OpenDB(path));
         CloseDB();
         QCOMPARE(FolderText(station.Folder()), before);
+    }
+
+    // Only those that the user changed, and nothing of the rest of the header.
+    void reportsNamesThatCannotBeStored() {
+        StationFixture station;
+        const auto typed = [&](const QString& name, const QString& reason) {
+            station.panel.SetText(StationPanel::Item::Name, name);
+            StationInfo.OutputChannel = 7;
+            if (!reason.isEmpty()) {
+                doors_->ExpectMessage(
+                    u"The name and the notes of station.mdb could not be stored: "_qs + reason);
+            }
+            SaveStationInfo();
+        };
+        typed(u"Weir"_qs, {});
+        {
+            Connection other;
+            other.Open(ConnectionTo(station.Path()));
+            const Transaction held(other);
+            typed(u"Weir"_qs, {});
+            typed(u"Lower weir"_qs, u"database is locked"_qs);
+        }
+        StationConnection->Execute(u"ALTER TABLE Information ALTER COLUMN Name TEXT(5)"_qs);
+        typed(u"Upper weir"_qs, u"The text is longer than 5 characters."_qs);
+        typed(u"Weir"_qs, {});
+        station.Close();
+        QFile::setPermissions(station.Path(), QFile::Permissions(0x4444));
+        QFile::setPermissions(station.Folder(), QFile::Permissions(0x5555));
+        const OrdinaryUser user;
+        station.Open();
+        typed(u"Weir"_qs, {});
+        typed(u"Mill"_qs, u"attempt to write a readonly database"_qs);
+        doors_->ExpectMessage(
+            u"The name and the notes of station.mdb could not be stored: "
+            "attempt to write a readonly database"_qs);
+        station.Close();
     }
 
     void newStationReplacesAFileAndItsCompanion() {
