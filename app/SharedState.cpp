@@ -27,6 +27,7 @@ void ResetSharedState() {
     ResetProjectFile();
     ResetRatingStore();
     ResetCompute();
+    BeginReport();
     ResetSummary();
     ResetChart();
 }

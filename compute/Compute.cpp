@@ -28,7 +28,10 @@ void Tell(const QString& text) {
     MsgBox(text, MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
 }
 
-// The rows that apply at no time, in one message for all tables.
+QString reportedUntimed;  // since BeginReport
+
+// The rows that apply at no time, in one message for all tables and for the whole report: a graph
+// loads its series again with each change of its size.
 class UntimedRows {
 public:
     void Add(const char* table, int count) {
@@ -37,10 +40,11 @@ public:
         }
     }
     void Report() const {
-        if (!counts_.isEmpty()) {
-            Tell(QStringLiteral("Rows without a date and time are left out (%1).")
-                     .arg(counts_.join(QStringLiteral(", "))));
+        const QString counts = counts_.join(QStringLiteral(", "));
+        if (!counts.isEmpty() && counts != reportedUntimed) {
+            Tell(QStringLiteral("Rows without a date and time are left out (%1).").arg(counts));
         }
+        reportedUntimed = counts;
     }
 
 private:
@@ -109,6 +113,10 @@ void ReadSeries(DateTime from, DateTime to, int chan, const Corrections& wanted)
 }
 
 }  // namespace
+
+void BeginReport() {
+    reportedUntimed.clear();
+}
 
 void LoadSeries(DateTime from, DateTime to, int chan) {
     ResetCompute();

@@ -20,6 +20,9 @@ extern std::int32_t InstCount;
 // had a value. Never raises.
 void LoadSeries(DateTime from, DateTime to, int chan);
 
+// A report opens: LoadSeries reports the rows that it leaves out again, and once.
+void BeginReport();
+
 void ResetCompute();
 
 }  // namespace rillbook

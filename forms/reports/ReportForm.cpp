@@ -2,6 +2,7 @@
 
 #include <QAction>
 
+#include "compute/Compute.h"
 #include "forms/main/frmAbout.h"
 #include "forms/records/frmEditRecords.h"
 #include "forms/reference/frmCalibration.h"
@@ -17,6 +18,7 @@ namespace rillbook {
 ReportForm::ReportForm(ReportMode mode, CommonDialog& printerDialog, QWidget* parent)
     : QDialog(parent), cdbprinter_(printerDialog), mode_(mode) {
     setWindowFlags(windowFlags() | Qt::WindowMinMaxButtonsHint);
+    BeginReport();
 }
 
 QAction& ReportForm::Item(const char* name) const {
