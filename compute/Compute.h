@@ -20,7 +20,8 @@ extern std::int32_t InstCount;
 // had a value. Never raises.
 void LoadSeries(DateTime from, DateTime to, int chan);
 
-// A report opens: LoadSeries reports the rows that it leaves out again, and once.
+// To be called when a report opens: the next LoadSeries reports the rows that it leaves out, and
+// later ones do not report the same rows again.
 void BeginReport();
 
 void ResetCompute();
