@@ -1,5 +1,6 @@
-# Compiles TOPICS/rillbook.hhp into HELP by CHMCMD, in the folder WORK, since the compiler writes
-# beside its project. Fails on what the compiler only warns of: a link or a picture that isn't there.
+# Compiles TOPICS/rillbook.hhp with CHMCMD into HELP, and writes the SHA-256 of that file as the header
+# DIGEST. The compiler writes beside its project, so it works on a copy in the folder WORK. A missing
+# link target or picture, of which the compiler only warns, is an error here.
 file(REMOVE_RECURSE "${WORK}")
 file(COPY "${TOPICS}/" DESTINATION "${WORK}")
 execute_process(COMMAND "${CHMCMD}" --html-scan rillbook.hhp WORKING_DIRECTORY "${WORK}"
@@ -10,3 +11,9 @@ endif()
 get_filename_component(folder "${HELP}" DIRECTORY)
 file(COPY "${WORK}/rillbook.chm" DESTINATION "${folder}")
 file(TOUCH "${HELP}")
+file(SHA256 "${HELP}" sum)
+file(CONFIGURE OUTPUT "${DIGEST}" CONTENT "#pragma once
+
+// The SHA-256 of the compiled help file, in hexadecimal.
+constexpr const char* kHelpDigest = \"${sum}\";
+")

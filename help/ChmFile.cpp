@@ -2,10 +2,12 @@
 
 #include <chm_lib.h>
 
+#include <QCryptographicHash>
 #include <QFile>
 #include <QStringDecoder>
 #include <QtEndian>
 
+#include "help/HelpDigest.h"
 #include "platform/text/CodePage.h"
 
 namespace rillbook {
@@ -20,12 +22,17 @@ QString Decode(const QByteArray& bytes) {
     return utf8.hasError() ? DecodeText(bytes) : text;
 }
 
-std::vector<ChmObject> ReadDirectory(const QString& path) {
+// The library that unpacks the file trusts every length and offset in it, so it never sees a file
+// other than the one that the build made.
+void RequireBuiltFile(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        throw HelpFileError("can't be opened");
+        throw HelpFileError("cannot be opened");
     }
-    return ReadChmDirectory(file);
+    QCryptographicHash digest(QCryptographicHash::Sha256);
+    if (!digest.addData(&file) || digest.result().toHex() != kHelpDigest) {
+        throw HelpFileError("not the help file of this program");
+    }
 }
 
 QString FromRoot(const QString& path) {
@@ -38,18 +45,16 @@ void ChmFile::Closer::operator()(chmFile* file) const {
     chm_close(file);
 }
 
-ChmFile::ChmFile(const QString& path)
-    : objects_(ReadDirectory(path)), file_(chm_open(QFile::encodeName(path).constData())) {
+ChmFile::ChmFile(const QString& path) {
+    RequireBuiltFile(path);
+    file_.reset(chm_open(QFile::encodeName(path).constData()));
     if (!file_) {
         throw HelpFileError("not a compiled help file");
     }
     ReadSystem();
-    if (Contents().isEmpty() && !Read(defaultTopic_)) {
-        throw HelpFileError("nothing to show");
-    }
 }
 
-// Numbered texts: their number, their length and their bytes, ended by a zero.
+// Reads the numbered texts of the file: number, length, bytes, and a terminating zero.
 void ChmFile::ReadSystem() {
     const QByteArray bytes = Read(QStringLiteral("/#SYSTEM")).value_or(QByteArray());
     for (qsizetype at = 4; at + 4 <= bytes.size();) {
@@ -76,32 +81,6 @@ void ChmFile::ReadSystem() {
                 break;
         }
     }
-    contentsPath_ = contentsPath_.isEmpty() ? FirstPathWith(QStringLiteral(".hhc")) : contentsPath_;
-    indexPath_ = indexPath_.isEmpty() ? FirstPathWith(QStringLiteral(".hhk")) : indexPath_;
-    defaultTopic_ = defaultTopic_.isEmpty() ? FirstPathWith(QStringLiteral(".htm")) : defaultTopic_;
-    defaultTopic_ =
-        defaultTopic_.isEmpty() ? FirstPathWith(QStringLiteral(".html")) : defaultTopic_;
-}
-
-QStringList ChmFile::Paths() const {
-    QStringList paths;
-    for (const ChmObject& object : objects_) {
-        const bool isOwn = object.path.startsWith(u"::") || object.path.startsWith(u"/#") ||
-                           object.path.startsWith(u"/$") || object.path.startsWith(u"/_#_");
-        if (!isOwn && !object.path.endsWith(u'/')) {
-            paths += object.path;
-        }
-    }
-    return paths;
-}
-
-QString ChmFile::FirstPathWith(const QString& suffix) const {
-    for (const QString& path : Paths()) {
-        if (path.endsWith(suffix, Qt::CaseInsensitive)) {
-            return path;
-        }
-    }
-    return {};
 }
 
 std::optional<QByteArray> ChmFile::Read(const QString& path) const {

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "app/Application.h"
-#include "help/ChmDirectory.h"
+#include "help/ChmFile.h"
 #include "help/HelpWindow.h"
 #include "platform/desktop/MsgBox.h"
 
