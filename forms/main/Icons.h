@@ -6,7 +6,7 @@ namespace rillbook {
 
 enum class Picture { New, Open, Save, Station, Channel, Program };
 
-// Drawn anew for each size that is asked for, so that it is sharp at any pixel ratio.
+// An icon from data/icons, drawn from its SVG at each size, so that it is sharp at any pixel ratio.
 QIcon PictureIcon(Picture picture);
 
 }  // namespace rillbook

@@ -1,6 +1,7 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 
+#include "forms/main/Icons.h"
 #include "platform/qt/Twips.h"
 #include "tests/support/FormTest.h"
 
@@ -51,6 +52,18 @@ class tst_controls : public QObject {
 
 private Q_SLOTS:
     void init() { FailOnAnyWarning(); }
+
+    // The icon engine is a plug-in of its own: without it every icon is blank.
+    void drawsEveryIcon() {
+        for (int picture = 0; picture <= static_cast<int>(Picture::Program); ++picture) {
+            const QImage icon = PictureIcon(static_cast<Picture>(picture)).pixmap(16).toImage();
+            int inked = 0;
+            for (int at = 0; at < icon.width() * icon.height(); ++at) {
+                inked += qAlpha(icon.pixel(at % icon.width(), at / icon.width())) > 0 ? 1 : 0;
+            }
+            QVERIFY2(inked > 40, qPrintable(QString::number(picture)));
+        }
+    }
 
     void textsStayWhereRowsAndColumnsStay() {
         NumberedGrid grid(3, 3);
