@@ -1,9 +1,9 @@
 #include "platform/qt/CellTextBox.h"
 
 #include <QMimeData>
-#include <QRegularExpression>
 
 #include "platform/qt/FormFont.h"
+#include "platform/text/CellText.h"
 
 namespace rillbook {
 
@@ -35,8 +35,7 @@ bool CellTextBox::IsAtEnd() const {
 }
 
 void CellTextBox::insertFromMimeData(const QMimeData* source) {
-    static const QRegularExpression lineBreak(QStringLiteral("\\R"));
-    insertPlainText(source->text().replace(lineBreak, QStringLiteral(" ")));
+    insertPlainText(OneLine(source->text()));
 }
 
 }  // namespace rillbook

@@ -4,16 +4,15 @@
 
 namespace rillbook {
 
-// The text box that a form lays over a grid's cell. It holds one line, which wraps where it is told
-// to: line breaks that are pasted become blanks, as a break would part the cell's row in a copy of
-// the grid.
+// The text box over a grid's cell. Pasted line breaks and tabs become blanks, because a break would
+// separate the cell's row in a copy of the grid.
 class CellTextBox : public QPlainTextEdit {
     Q_OBJECT
 public:
     explicit CellTextBox(QWidget* parent = nullptr);
 
     QString Text() const { return toPlainText(); }
-    // The text cursor goes behind the text.
+    // The text cursor goes to the end of the text.
     void SetText(const QString& text);
     void SetWraps(bool wraps);
 

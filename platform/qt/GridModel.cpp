@@ -4,6 +4,7 @@
 #include <cassert>
 #include <utility>
 
+#include "platform/text/CellText.h"
 #include "platform/text/Numbers.h"
 
 namespace rillbook {
@@ -124,13 +125,19 @@ int GridModel::columnCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : cols_ - 1;
 }
 
+Qt::ItemFlags GridModel::flags(const QModelIndex& index) const {
+    const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+    const bool isTyped = index.isValid() && isTyped_ && isTyped_(index.column() + 1);
+    return isTyped ? flags | Qt::ItemIsEditable : flags;
+}
+
 QVariant GridModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || !Holds(index.row() + 1, index.column() + 1)) {
         return {};
     }
     const QString text = Text(index.row() + 1, index.column() + 1);
     if (role == Qt::DisplayRole) {
-        return text;
+        return OneLine(text);
     }
     if (role == Qt::TextAlignmentRole) {
         const Qt::Alignment side = IsNumber(text) ? Qt::AlignRight : Qt::AlignLeft;

@@ -3,6 +3,7 @@
 #include <QAbstractTableModel>
 #include <QString>
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace rillbook {
@@ -27,6 +28,10 @@ public:
     // in SetRows.
     void SetSource(int rows, CellSource source);
 
+    // Columns in which the user can type, for input methods and accessibility tools; initially
+    // none.
+    void SetTypedColumns(std::function<bool(int col)> isTyped) { isTyped_ = std::move(isTyped); }
+
     // REQUIRES: Holds(row, col).
     QString Text(int row, int col) const;
     // REQUIRES: the same, and no source for this row.
@@ -40,6 +45,7 @@ public:
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
@@ -50,6 +56,7 @@ private:
     int rows_ = 2;
     int cols_ = 2;
     CellSource source_;
+    std::function<bool(int col)> isTyped_;
     std::vector<QString> texts_ = std::vector<QString>(4);
     bool filling_ = false;
 };

@@ -17,6 +17,7 @@
 #include "platform/qt/FormFont.h"
 #include "platform/qt/GridModel.h"
 #include "platform/qt/Twips.h"
+#include "platform/text/CellText.h"
 
 namespace rillbook {
 
@@ -171,7 +172,6 @@ void MSFlexGrid::SetCol(int col) {
     SetSelection(Row(), col, Row(), col);
 }
 
-// From the first to the last selected column and row, as a rectangle of cells.
 QRect MSFlexGrid::SelectedCells() const {
     QRect cells;
     for (const QItemSelectionRange& range : selectionModel()->selection()) {
@@ -210,6 +210,12 @@ void MSFlexGrid::SetSelection(int row, int col, int rowSel, int colSel) {
     setAutoScroll(true);
 }
 
+void MSFlexGrid::SelectRow(int row, int col) {
+    SetSelection(row, 1, row, Cols() - 1);
+    MoveCurrent(model_->index(row - 1, col - 1));
+    scrollTo(currentIndex());
+}
+
 void MSFlexGrid::selectAll() {
     SetSelection(1, 1, Rows() - 1, Cols() - 1);
 }
@@ -232,7 +238,7 @@ QString MSFlexGrid::Clip() const {
     QString clip;
     for (int row = cells.top(); row <= cells.bottom(); ++row) {
         for (int col = cells.left(); col <= cells.right(); ++col) {
-            clip += model_->Text(row, col);
+            clip += OneLine(model_->Text(row, col));
             clip += col < cells.right() ? u'\t' : u'\r';
         }
     }
@@ -247,20 +253,44 @@ void MSFlexGrid::SetClip(const QString& text) {
     const QRect cells = SelectedCells();
     BeginFill();
     int row = cells.top();
-    for (const QStringView line : QStringView(text).split(u'\r')) {
-        if (row > cells.bottom()) {
-            break;
-        }
+    for (const QStringList& texts : SplitCells(text).mid(0, cells.height())) {
         int col = cells.left();
-        for (const QStringView cellText : line.split(u'\t')) {
-            if (col > cells.right()) {
-                break;
-            }
-            model_->SetText(row, col++, cellText.toString());
+        for (const QString& cellText : texts.mid(0, cells.width())) {
+            model_->SetText(row, col++, cellText);
         }
         ++row;
     }
     EndFill();
+}
+
+void MSFlexGrid::SetTypedColumns(std::function<bool(int col)> isTyped) {
+    model_->SetTypedColumns(std::move(isTyped));
+    FollowTypedCell();
+}
+
+bool MSFlexGrid::IsTyped(int col) const {
+    return model_->flags(model_->index(0, col - 1)).testFlag(Qt::ItemIsEditable);
+}
+
+std::optional<QPoint> MSFlexGrid::TypedCellBeside(int step) const {
+    const int cols = Cols() - 1;
+    const int cells = (Rows() - 1) * cols;
+    for (int i = (Row() - 1) * cols + Col() - 1 + step; i >= 0 && i < cells; i += step) {
+        const int col = i % cols + 1;
+        if (IsTyped(col) && columnWidth(col - 1) > 0) {
+            return QPoint(col, i / cols + 1);
+        }
+    }
+    return std::nullopt;
+}
+
+void MSFlexGrid::Leave(bool forward) {
+    focusNextPrevChild(forward);
+}
+
+// An input method may only compose where its text can go.
+void MSFlexGrid::FollowTypedCell() {
+    setAttribute(Qt::WA_InputMethodEnabled, IsTyped(Col()));
 }
 
 int MSFlexGrid::ColWidth(int col) const {
@@ -445,6 +475,7 @@ void MSFlexGrid::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void MSFlexGrid::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
     QTableView::currentChanged(current, previous);
+    FollowTypedCell();
     NoteCurrent();
 }
 

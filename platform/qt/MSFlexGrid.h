@@ -57,11 +57,26 @@ public:
     QString Text() const;
     void SetText(const QString& text);
 
+    // The selected range; x and width count columns.
+    QRect SelectedCells() const;
+    // Selects a row and brings it into view; the cell in this column is the current one.
+    void SelectRow(int row, int col);
+
     // The selected range as text: cells of a row separated by tabs, rows by carriage returns, none
-    // at the end. Assigning fills the range from its top left, row by row; what doesn't fit is
-    // dropped.
+    // at the end; a line break or tab within a cell is a blank. Assigning fills the range from its
+    // top left, row by row, with SplitCells; what does not fit is dropped.
     QString Clip() const;
     void SetClip(const QString& text);
+
+    // Whether the user can type in the cells of a column, for which the grid then accepts input
+    // methods; initially in none. The grid itself has no editor.
+    void SetTypedColumns(std::function<bool(int col)> isTyped);
+    bool IsTyped(int col) const;
+    // The nearest cell before or after the current one (step -1 or 1) in which the user can type,
+    // row by row; x is the column. Columns without width are skipped. Nothing at the end.
+    std::optional<QPoint> TypedCellBeside(int step) const;
+    // Moves the focus to the next or previous control of the form, as Tab does elsewhere.
+    void Leave(bool forward);
 
     int ColWidth(int col) const;
     void SetColWidth(int col, int twips);
@@ -123,7 +138,7 @@ private:
     int ColumnBeside(int col, int step) const;
     std::optional<QPoint> Target(const QPoint& from, int key, bool toEdge) const;
     bool Navigate(const QKeyEvent& event);
-    QRect SelectedCells() const;
+    void FollowTypedCell();
 
     GridModel* model_;
     QAbstractButton* corner_ = nullptr;
