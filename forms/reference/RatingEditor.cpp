@@ -30,7 +30,7 @@ void RatingEditor::ShowTime(QLineEdit& box, RatingTime time) {
 
 RatingTime RatingEditor::TypedTime(const QLineEdit& box) const {
     const bool isUntouched = shownTime_ && box.text() == GeneralDateText(*shownTime_);
-    return isUntouched ? shownTime_ : ReadDateTime(box.text());
+    return isUntouched ? shownTime_ : ReadDatedTime(box.text());
 }
 
 void RatingEditor::Confirm() {

@@ -36,6 +36,7 @@ void frmConversionEq::LoadValues() {
 bool frmConversionEq::CheckValues() const {
     if (!TypedTime(*ui_->tbDate)) {
         WarnOfInput(QStringLiteral("Not a valid Date."));
+        ui_->tbDate->setFocus();
         return false;
     }
     if (!IsNumber(ui_->tbC->text())) {

@@ -140,9 +140,8 @@ void RecordModel::SetField(int col, const QString& text) {
         }
         field.SetValue(Null{});
     } else if (Type(col) == adDate) {
-        const std::optional<DateTime> moment = ReadDateTime(text);
-        // A time alone would be one of the first day that dates count from.
-        if (!moment || DayOf(*moment) == 0) {
+        const std::optional<DateTime> moment = ReadDatedTime(text);
+        if (!moment) {
             RaiseUnreadable(quoted + QStringLiteral(" is not a date and time."));
         }
         field.SetValue(*moment);

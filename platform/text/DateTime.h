@@ -67,6 +67,9 @@ std::optional<DateTime> ReadLoggerDateTime(const char* begin, const char* end);
 // and times of 12 or 24 hours with or without seconds.
 std::optional<DateTime> ReadDateTime(QStringView text);
 
+// The same for a field that needs a date: nothing for a time alone.
+std::optional<DateTime> ReadDatedTime(QStringView text);
+
 // Short date and long time by the user's regional settings; a midnight shows the date alone.
 QString GeneralDateText(DateTime moment);
 

@@ -316,9 +316,7 @@ std::optional<QStringView> BehindDate(QStringView text) {
     return text;
 }
 
-}  // namespace
-
-std::optional<DateTime> ReadDateTime(QStringView text) {
+std::optional<DateTime> ReadMoment(QStringView text, bool timeAlone) {
     const QString simplified = Simplified(text.toString());
     const Tokens tokens = Tokenise(simplified);
     const qsizetype count = tokens.list.size();
@@ -338,8 +336,21 @@ std::optional<DateTime> ReadDateTime(QStringView text) {
             return second ? std::optional(MomentOf(*day, *second)) : std::nullopt;
         }
     }
+    if (!timeAlone) {
+        return std::nullopt;
+    }
     const auto second = ReadTime(first, count, first->gap, tokens.tail);
     return second ? std::optional(MomentOf(0, *second)) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<DateTime> ReadDateTime(QStringView text) {
+    return ReadMoment(text, true);
+}
+
+std::optional<DateTime> ReadDatedTime(QStringView text) {
+    return ReadMoment(text, false);
 }
 
 QString ShortDateText(DateTime moment) {
