@@ -66,6 +66,7 @@ frmImport::frmImport(QWidget* parent) : QDialog(parent), ui_(std::make_unique<Ui
     FillGrid();
     editing_ = new GridCellEditing(*ui_->MSFlexGrid1, {});
     connect(editing_, &GridCellEditing::MovedDown, this, &frmImport::VisibleRows);
+    connect(editing_, &GridCellEditing::Restored, this, &frmImport::ShowChannelCount);
     connect(ui_->cmbFileType, &QComboBox::currentIndexChanged, this, &frmImport::VisibleControls);
     connect(ui_->updChan, &UpDown::Change, this, &frmImport::ChannelCountChanged);
     connect(ui_->cmdOK, &QPushButton::clicked, this, &frmImport::Confirm);
@@ -129,15 +130,23 @@ void frmImport::VisibleRows() {
 // The last row takes what is stored, also where the user has typed something else into it.
 void frmImport::ChannelCountChanged() {
     editing_->EndEdit();
-    MSFlexGrid& grid = *ui_->MSFlexGrid1;
-    const int channels = ui_->updChan->Value();
-    grid.SetRows(channels + 2);
-    grid.SetTextMatrix(RowOf(channels), 0, QString::number(channels));
-    if (channels <= StationInfo.Channels) {
-        FillChannel(channels);
-    } else {
-        grid.SetTextMatrix(RowOf(channels), kWidthCol, QString::number(kNewChannelWidth));
-    }
+    editing_->Change(QStringLiteral("No. of Channels"), [this] {
+        MSFlexGrid& grid = *ui_->MSFlexGrid1;
+        const int channels = ui_->updChan->Value();
+        grid.SetRows(channels + 2);
+        grid.SetTextMatrix(RowOf(channels), 0, QString::number(channels));
+        if (channels <= StationInfo.Channels) {
+            FillChannel(channels);
+        } else {
+            grid.SetTextMatrix(RowOf(channels), kWidthCol, QString::number(kNewChannelWidth));
+        }
+    });
+    VisibleControls();
+}
+
+// Undo can bring rows back, or take them away.
+void frmImport::ShowChannelCount() {
+    ui_->tbChan->setText(QString::number(ui_->MSFlexGrid1->Rows() - 2));
     VisibleControls();
 }
 
@@ -157,13 +166,15 @@ StationShape frmImport::TypedShape() const {
 }
 
 QString frmImport::FaultOfInput() const {
-    const MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
     if (!DateWidth(grid.TextMatrix(kDateRow, kWidthCol))) {
+        grid.SelectRow(kDateRow, grid.ColWidth(kWidthCol) > 0 ? kWidthCol : kUnitsCol);
         return QStringLiteral("The width of the date must be a whole number.");
     }
     for (int row = RowOf(1); row < grid.Rows(); ++row) {
         for (const int col : {kUnitsCol, kLabelCol, kDescriptionCol}) {
             if (grid.TextMatrix(row, col).size() > kLongestText) {
+                grid.SelectRow(row, col);
                 return QStringLiteral("The texts of a channel can have %1 characters at most.")
                     .arg(kLongestText);
             }
@@ -186,6 +197,7 @@ void frmImport::Confirm() {
     const QString fault = FaultOfInput();
     if (!fault.isEmpty()) {
         WarnOfInput(fault);
+        ui_->MSFlexGrid1->setFocus();
         return;
     }
     try {

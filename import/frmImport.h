@@ -27,8 +27,9 @@ private:
     void FillGrid();
     void FillChannel(int chan);
     void ChannelCountChanged();
+    void ShowChannelCount();
     void Confirm();
-    // Empty where there is none.
+    // Empty if there is none; else its row is selected.
     QString FaultOfInput() const;
     // Asks where readings would be lost. Raises AdoError.
     bool MayErase() const;

@@ -1,34 +1,79 @@
 #include "forms/reference/GridCellEditing.h"
 
+#include <QAction>
+#include <QCoreApplication>
 #include <QFocusEvent>
 #include <QHeaderView>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <algorithm>
 #include <utility>
 
+#include "forms/reference/GridHistory.h"
 #include "platform/desktop/Clipboard.h"
 #include "platform/desktop/Desktop.h"
+#include "platform/desktop/MsgBox.h"
 #include "platform/qt/CellTextBox.h"
 #include "platform/qt/MSFlexGrid.h"
 #include "platform/qt/Twips.h"
+#include "platform/text/CellText.h"
 
 namespace rillbook {
 
 namespace {
 
 constexpr int kPageRows = 10;
+// Beside Ctrl+Shift+Z, for which text boxes have their own binding everywhere.
+constexpr QKeyCombination kOtherRedo = Qt::CTRL | Qt::Key_Y;
+
+bool IsOtherRedo(const QKeyEvent& key) {
+    return key.keyCombination() == kOtherRedo;
+}
 
 bool IsEnter(int key) {
     return key == Qt::Key_Return || key == Qt::Key_Enter;
 }
 
-// The character that begins an edit; none for other keys.
+// The character that begins an edit, which can be two UTF-16 units; empty for other keys. Windows
+// reports AltGr as Ctrl and Alt.
 QString TypedCharacter(const QKeyEvent& key) {
-    const bool isCommand = (key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0;
-    const QString text = key.text();
-    const bool isPrintable = text.size() == 1 && text[0] > QChar(31) && text[0] < QChar(127);
-    return isPrintable && !isCommand ? text : QString();
+    const Qt::KeyboardModifiers commands =
+        key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    const bool isCommand = commands != 0 && commands != (Qt::ControlModifier | Qt::AltModifier);
+    const QList<uint> characters = key.text().toUcs4();
+    const bool isPrintable = !characters.isEmpty() && QChar::isPrint(characters.first());
+    return isPrintable && !isCommand ? key.text() : QString();
+}
+
+// Whether the focus only goes to a menu or to another program, and comes back.
+bool IsBriefLeave(const QFocusEvent& event) {
+    const Qt::FocusReason reason = event.reason();
+    return reason == Qt::PopupFocusReason || reason == Qt::MenuBarFocusReason ||
+           reason == Qt::ActiveWindowFocusReason;
+}
+
+// "50 of 60 rows were pasted. ..."; empty if all rows and columns fit.
+QString PasteMessage(const QList<QStringList>& pasted, const QRect& room) {
+    qsizetype cols = 0;
+    for (const QStringList& row : pasted) {
+        cols = std::max(cols, row.size());
+    }
+    QStringList counts;
+    QStringList names;
+    const auto compare = [&](int held, qsizetype all, const QString& name) {
+        if (all > held) {
+            counts += QStringLiteral("%1 of %2 %3").arg(held).arg(all).arg(name);
+            names += name;
+        }
+    };
+    compare(room.height(), pasted.size(), QStringLiteral("rows"));
+    compare(room.width(), cols, QStringLiteral("columns"));
+    const QString both = QStringLiteral(" and ");
+    return counts.isEmpty()
+               ? QString()
+               : QStringLiteral("%1 were pasted. Select as many %2 as are to be filled.")
+                     .arg(counts.join(both), names.join(both));
 }
 
 }  // namespace
@@ -37,15 +82,24 @@ GridCellEditing::GridCellEditing(MSFlexGrid& grid, Ways ways)
     : QObject(&grid),
       grid_(grid),
       ways_(std::move(ways)),
-      box_(*new CellTextBox(grid.parentWidget())) {
+      box_(*new CellTextBox(grid.parentWidget())),
+      history_(*new GridHistory(grid, this)),
+      undo_(AddAction(history_.createUndoAction(this, QStringLiteral("&Undo")),
+                      QStringLiteral("mnuEditUndo"), {QKeySequence(Qt::CTRL | Qt::Key_Z)})),
+      redo_(AddAction(history_.createRedoAction(this, QStringLiteral("&Redo")),
+                      QStringLiteral("mnuEditRedo"),
+                      {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), kOtherRedo})) {
     box_.setObjectName(QStringLiteral("tbSel"));
     box_.setAccessibleName(QStringLiteral("Text of the cell"));
     box_.hide();
     QWidget::setTabOrder(&grid_, &box_);
+    grid_.SetTypedColumns(ways_.opens ? ways_.opens : [](int) { return true; });
+    connect(&undo_, &QAction::triggered, this, [this] { Restore(&GridHistory::undo); });
+    connect(&redo_, &QAction::triggered, this, [this] { Restore(&GridHistory::redo); });
     grid_.installEventFilter(this);
     box_.installEventFilter(this);
     connect(&grid_, &MSFlexGrid::DblClick, this, &GridCellEditing::ShowCellEditor);
-    // The box stays over its cell.
+    // Scrolled, the box would be over another cell.
     for (const QScrollBar* bar : {grid_.verticalScrollBar(), grid_.horizontalScrollBar()}) {
         connect(bar, &QScrollBar::valueChanged, this, &GridCellEditing::EndEdit);
     }
@@ -53,17 +107,46 @@ GridCellEditing::GridCellEditing(MSFlexGrid& grid, Ways ways)
             &GridCellEditing::EndEdit);
 }
 
-void GridCellEditing::ShowCellEditor() {
+// The actions of a stack undo at once; ours end the edit first.
+QAction& GridCellEditing::AddAction(QAction* action, const QString& name,
+                                    const QList<QKeySequence>& keys) {
+    disconnect(action, &QAction::triggered, &history_, nullptr);
+    action->setObjectName(name);
+    action->setShortcuts(keys);
+    grid_.window()->addAction(action);
+    return *action;
+}
+
+void GridCellEditing::Restore(void (GridHistory::*step)()) {
     EndEdit();
-    Q_EMIT Opening();
-    if (!ways_.opens || ways_.opens(grid_.Col())) {
-        Open();
+    (history_.*step)();
+    grid_.setFocus();
+    Q_EMIT Changed();
+    Q_EMIT Restored();
+}
+
+void GridCellEditing::Change(const QString& name, const std::function<void()>& change) {
+    history_.Record(name, [&] {
+        change();
+        Q_EMIT Changed();
+    });
+}
+
+bool GridCellEditing::HasChanges() const {
+    return !history_.isClean();
+}
+
+void GridCellEditing::ShowCellEditor() {
+    if (Open()) {
+        box_.setFocus();
     }
 }
 
-void GridCellEditing::Open() {
-    if (grid_.Row() == 0 || grid_.Col() == 0) {
-        return;
+bool GridCellEditing::Open() {
+    EndEdit();
+    Q_EMIT Opening();
+    if (grid_.Row() == 0 || !grid_.IsTyped(grid_.Col())) {
+        return false;
     }
     grid_.scrollTo(grid_.currentIndex());
     row_ = grid_.Row();
@@ -71,9 +154,10 @@ void GridCellEditing::Open() {
     const bool wraps = col_ == ways_.wrappedCol;
     box_.SetWraps(wraps);
     box_.SetText(grid_.Text());
+    shown_ = box_.Text();
     grid_.Refresh();
     const int height = grid_.CellHeight();
-    // Within the borders of the cell, and where the box is higher within the grid.
+    // Within the borders of the cell; a higher box within the grid.
     const QRect place(ToPixels(grid_.ColPos(col_) + 30), ToPixels(grid_.RowPos(row_) + 15),
                       ToPixels(grid_.CellWidth() - 60),
                       ToPixels(wraps ? 3 * height - 90 : height - 30));
@@ -84,23 +168,28 @@ void GridCellEditing::Open() {
     editing_ = true;
     box_.show();
     box_.raise();
-    box_.setFocus();
+    return true;
 }
 
 void GridCellEditing::EndEdit() {
     if (!std::exchange(editing_, false)) {
         return;
     }
-    grid_.SetTextMatrix(row_, col_, box_.Text());
+    // A composition that was left before its first character replaces nothing.
+    const bool isAbandoned = std::exchange(composing_, false) && box_.Text().isEmpty();
+    Change(QStringLiteral("Edit"), [&] {
+        if (!isAbandoned && box_.Text() != shown_) {
+            grid_.SetTextMatrix(row_, col_, box_.Text());
+        }
+    });
     if (box_.hasFocus()) {
         grid_.setFocus();
     }
     box_.hide();
-    Q_EMIT Ended();
 }
 
 void GridCellEditing::DropEdit() {
-    box_.SetText(grid_.TextMatrix(row_, col_));
+    box_.SetText(shown_);
     EndEdit();
 }
 
@@ -122,28 +211,78 @@ void GridCellEditing::LeaveBy(int rows, int cols) {
 }
 
 bool GridCellEditing::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::KeyPress) {
-        const auto& key = *static_cast<QKeyEvent*>(event);
-        return watched == &box_ ? BoxKey(key) : GridKey(key);
-    }
-    if (watched == &box_ && event->type() == QEvent::FocusOut) {
-        // The box keeps its cell while its own menu or another program is used.
-        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-        if (reason != Qt::PopupFocusReason && reason != Qt::MenuBarFocusReason &&
-            reason != Qt::ActiveWindowFocusReason) {
-            EndEdit();
+    const bool isBox = watched == &box_;
+    switch (event->type()) {
+        case QEvent::ShortcutOverride:
+            // The text has an undo and redo of its own.
+            if (isBox && IsOtherRedo(*static_cast<QKeyEvent*>(event))) {
+                event->accept();
+            }
+            return false;
+        case QEvent::KeyPress: {
+            auto& key = *static_cast<QKeyEvent*>(event);
+            return TabKey(key) || (isBox ? BoxKey(key) : GridKey(key));
         }
+        case QEvent::InputMethod:
+            return !isBox && GridInput(*static_cast<QInputMethodEvent*>(event));
+        case QEvent::FocusOut:
+            // The box keeps its cell while its own menu or another program is used.
+            if ((isBox || composing_) && !IsBriefLeave(*static_cast<QFocusEvent*>(event))) {
+                EndEdit();
+            }
+            return false;
+        default:
+            return false;
     }
-    return false;
 }
 
-bool GridCellEditing::GridKey(const QKeyEvent& key) {
-    if (IsEnter(key.key())) {
+bool GridCellEditing::TabKey(const QKeyEvent& key) {
+    if (key.key() != Qt::Key_Tab && key.key() != Qt::Key_Backtab) {
+        return false;
+    }
+    EndEdit();
+    const bool forward = !key.modifiers().testFlag(Qt::ShiftModifier);
+    const auto cell = key.modifiers().testFlag(Qt::ControlModifier)
+                          ? std::nullopt
+                          : grid_.TypedCellBeside(forward ? 1 : -1);
+    if (cell) {
+        grid_.SetSelection(cell->y(), cell->x(), cell->y(), cell->x());
+        grid_.scrollTo(grid_.currentIndex());
+    } else {
+        grid_.Leave(forward);
+    }
+    return true;
+}
+
+// A composition would end if the focus changed before its last event.
+bool GridCellEditing::GridInput(QInputMethodEvent& input) {
+    const bool isEmpty = input.commitString().isEmpty() && input.preeditString().isEmpty();
+    if (!editing_) {
+        if (isEmpty || !Open()) {
+            return true;
+        }
+        box_.SetText({});
+    }
+    QCoreApplication::sendEvent(&box_, &input);
+    composing_ = !input.preeditString().isEmpty();
+    if (isEmpty && box_.Text().isEmpty()) {
+        DropEdit();
+    } else if (!composing_) {
+        box_.setFocus();
+    }
+    return true;
+}
+
+bool GridCellEditing::GridKey(QKeyEvent& key) {
+    if (std::exchange(composing_, false)) {
+        box_.setFocus();
+        QCoreApplication::sendEvent(&box_, &key);
+    } else if (IsEnter(key.key())) {
         if (ways_.keys == Keys::ForRecords) {
             GoDown();
         }
     } else if (key.key() == Qt::Key_Delete) {
-        grid_.SetText({});
+        Change(QStringLiteral("Delete"), [this] { grid_.SetText({}); });
     } else if (key.key() == Qt::Key_F2) {
         ShowCellEditor();
     } else if (key.matches(QKeySequence::Copy)) {
@@ -162,6 +301,10 @@ bool GridCellEditing::GridKey(const QKeyEvent& key) {
 }
 
 bool GridCellEditing::BoxKey(const QKeyEvent& key) {
+    if (IsOtherRedo(key)) {
+        box_.redo();
+        return true;
+    }
     const bool isPlain = (key.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
     if (!editing_ || !isPlain) {
         return IsEnter(key.key());
@@ -233,23 +376,27 @@ void GridCellEditing::ClearRow(int row) {
 
 void GridCellEditing::InsertRow() {
     EndEdit();
-    for (int row = grid_.Rows() - 2; row >= grid_.Row(); --row) {
-        MoveRow(row, row + 1);
-    }
-    ClearRow(grid_.Row());
+    Change(QStringLiteral("Insert Row"), [this] {
+        for (int row = grid_.Rows() - 2; row >= grid_.Row(); --row) {
+            MoveRow(row, row + 1);
+        }
+        ClearRow(grid_.Row());
+        Q_EMIT RowsChanged();
+    });
     grid_.setFocus();
-    Q_EMIT RowsChanged();
 }
 
 void GridCellEditing::DeleteRow() {
     EndEdit();
-    const int last = grid_.Rows() - 1;
-    for (int row = grid_.Row(); row < last; ++row) {
-        MoveRow(row + 1, row);
-    }
-    ClearRow(last);
+    Change(QStringLiteral("Delete Row"), [this] {
+        const int last = grid_.Rows() - 1;
+        for (int row = grid_.Row(); row < last; ++row) {
+            MoveRow(row + 1, row);
+        }
+        ClearRow(last);
+        Q_EMIT RowsChanged();
+    });
     grid_.setFocus();
-    Q_EMIT RowsChanged();
 }
 
 void GridCellEditing::Copy() {
@@ -258,7 +405,7 @@ void GridCellEditing::Copy() {
     if (ways_.copiesHeadings) {
         const auto [first, last] = std::minmax({grid_.Col(), grid_.ColSel()});
         for (int col = first; col <= last; ++col) {
-            text += grid_.TextMatrix(0, col) + (col < last ? u'\t' : u'\r');
+            text += OneLine(grid_.TextMatrix(0, col)) + (col < last ? u'\t' : u'\r');
         }
     }
     TheClipboard().Clear();
@@ -267,13 +414,15 @@ void GridCellEditing::Copy() {
 
 void GridCellEditing::Paste() {
     EndEdit();
-    QString text = TheClipboard().GetText().remove(u'\n');
-    // Spreadsheets end the last row as well, and no empty one follows it.
-    if (text.endsWith(u'\r')) {
-        text.chop(1);
+    const QString text = TheClipboard().GetText();
+    Change(QStringLiteral("Paste"), [&] {
+        grid_.SetClip(text);
+        Q_EMIT RowsChanged();
+    });
+    const QString message = PasteMessage(SplitCells(text), grid_.SelectedCells());
+    if (!message.isEmpty()) {
+        WarnOfInput(message);
     }
-    grid_.SetClip(text);
-    Q_EMIT RowsChanged();
 }
 
 }  // namespace rillbook

@@ -1,19 +1,25 @@
 #pragma once
 
+#include <QKeySequence>
+#include <QList>
 #include <QObject>
 #include <functional>
 
+class QAction;
+class QInputMethodEvent;
 class QKeyEvent;
 
 namespace rillbook {
 
 class CellTextBox;
+class GridHistory;
 class MSFlexGrid;
 
-// Makes a grid editable: a text box, tbSel, is laid over the current cell by a double click, F2 or
-// a typed character, and its text goes into that cell when the box is left in whatever way. Delete
-// empties the current cell, Ctrl+C and Ctrl+V copy and paste the selected ones. Nothing else
-// changes a cell: rows and columns stay as many as they are.
+// Makes a grid editable. A text box, tbSel, opens over the current cell by a double click, F2, a
+// typed character or an input method, and its text goes into that cell when the focus leaves the
+// box in any way. Tab and Shift+Tab go to the next and previous cell that can be edited, and leave
+// the grid at its ends and with Ctrl. Delete empties the current cell, Ctrl+C and Ctrl+V copy and
+// paste the selected ones. All of these changes can be undone while the form is open.
 class GridCellEditing : public QObject {
     Q_OBJECT
 public:
@@ -33,7 +39,7 @@ public:
         bool copiesHeadings = false;
     };
 
-    // The box becomes a sibling of the grid, behind it in the tab order. All live as long as the
+    // The box becomes a sibling of the grid, after it in the tab order. All live as long as the
     // form.
     GridCellEditing(MSFlexGrid& grid, Ways ways);
 
@@ -42,31 +48,45 @@ public:
     // Puts the box's text into its cell and hides it. No-op while no cell is edited.
     void EndEdit();
 
-    // An edit under way ends before each of these.
+    // Runs a change of the grid's texts or rows that undo takes back under this name.
+    void Change(const QString& name, const std::function<void()>& change);
+    // Whether anything has changed that was not undone.
+    bool HasChanges() const;
+    // "Undo" and "Redo", with their keys, which work in the whole form.
+    QAction& UndoAction() { return undo_; }
+    QAction& RedoAction() { return redo_; }
+
+    // An open edit ends before each of these.
     //
     // Moves the current row and those below down by one; the text of the last row is lost.
     void InsertRow();
     // Moves the rows below the current one up by one.
     void DeleteRow();
     void Copy();
-    // Fills the selected cells; what doesn't fit is dropped.
+    // Fills the selected cells; if anything does not fit, a message gives the counts.
     void Paste();
 
 Q_SIGNALS:
     void Opening();      // before it is known whether the cell can be edited
-    void Ended();        // the cell has its text
+    void RowsChanged();  // by InsertRow, DeleteRow or Paste; before Changed
+    void Changed();      // texts may have changed, in any way; what a slot sets is undone as well
+    void Restored();     // by undo or redo; after Changed
     void MovedDown();    // by Enter; also from the last row, where it stays
-    void RowsChanged();  // by InsertRow, DeleteRow or Paste
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    bool GridKey(const QKeyEvent& key);
+    bool GridKey(QKeyEvent& key);
+    bool GridInput(QInputMethodEvent& input);
+    bool TabKey(const QKeyEvent& key);
     bool BoxKey(const QKeyEvent& key);
     bool BoxKeyForRecords(int key);
     bool BoxKeyForTable(int key);
-    void Open();
+    QAction& AddAction(QAction* action, const QString& name, const QList<QKeySequence>& keys);
+    void Restore(void (GridHistory::*step)());
+    // False if the user can't type in the current cell.
+    bool Open();
     void DropEdit();
     void GoDown();
     // Ends the edit and goes from its cell by so many rows and columns, unless that leads out of
@@ -78,8 +98,13 @@ private:
     MSFlexGrid& grid_;
     const Ways ways_;
     CellTextBox& box_;
+    GridHistory& history_;
+    QAction& undo_;
+    QAction& redo_;
     bool editing_ = false;
-    int row_ = 0;  // of the cell that is edited
+    bool composing_ = false;  // an input method, for the box, with the focus still on the grid
+    QString shown_;  // the cell's text as the box shows it; a line feed for each line break
+    int row_ = 0;    // of the cell that is edited
     int col_ = 0;
 };
 

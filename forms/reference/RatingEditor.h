@@ -11,7 +11,7 @@ class QLineEdit;
 namespace rillbook {
 
 // What the editors of one rating, the output channel's at RatingEditDate, have in common.
-// DialogCancelled tells how one was closed; the title bar and Esc cancel.
+// DialogCancelled is true afterwards unless the rating was stored; the title bar and Esc cancel.
 class RatingEditor : public QDialog {
     Q_OBJECT
 public:

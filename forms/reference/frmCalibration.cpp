@@ -2,7 +2,6 @@
 
 #include <QKeyEvent>
 #include <QSet>
-#include <algorithm>
 #include <utility>
 
 #include "app/SharedState.h"
@@ -14,6 +13,7 @@
 #include "platform/desktop/MsgBox.h"
 #include "platform/desktop/Printer.h"
 #include "platform/desktop/Screen.h"
+#include "platform/text/CellText.h"
 #include "platform/text/Numbers.h"
 #include "store/FormStuff.h"
 #include "ui_frmCalibration.h"
@@ -42,19 +42,6 @@ std::optional<double> NumberIfTyped(const QString& text) {
     }
     const std::optional<double> whole = ReadNumber(text);
     return whole ? *whole : ReadTypedNumber(text);
-}
-
-bool Refuse(const QString& reason) {
-    WarnOfInput(reason);
-    return false;
-}
-
-// Notes are the only texts of a journal, and the longest are those that don't fit.
-QString NameOfLongestNotes(const std::vector<JournalRow>& rows) {
-    const auto longest = std::max_element(
-        rows.begin(), rows.end(),
-        [](const auto& a, const auto& b) { return a.notes.size() < b.notes.size(); });
-    return QStringLiteral("Notes of ") + GeneralDateText(longest->time.value_or(0));
 }
 
 }  // namespace
@@ -100,7 +87,10 @@ void frmCalibration::ConnectCommands() {
     const auto becomeDirty = [this] { dirty_ = true; };
     connect(editing_, &GridCellEditing::Opening, this, becomeDirty);
     connect(editing_, &GridCellEditing::RowsChanged, this, becomeDirty);
-    connect(editing_, &GridCellEditing::Ended, this, &frmCalibration::CalcOffsets);
+    connect(editing_, &GridCellEditing::RowsChanged, this, &frmCalibration::TidyUse);
+    connect(editing_, &GridCellEditing::Changed, this, &frmCalibration::CalcOffsets);
+    connect(editing_, &GridCellEditing::Restored, this,
+            [this] { dirty_ = editing_->HasChanges(); });
     connect(editing_, &GridCellEditing::MovedDown, this, &frmCalibration::VisibleRows);
     connect(&grid, &MSFlexGrid::Click, this, [this, &grid] {
         if (grid.MouseCol() == kUseCol) {
@@ -115,6 +105,8 @@ void frmCalibration::ConnectCommands() {
     connect(ui_->mnuEditPaste, &QAction::triggered, editing_, &GridCellEditing::Paste);
     connect(ui_->mnuEditIns, &QAction::triggered, editing_, &GridCellEditing::InsertRow);
     connect(ui_->mnuEditDel, &QAction::triggered, editing_, &GridCellEditing::DeleteRow);
+    ui_->mnuEdit->addSeparator();
+    ui_->mnuEdit->addActions({&editing_->UndoAction(), &editing_->RedoAction()});
 }
 
 void frmCalibration::SetUpGrid(const std::vector<JournalRow>& rows) {
@@ -153,7 +145,7 @@ void frmCalibration::FillRow(int row, const JournalRow& visit) {
 }
 
 QString frmCalibration::Cell(int row, int col) const {
-    return ui_->MSFlexGrid1->TextMatrix(row, col);
+    return EmptyIfBlank(ui_->MSFlexGrid1->TextMatrix(row, col));
 }
 
 void frmCalibration::CalcOffsets() {
@@ -182,9 +174,25 @@ void frmCalibration::ToggleUse(int row) {
     if (row < 1) {
         return;
     }
-    const bool isEmpty = Cell(row, kUseCol).isEmpty();
-    ui_->MSFlexGrid1->SetTextMatrix(row, kUseCol, isEmpty ? kTick.toString() : QString());
+    editing_->Change(QStringLiteral("Tick"), [&] {
+        const bool isEmpty = Cell(row, kUseCol).isEmpty();
+        ui_->MSFlexGrid1->SetTextMatrix(row, kUseCol, isEmpty ? kTick.toString() : QString());
+    });
     dirty_ = true;
+}
+
+void frmCalibration::TidyUse() {
+    for (int row = 1; row <= tableRows_; ++row) {
+        const bool isTick = Cell(row, kUseCol).trimmed().compare(u'x', Qt::CaseInsensitive) == 0;
+        ui_->MSFlexGrid1->SetTextMatrix(row, kUseCol, isTick ? kTick.toString() : QString());
+    }
+}
+
+bool frmCalibration::Refuse(int row, int col, const QString& reason) {
+    ui_->MSFlexGrid1->SelectRow(row, col);
+    WarnOfInput(reason);
+    ui_->MSFlexGrid1->setFocus();
+    return false;
 }
 
 bool frmCalibration::eventFilter(QObject* watched, QEvent* event) {
@@ -201,30 +209,33 @@ bool frmCalibration::eventFilter(QObject* watched, QEvent* event) {
 
 bool frmCalibration::CheckTable() {
     QSet<QString> dates;
-    bool unique = true;
+    int repeated = 0;  // the first row with the date of another one above it
     for (int row = 1; row <= tableRows_; ++row) {
         const QString date = Cell(row, kTimeCol);
         if (date.isEmpty()) {
             continue;
         }
-        if (!ReadDateTime(date)) {
-            return Refuse(QStringLiteral("Must have valid date entries."));
+        if (!ReadDatedTime(date)) {
+            return Refuse(row, kTimeCol, QStringLiteral("Must have valid date entries."));
         }
-        if (Cell(row, kUseCol) == kTick &&
-            (Cell(row, kLoggerCol).isEmpty() || Cell(row, kActualCol).isEmpty())) {
+        const bool hasLogger = !Cell(row, kLoggerCol).isEmpty();
+        if (Cell(row, kUseCol) == kTick && (!hasLogger || Cell(row, kActualCol).isEmpty())) {
             return Refuse(
+                row, hasLogger ? kActualCol : kLoggerCol,
                 QStringLiteral("All selected rows must have values for logger and actual."));
         }
-        unique = unique && !dates.contains(date);
+        if (repeated == 0 && dates.contains(date)) {
+            repeated = row;
+        }
         dates.insert(date);
     }
-    return unique || Refuse(QStringLiteral("All dates must be unique."));
+    return repeated == 0 || Refuse(repeated, kTimeCol, QStringLiteral("All dates must be unique."));
 }
 
 bool frmCalibration::LoadArray() {
     std::vector<JournalRow> rows;
     for (int row = 1; row <= tableRows_; ++row) {
-        if (const std::optional<DateTime> time = ReadDateTime(Cell(row, kTimeCol))) {
+        if (const std::optional<DateTime> time = ReadDatedTime(Cell(row, kTimeCol))) {
             rows.push_back({.used = Cell(row, kUseCol) == kTick,
                             .time = time,
                             .logger = NumberIfTyped(Cell(row, kLoggerCol)),
@@ -237,12 +248,27 @@ bool frmCalibration::LoadArray() {
         WriteJournal(chan_, rows);
         return true;
     } catch (const AdoError& error) {
-        const bool isNotes = error.Number() == adErrTextTooLong && !rows.empty();
-        TellFault(QStringLiteral("The journal could not be saved"),
-                  (isNotes ? NameOfLongestNotes(rows) + QStringLiteral(": ") : QString()) +
-                      error.Description());
+        ReportUnsaved(error);
         return false;
     }
+}
+
+// Notes are the only texts of a journal, and the longest are those that are too long.
+void frmCalibration::ReportUnsaved(const AdoError& error) {
+    QString notes;
+    if (error.Number() == adErrTextTooLong) {
+        int longest = 1;
+        for (int row = 2; row <= tableRows_; ++row) {
+            const bool isStored = ReadDatedTime(Cell(row, kTimeCol)).has_value();
+            if (isStored && Cell(row, kNotesCol).size() > Cell(longest, kNotesCol).size()) {
+                longest = row;
+            }
+        }
+        ui_->MSFlexGrid1->SelectRow(longest, kNotesCol);
+        const DateTime time = ReadDatedTime(Cell(longest, kTimeCol)).value_or(0);
+        notes = QStringLiteral("Notes of %1: ").arg(GeneralDateText(time));
+    }
+    TellFault(QStringLiteral("The journal could not be saved"), notes + error.Description());
 }
 
 void frmCalibration::reject() {
@@ -276,7 +302,7 @@ void frmCalibration::Print() {
     do {
         PrintedVisit visit;
         for (int col = kTimeCol; col <= kNotesCol; ++col) {
-            visit[static_cast<std::size_t>(col - kTimeCol)] = Cell(row, col);
+            visit[static_cast<std::size_t>(col - kTimeCol)] = OneLine(Cell(row, col));
         }
         visits.push_back(visit);
         ++row;

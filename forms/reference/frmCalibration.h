@@ -9,6 +9,7 @@
 
 namespace rillbook {
 
+class AdoError;
 class CommonDialog;
 class GridCellEditing;
 
@@ -17,8 +18,8 @@ class frmCalibration;
 }
 
 // "Journal and Offsets": the field visits to the open station's output channel, edited in a grid
-// and stored all at once when the window closes. It leaves DialogCancelled cleared where it stored
-// them. A journal that can't be read is told of, and can't be edited.
+// and stored all at once when the window closes. DialogCancelled is false afterwards if they were
+// stored. If the journal cannot be read, the user gets a message and cannot edit it.
 class frmCalibration : public QDialog {
     Q_OBJECT
 public:
@@ -30,7 +31,7 @@ public:
     // Scrolls the current row into view.
     void VisibleRows();
     // Every way of closing comes here: asks whether to save what may have changed. The window stays
-    // where the user cancels, and where the journal can't be saved.
+    // open if the user cancels, and if the journal cannot be saved.
     void reject() override;
 
 protected:
@@ -42,11 +43,18 @@ private:
     void SetUpGrid(const std::vector<JournalRow>& rows);
     void FillRow(int row, const JournalRow& visit);
     void ToggleUse(int row);
-    // Whether the grid may be saved; the first fault is told.
+    // Makes each text of the column Use a tick or empty.
+    void TidyUse();
+    // Whether the grid may be saved; the user gets a message about the first fault.
     bool CheckTable();
-    // Stores the grid. False, after telling why, where the stored journal stays as it was.
+    // Selects the row, reports the reason, and returns false.
+    bool Refuse(int row, int col, const QString& reason);
+    // Stores the grid. If that fails, the user gets a message, the stored journal stays as it was,
+    // and the result is false.
     bool LoadArray();
+    void ReportUnsaved(const AdoError& error);
     void Print();
+    // A text of blanks counts as empty.
     QString Cell(int row, int col) const;
 
     const int chan_;

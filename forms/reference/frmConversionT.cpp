@@ -6,6 +6,7 @@
 #include "forms/reference/GridCellEditing.h"
 #include "platform/desktop/MsgBox.h"
 #include "platform/qt/MSFlexGrid.h"
+#include "platform/text/CellText.h"
 #include "platform/text/Numbers.h"
 #include "store/FormStuff.h"
 #include "store/RatingStore.h"
@@ -42,7 +43,7 @@ frmConversionT::frmConversionT(QWidget* parent)
     connect(ui_->cmdCopy, &QPushButton::clicked, &editing_, &GridCellEditing::Copy);
     connect(ui_->cmdPaste, &QPushButton::clicked, &editing_, &GridCellEditing::Paste);
     connect(ui_->cmdOK, &QPushButton::clicked, this, [this] {
-        editing_.EndEdit();  // where the button was pressed without taking the focus
+        editing_.EndEdit();  // the button can be pressed without taking the focus
         Confirm();
     });
     connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmConversionT::reject);
@@ -61,16 +62,30 @@ void frmConversionT::keyPressEvent(QKeyEvent* event) {
     }
 }
 
+void frmConversionT::reject() {
+    editing_.EndEdit();
+    MsgBoxAnswer save = MsgBoxAnswer::No;
+    if (editing_.HasChanges() && ui_->cmdOK->isEnabled()) {
+        save = MsgBox(QStringLiteral("Save changes?"), MsgBoxButtons::YesNoCancel,
+                      MsgBoxIcon::Exclamation);
+    }
+    if (save == MsgBoxAnswer::Yes) {
+        Confirm();
+    } else if (save == MsgBoxAnswer::No) {
+        RatingEditor::reject();
+    }
+}
+
 int frmConversionT::TableRows() const {
     return ui_->MSFlexGrid1->Rows() - 1;
 }
 
 QString frmConversionT::DepthText(int row) const {
-    return ui_->MSFlexGrid1->TextMatrix(row, kDepthCol);
+    return EmptyIfBlank(ui_->MSFlexGrid1->TextMatrix(row, kDepthCol));
 }
 
 QString frmConversionT::FlowText(int row) const {
-    return ui_->MSFlexGrid1->TextMatrix(row, kFlowCol);
+    return EmptyIfBlank(ui_->MSFlexGrid1->TextMatrix(row, kFlowCol));
 }
 
 void frmConversionT::LoadTable() {
@@ -103,40 +118,51 @@ void frmConversionT::LoadTable() {
     }
 }
 
-bool frmConversionT::CheckTable() const {
-    const QString fault = TypedTime(*ui_->tbRatingDate) ? FaultOfPoints() : kIncomplete;
-    if (!fault.isEmpty()) {
-        WarnOfInput(fault);
+bool frmConversionT::CheckTable() {
+    const bool hasDate = TypedTime(*ui_->tbRatingDate).has_value();
+    const Fault fault = hasDate ? FaultOfPoints() : Fault{.message = kIncomplete};
+    if (fault.message.isEmpty()) {
+        return true;
     }
-    return fault.isEmpty();
+    QWidget* place = ui_->tbRatingDate;
+    if (fault.row > 0) {
+        ui_->MSFlexGrid1->SelectRow(fault.row, fault.col);
+        place = ui_->MSFlexGrid1;
+    }
+    WarnOfInput(fault.message);
+    place->setFocus();
+    return false;
 }
 
-QString frmConversionT::FaultOfPoints() const {
+frmConversionT::Fault frmConversionT::FaultOfPoints() const {
     if (DepthText(1).isEmpty()) {
-        return QStringLiteral("Cancel for no data.");
+        return {QStringLiteral("Cancel for no data."), 1, kDepthCol};
     }
     QSet<QString> depths;
-    int points = 0;
-    bool ended = false;
+    int repeated = 0;  // the first row with the depth of another one above it
+    int gap = 0;       // the first row without a depth
     for (int row = 1; row <= TableRows(); ++row) {
         const QString depth = DepthText(row);
         if (depth.isEmpty()) {
-            ended = true;
+            gap = gap == 0 ? row : gap;
             if (!FlowText(row).isEmpty()) {
-                return kIncomplete;
+                return {kIncomplete, row, kDepthCol};
             }
             continue;
         }
-        if (ended) {
-            return QStringLiteral("Remove gaps in the data.");
+        if (gap > 0) {
+            return {QStringLiteral("Remove gaps in the data."), gap, kDepthCol};
         }
         if (!IsNumber(depth) || !IsNumber(FlowText(row))) {
-            return kIncomplete;
+            return {kIncomplete, row, IsNumber(depth) ? kFlowCol : kDepthCol};
+        }
+        if (repeated == 0 && depths.contains(depth)) {
+            repeated = row;
         }
         depths.insert(depth);
-        ++points;
     }
-    return depths.size() < points ? QStringLiteral("All depths must be unique.") : QString();
+    return repeated == 0 ? Fault()
+                         : Fault{QStringLiteral("All depths must be unique."), repeated, kDepthCol};
 }
 
 void frmConversionT::SaveTable() const {

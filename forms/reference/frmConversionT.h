@@ -20,6 +20,9 @@ public:
     explicit frmConversionT(QWidget* parent = nullptr);
     ~frmConversionT() override;
 
+    // Every way of closing without OK comes here: asks whether to save changed points.
+    void reject() override;
+
 protected:
     bool Check() override { return CheckTable(); }
     void Save() override { SaveTable(); }
@@ -27,15 +30,21 @@ protected:
 
 private:
     void LoadTable();
-    bool CheckTable() const;
+    // Selects the row at fault, or goes to the date.
+    bool CheckTable();
     void SaveTable() const;
 
     // Those that the user can fill.
     int TableRows() const;
+    // Empty for a text of blanks.
     QString DepthText(int row) const;
     QString FlowText(int row) const;
-    // What is wrong with the points; empty if nothing is.
-    QString FaultOfPoints() const;
+    struct Fault {
+        QString message;  // empty if nothing is wrong with the points
+        int row = 0;
+        int col = 0;
+    };
+    Fault FaultOfPoints() const;
 
     std::unique_ptr<Ui::frmConversionT> ui_;
     GridCellEditing& editing_;

@@ -46,6 +46,17 @@ MSFlexGrid& GridOf(QWidget& form) {
     return Child<MSFlexGrid>(form, QStringLiteral("MSFlexGrid1"));
 }
 
+QString SelectionOf(const MSFlexGrid& grid) {
+    const QRect cells = grid.SelectedCells();
+    return QStringLiteral("%1,%2 in %3,%4 to %5,%6")
+        .arg(grid.Row())
+        .arg(grid.Col())
+        .arg(cells.top())
+        .arg(cells.left())
+        .arg(cells.bottom())
+        .arg(cells.right());
+}
+
 QString FilledRows(QWidget& form) {
     const MSFlexGrid& grid = GridOf(form);
     QStringList rows;
@@ -68,12 +79,24 @@ void PressKeys(QWidget& form, const QString& keys) {
         {u'⇱', Qt::Key_Home},   {u'⏎', Qt::Key_Enter},  {u'⎋', Qt::Key_Escape},
         {u'⌫', Qt::Key_Delete}, {u'✎', Qt::Key_F2},     {u'⇥', Qt::Key_Tab}};
     QApplication::setActiveWindow(&form);  // at once; the window system would take its time
-    for (const QChar key : keys) {
-        if (signs.contains(key)) {
-            QTest::keyClick(form.focusWidget(), signs[key]);
-        } else {
-            QTest::keyClick(form.focusWidget(), key.toLatin1());
+    Qt::KeyboardModifiers held;
+    for (const uint character : keys.toUcs4()) {
+        const QString text = QString::fromUcs4(reinterpret_cast<const char32_t*>(&character), 1);
+        const QChar key = text[0];
+        if (key == u'⌃' || key == u'⇧') {
+            held |= key == u'⌃' ? Qt::ControlModifier : Qt::ShiftModifier;
+            continue;
         }
+        if (key == u'⇥' && held.testFlag(Qt::ShiftModifier)) {
+            QTest::keyClick(form.focusWidget(), Qt::Key_Backtab, held);
+        } else if (signs.contains(key)) {
+            QTest::keyClick(form.focusWidget(), signs[key], held);
+        } else if (key.unicode() < 128) {
+            QTest::keyClick(form.focusWidget(), key.toLatin1(), held);
+        } else {
+            QTest::sendKeyEvent(QTest::Click, form.focusWidget(), Qt::Key_unknown, text, held);
+        }
+        held = {};
     }
 }
 

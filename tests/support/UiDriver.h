@@ -49,10 +49,13 @@ void Click(QWidget& form, const QString& buttonName);
 void TypeText(QWidget& form, const QString& name, const QString& text);
 // The form's MSFlexGrid1.
 MSFlexGrid& GridOf(QWidget& form);
+// The current cell and the corners of the selection, "2,3 in 2,1 to 2,7".
+QString SelectionOf(const MSFlexGrid& grid);
 // Its rows that hold a text behind the fixed column, "2: 1/5/2002|1.5||clear" a line.
 QString FilledRows(QWidget& form);
 // Presses keys in whatever has the form's focus, or gets it when the window becomes active. Signs
-// stand for keys: → ← ↑ ↓ ⇞ ⇟ ⇱ for the cursor's, ⏎ Enter, ⎋ Esc, ⌫ Delete, ✎ F2, ⇥ Tab.
+// stand for keys: → ← ↑ ↓ ⇞ ⇟ ⇱ for the cursor's, ⏎ Enter, ⎋ Esc, ⌫ Delete, ✎ F2, ⇥ Tab; ⌃ and ⇧
+// hold Ctrl and Shift for the next key.
 void PressKeys(QWidget& form, const QString& keys);
 // Types a text into a cell of the grid, in place of what it holds, and presses Enter; the empty
 // text empties the cell.

@@ -80,8 +80,25 @@ private Q_SLOTS:
         QCOMPARE(FilledRows(*form_).section(u'\n', 1), u"2: 9|ft|Stage 2|Gauge\n3: 7|C||Well"_qs);
     }
 
-    // A channel that is taken away and brought back shows what is stored; widths stay behind
-    // layouts that have none.
+    // The column of widths, which this layout hides, is skipped. Undo restores rows with their
+    // typed texts.
+    void tabsAndUndoes() {
+        Show();
+        GoTo(*form_, 3, 3);
+        PressKeys(*form_, u"⇥⇥⇧⇥x⇧⇥⇧⇥⇧⇥y⇥"_qs);
+        const QString typed = u"2: 9|ft|Stage|y\n3: 7|C|Temperature|x"_qs;
+        QCOMPARE(FilledRows(*form_).section(u'\n', 1), typed);
+        QCOMPARE(SelectionOf(GridOf(*form_)), u"3,2 in 3,2 to 3,2"_qs);
+        StepChannels(*form_, -1);
+        PressKeys(*form_, u"⌃z"_qs);
+        QCOMPARE(FilledRows(*form_).section(u'\n', 1), typed);
+        QCOMPARE(Child<QLineEdit>(*form_, u"tbChan"_qs).text(), u"2"_qs);
+        PressKeys(*form_, u"⌃z⌃⇧z⌃⇧z"_qs);
+        QCOMPARE(FilledRows(*form_).section(u'\n', 1), u"2: 9|ft|Stage|Gauge"_qs);
+        QCOMPARE(Child<QLineEdit>(*form_, u"tbChan"_qs).text(), u"1"_qs);
+    }
+
+    // A channel that is taken away and brought back shows what is stored; hidden widths are kept.
     void countsChannelsStepByStep() {
         Show();
         GoTo(*form_, 3, 3);
@@ -124,6 +141,7 @@ private Q_SLOTS:
         doors_->ExpectMessage(u"The width of the date must be a whole number."_qs);
         Click(*form_, u"cmdOK"_qs);
         QCOMPARE(doors_->shownMessages.back().title, u"Warning"_qs);
+        QCOMPARE(SelectionOf(GridOf(*form_)), u"1,2 in 1,1 to 1,4"_qs);
         QVERIFY(form_->isVisible());
         QCOMPARE(StationInfo.Channels, std::int16_t{2});
     }

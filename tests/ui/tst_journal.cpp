@@ -1,3 +1,4 @@
+#include <QInputMethodEvent>
 #include <QMenu>
 #include <QRegularExpression>
 
@@ -66,6 +67,9 @@ private Q_SLOTS:
         row("→3/1/2002¶2.5 ft¶none¶→1,234.5¶¶⏎", SHOWN "\n2: |3/1/2002|2.5|0|-2.50|1234.5|",
             before + u"\n1 | 2002-03-01 00:00:00 | 0 | 2.5 | 0 | 1234.5 | "_qs);
         row(" →→1¶2⏎", SHOWN, before);  // no date
+        row(" →→1⇥2⇧⇥⇧⇥ ⏎", SHOWN, before);
+        row("→3/1/2002⇥ ⇥ ⇥ ⇥ ⇥", SHOWN "\n2: |3/1/2002|||||",
+            before + u"\n1 | 2002-03-01 00:00:00 | 0 | NULL | NULL | NULL | "_qs);
         row("→3.2.2002 14:05¶-0,5¶1,25¶→1.000¶⏎",
             "1: |05.01.2002|1,5|1,75|0,25|12,5|clear\n2: |03.02.2002 14:05:00|-0,5|1,25|1,75|1000|",
             before + u"\n1 | 2002-02-03 14:05:00 | 0 | -0.5 | 1.25 | 1000 | "_qs);
@@ -90,18 +94,22 @@ private Q_SLOTS:
     }
 
     void Refuses_data() {
-        const DataRows<QString, QString> row("keys", "message");
+        const DataRows<QString, QString, QString> row("keys", "message", "selected");
         const QString date = u"Must have valid date entries."_qs;
         const QString readings = u"All selected rows must have values for logger and actual."_qs;
         const QString twice = u"All dates must be unique."_qs;
-        row("→1/5/2002¶1¶1⏎", twice);
-        row("↑ ↓→1/5/2002⏎", twice);     // the ticked row has its readings
-        row(" →1/5/2002¶1⏎", readings);  // before dates are compared
-        row("→1/5/2002⏎soon⏎", date);
+        row("→1/5/2002¶1¶1⏎⇟⇟⇟", twice, "2,2 in 2,1 to 2,7");
+        row("↑ ↓→1/5/2002⏎", twice, "2,2 in 2,1 to 2,7");  // the ticked row has its readings
+        // Before dates are compared.
+        row(" →1/5/2002⇥1⇥", readings, "2,4 in 2,1 to 2,7");
+        row(" →3/1/2002⇥ ⇥1⇥", readings, "2,3 in 2,1 to 2,7");
+        row("→1/5/2002⏎soon⏎", date, "3,2 in 3,1 to 3,7");
+        row("→10:30⏎", date, "2,2 in 2,1 to 2,7");
         row("→1/5/2002 0:00⏎↑↑→→→→→§",  // another spelling of the date passes
             "The journal could not be saved: Notes of 1/5/2002: The text is longer than 255 "
-            "characters.");
-        row("↑→→→→→→windy⏎", "The journal could not be saved: disk I/O error");
+            "characters.",
+            "1,7 in 1,1 to 1,7");
+        row("↑→→→→→→windy⏎", "The journal could not be saved: disk I/O error", "2,7 in 2,7 to 2,7");
     }
     void Refuses() {
         QFETCH(QString, keys);
@@ -118,6 +126,8 @@ private Q_SLOTS:
                 form.close();
                 QVERIFY(form.isVisible());
                 QCOMPARE(FilledRows(form), typed);
+                QTEST(SelectionOf(GridOf(form)), "selected");
+                QVERIFY(GridOf(form).hasFocus() && GridOf(form).RowIsVisible(GridOf(form).Row()));
             }
             QCOMPARE(Stored(), QStringLiteral(STORED "\n" OTHER_CHANNEL));
             const ScriptedDoors::ShownMessage& shown = doors_->shownMessages.back();
@@ -179,19 +189,118 @@ private Q_SLOTS:
         QCOMPARE(Stored(), QStringLiteral(STORED "\n" OTHER_CHANNEL));
     }
 
-    void CopiesAndPastes() {
+    void TypesAndUndoes_data() {
+        const DataRows<QString, QString, QString> row("keys", "shown", "cell");
+        row("→8/20/2002 09:30⇥1.75⇥1.80⇥", SHOWN "\n2: |8/20/2002 09:30|1.75|1.80|0.05||", "2,6");
+        row("→⇥⇥⇥⇥⇥⇧⇥⇧⇥✎5⇧⇥", SHOWN "\n2: |||||5|", "2,4");
+        row("⌃⇥⇧⇥⇧⇥⇧⇥⇧⇥⇧⇥⇧⇥⇧⇥⇧⇥", SHOWN, "1,2");  // nowhere else to go
+        row("⇟⇟⇟⇟⇟⇟→→→→→→✎q⇥↑", SHOWN "\n51: ||||||q", "50,7");
+        row("→→→→→→Öffnung⇥", SHOWN "\n2: ||||||Öffnung", "3,2");
+        row("→→→→→→🌊 wave⏎", SHOWN "\n2: ||||||🌊 wave", "3,7");
+        row("↑→→→⌫", "1: |1/5/2002|1.5|||12.5|clear", "1,4");
+        row("↑→→→→⌫", SHOWN, "1,5");
+        row("↑→→→⌫⌃z", SHOWN, "1,4");
+        row("↑→→→2⏎⌃z⌃⇧z", "1: |1/5/2002|1.5|2|0.50|12.5|clear", "1,4");
+        row("↑→→→2⏎3⏎⌃z⌃z⌃z⌃y", "1: |1/5/2002|1.5|2|0.50|12.5|clear", "1,4");
+        row("↑→→→✎34⌃z⏎", SHOWN, "2,4");  // of the text alone
+        row("↑→→→2⏎⌃z✎34⌃z⌃y⏎", "1: |1/5/2002|1.5|1.7534|0.25|12.5|clear", "2,4");
+        row("↑ ⌃z", SHOWN, "1,1");
+    }
+    void TypesAndUndoes() {
+        QFETCH(QString, keys);
         InJournal([&](QWidget& form) {
-            GridOf(form).SetSelection(1, 4, 2, 3);
-            QTest::keyClick(form.focusWidget(), Qt::Key_C, Qt::ControlModifier);
-            QCOMPARE(doors_->clipboardText, u"Logger\tActual\r1.5\t1.75\r\t"_qs);
-            doors_->clipboardText = u"7\t7.5\r\n8\t8.25\r\n"_qs;
-            QTest::keyClick(form.focusWidget(), Qt::Key_V, Qt::ControlModifier);
-            QCOMPARE(FilledRows(form), u"1: |1/5/2002|7|7.5|0.25|12.5|clear\n2: ||8|8.25|||"_qs);
-            Press(form, u"✎⎋"_qs);  // offsets follow the next edit
-            QCOMPARE(FilledRows(form),
-                     u"1: |1/5/2002|7|7.5|0.50|12.5|clear\n2: ||8|8.25|0.25||"_qs);
+            Press(form, keys);
+            QTEST(FilledRows(form), "shown");
+            QTEST(SelectionOf(GridOf(form)).section(u' ', 0, 0), "cell");
+            qobject_cast<QDialog*>(&form)->done(0);  // asks nothing
+        });
+    }
+
+    void Composes() {
+        InJournal([&](QWidget& form) {
+            MSFlexGrid& grid = GridOf(form);
+            const auto compose = [&](const QString& preedit, const QString& done) {
+                QInputMethodEvent event(preedit, {});
+                event.setCommitString(done);
+                QCoreApplication::sendEvent(form.focusWidget(), &event);
+            };
+            QVERIFY(!grid.testAttribute(Qt::WA_InputMethodEnabled));  // Use
+            Press(form, u"→→→→→→"_qs);
+            QVERIFY(grid.testAttribute(Qt::WA_InputMethodEnabled));
+            compose(u"´"_qs, {});
+            QVERIFY(grid.hasFocus());
+            compose({}, u"É"_qs);
+            Press(form, u"tiage⏎"_qs);
+            Press(form, u"↑↑"_qs);
+            compose(u"´"_qs, {});  // and nothing comes of it
+            compose({}, {});
+            compose(u"´"_qs, {});
+            QVERIFY(grid.hasFocus());
+            Trigger(form, u"mnuEditCopy"_qs);
+            QCOMPARE(FilledRows(form), QStringLiteral(SHOWN "\n2: ||||||Étiage"));
             Close(form, MsgBoxAnswer::No);
         });
+    }
+
+    // Offsets are right at once, and one undo takes each of these back.
+    void Pastes_data() {
+        const DataRows<QString, QString, QString, QString> row("text", "cells", "shown", "message");
+        row("7\t7.5\r\n8\t8.25\r\n", "1 4 2 3",
+            "1: |1/5/2002|7|7.5|0.50|12.5|clear\n2: ||8|8.25|0.25||", "");
+        row("7\n8\n9", "1 3 2 3", "1: |1/5/2002|7|1.75|-5.25|12.5|clear\n2: ||8||||",
+            "2 of 3 rows were pasted. Select as many rows as are to be filled.");
+        row("7\t8\r\t9", "1 3 2 3", "1: |1/5/2002|7|1.75|-5.25|12.5|clear",
+            "1 of 2 columns were pasted. Select as many columns as are to be filled.");
+        row("7\t8\t\r9\r", "1 3 1 3", "1: |1/5/2002|7|1.75|-5.25|12.5|clear",
+            "1 of 2 rows and 1 of 3 columns were pasted. Select as many rows and columns as are to "
+            "be filled.");
+        row("x\nX\n x \nyes\n\n", "1 1 5 1",
+            "1:  x|1/5/2002|1.5|1.75|0.25|12.5|clear\n2:  x||||||\n3:  x||||||", "");
+        row("\"high\r\nwa\tter \"\"6\"\"\"\r\n\"low\"\r\n\"a\"b", "2 7 4 7",
+            SHOWN "\n2: ||||||high wa ter \"6\"\n3: ||||||\"low\"\n4: ||||||\"a\"b", "");
+        row("", "1 3 1 4", SHOWN, "");
+        row("9\t9\t9", "1 3 1 5", "1: |1/5/2002|9|9|0.00|12.5|clear", "");
+    }
+    void Pastes() {
+        QFETCH(QString, text);
+        QFETCH(QString, message);
+        QFETCH(QString, cells);
+        const QStringList c = cells.split(u' ');
+        doors_->clipboardText = text;
+        InJournal([&](QWidget& form) {
+            GridOf(form).SetSelection(c[0].toInt(), c[1].toInt(), c[2].toInt(), c[3].toInt());
+            if (!message.isEmpty()) {
+                doors_->ExpectMessage(message);
+            }
+            Press(form, u"⌃v"_qs);
+            QTEST(FilledRows(form), "shown");
+            Trigger(form, u"mnuEditDel"_qs);
+            Trigger(form, u"mnuEditIns"_qs);
+            while (Child<QAction>(form, u"mnuEditUndo"_qs).isEnabled()) {
+                Trigger(form, u"mnuEditUndo"_qs);
+            }
+            QCOMPARE(FilledRows(form), QStringLiteral(SHOWN));
+            form.close();  // as it was: no question
+        });
+    }
+
+    // Old stations have such notes.
+    void LineBreaksInNotes() {
+        UpgradeCalibration();
+        const QString notes = u"ice\r\n\tat the gauge\n"_qs;
+        station_->WithJournalRow("2002-01-06", 1, 2, 2, true, {}, notes);
+        const auto print = doors_->ExpectPrint();
+        InJournal([&](QWidget& form) {
+            GridOf(form).SetSelection(1, 7, 2, 6);
+            Press(form, u"⌃c"_qs);
+            QCOMPARE(doors_->clipboardText,
+                     u"Discharge\tNotes\r12.5\tclear\r\tice at the gauge"_qs);
+            Trigger(form, u"mnuFilePrint"_qs);
+            QVERIFY(PagesText(*print).contains(u" 7152 ice at the gauge\n"_qs));
+            Press(form, u"↓✎⎋✎⏎"_qs);
+            Close(form, MsgBoxAnswer::Yes);
+        });
+        QVERIFY(Stored().contains(notes));
     }
 
     void LeavesAloneWhatItCantRead() {

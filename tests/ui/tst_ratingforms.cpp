@@ -49,6 +49,12 @@ void TypePoints(QWidget& editor, const QString& points) {
     }
 }
 
+void PressAt(MSFlexGrid& grid, int row, int col, const QString& keys) {
+    grid.setFocus();
+    grid.SetSelection(row, col, row, col);
+    PressKeys(*grid.window(), keys);
+}
+
 void Confirm(QWidget& form) {
     Click(form, u"cmdOK"_qs);
 }
@@ -80,8 +86,11 @@ private Q_SLOTS:
         InList([&](QWidget& list) {
             InEditor(list, "mnuNewEquation", [&](QWidget& editor) {
                 QCOMPARE(editor.windowTitle(), u"Rating Equation - Kettle Creek Stage"_qs);
-                doors_->ExpectMessage(u"Not a valid Date."_qs);
-                PressKeys(editor, u"⏎"_qs);
+                for (const QString& bad : {u""_qs, u"10:30"_qs}) {
+                    TypeText(editor, u"tbDate"_qs, bad);
+                    doors_->ExpectMessage(u"Not a valid Date."_qs);
+                    PressKeys(editor, u"⏎"_qs);
+                }
                 TypeText(editor, u"tbDate"_qs, date);
                 doors_->ExpectMessage(u"C must be numeric."_qs);
                 PressKeys(editor, u"⏎"_qs);
@@ -105,14 +114,17 @@ private Q_SLOTS:
     }
 
     void ChecksPoints_data() {
-        const DataRows<QString, QString, QString> row("date", "points", "message");
-        row("", "1 10", kIncomplete);
-        row("1/1/2002", "", "Cancel for no data.");
-        row("1/1/2002", "1 10; 2 20; 3 30; - -; 5 50", "Remove gaps in the data.");
-        row("1/1/2002", "1 10; - 20; 3 30", kIncomplete);
-        row("1/1/2002", "1 10; 2 -", kIncomplete);
-        row("1/1/2002", "1 10; 1 2x", kIncomplete);
-        row("1/1/2002", "1 10; 3 30; 1 10", "All depths must be unique.");
+        const DataRows<QString, QString, QString, QString> row("date", "points", "message",
+                                                               "focus");
+        row("", "1 10", kIncomplete, "tbRatingDate");
+        row("10:30", "1 10", kIncomplete, "tbRatingDate");
+        row("1/1/2002", "", "Cancel for no data.", "1,1 in 1,1 to 1,2");
+        row("1/1/2002", "1 10; 2 20; 3 30; - -; 5 50", "Remove gaps in the data.",
+            "4,1 in 4,1 to 4,2");
+        row("1/1/2002", "1 10; - 20; 3 30", kIncomplete, "2,1 in 2,1 to 2,2");
+        row("1/1/2002", "1 10; 2 -", kIncomplete, "2,2 in 2,1 to 2,2");
+        row("1/1/2002", "1 10; 1 2x", kIncomplete, "2,2 in 2,1 to 2,2");
+        row("1/1/2002", "1 10; 3 30; 1 10", "All depths must be unique.", "3,1 in 3,1 to 3,2");
     }
     void ChecksPoints() {
         QFETCH(QString, date);
@@ -126,6 +138,12 @@ private Q_SLOTS:
             Confirm(editor);
             QCOMPARE(LastTitle(), u"Warning"_qs);
             QCOMPARE(CellsText(editor), cells);
+            QTEST(editor.focusWidget() == &GridOf(editor) ? SelectionOf(GridOf(editor))
+                                                          : editor.focusWidget()->objectName(),
+                  "focus");
+            if (!points.isEmpty()) {
+                doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::No);
+            }
             editor.close();
         });
         QCOMPARE(station_->Dump("ConversionT") + station_->Dump("ConversionEq"), QString());
@@ -303,6 +321,10 @@ private Q_SLOTS:
         row("→✎7←8⇱←", "1: 1 1087; 2: 2 20 @ 1 1");
         row("5⇟6⇞", "1: 5 10; 2: 2 20; 11: 6 - @ 1 1");
         row("✎⇟✎⇟✎⇟✎⇟5⇟", "1: 1 10; 2: 2 20; 41: 5 - @ 51 1");
+        row("5⇥6⇥7⇥", "1: 5 6; 2: 7 20 @ 2 2");
+        row("↓5⇧⇥6⇧⇥7⇥8⎋", "1: 7 8; 2: 5 20 @ 1 2");
+        row("5⎋6⏎⌃z⌃z⌃⇧z", "1: 5 10; 2: 2 20 @ 1 1");
+        row("5⎋⌃z", "1: 1 10; 2: 2 20 @ 1 1");
     }
     void KeysInTheTable() {
         QFETCH(QString, keys);
@@ -313,10 +335,57 @@ private Q_SLOTS:
                 QCOMPARE(grid.Rows(), 53);
                 GridOf(editor).setFocus();
                 PressKeys(editor, keys);
-                QTEST(CellsText(editor) + u" @ %1 %2"_qs.arg(grid.Row()).arg(grid.Col()),
+                const QString shown = CellsText(editor);
+                QTEST(shown + u" @ %1 %2"_qs.arg(grid.Row()).arg(grid.Col()),
                       "points and current cell");
+                if (shown != u"1: 1 10; 2: 2 20"_qs) {
+                    doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::No);
+                }
+                PressKeys(editor, u"⎋"_qs);
+            });
+        });
+    }
+
+    // Ctrl+Tab from anywhere; Tab from the last cell, Shift+Tab from the first, edited or not.
+    void TabLeavesTheGrid() {
+        InNewTable([&](QWidget& editor) {
+            MSFlexGrid& grid = GridOf(editor);
+            const auto after = [&](int row, int col, const QString& keys) {
+                PressAt(grid, row, col, keys);
+                return editor.focusWidget()->objectName();
+            };
+            QCOMPARE(after(50, 2, u"⇥"_qs), u"cmdIns"_qs);
+            QCOMPARE(after(50, 2, u"7⇥"_qs), u"cmdIns"_qs);
+            QCOMPARE(after(1, 1, u"⇧⇥"_qs), u"tbNotes"_qs);
+            QCOMPARE(after(9, 1, u"8⌃⇥"_qs), u"cmdIns"_qs);
+            QCOMPARE(after(9, 2, u"9⌃⇧⇥"_qs), u"tbNotes"_qs);
+            QCOMPARE(CellsText(editor), u"9: 8 9; 50: - 7"_qs);
+            qobject_cast<QDialog*>(&editor)->done(0);
+        });
+    }
+
+    void AsksForChangedPoints() {
+        station_->WithTable("2002-01-01", 1, {{1, 10}});
+        InList([&](QWidget& list) {
+            InEditor(list, "mnuEditRow", [&](QWidget& editor) {
+                PressAt(GridOf(editor), 1, 2, u"5⎋"_qs);
+                for (int i = 0; i < 3; ++i) {
+                    doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::Cancel);
+                }
+                PressKeys(editor, u"⎋"_qs);
+                Click(editor, u"cmdCancel"_qs);
+                editor.close();
+                QVERIFY(editor.isVisible());
+                doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::Yes);
                 editor.close();
             });
+            QVERIFY(!DialogCancelled);
+            QCOMPARE(station_->Dump("SELECT depth, flow FROM ConversionT"), u"1 | 5"_qs);
+            InEditor(list, "mnuEditRow", [&](QWidget& editor) {
+                PressAt(GridOf(editor), 1, 2, u"6⏎⌃z"_qs);
+                Click(editor, u"cmdCancel"_qs);
+            });
+            QVERIFY(DialogCancelled);
         });
     }
 
@@ -337,7 +406,14 @@ private Q_SLOTS:
             grid.SetRow(1);
             Click(editor, u"cmdDel"_qs);
             QCOMPARE(CellsText(editor), u"1: 7 70; 2: 8 80; 3: 3 30"_qs);
-            editor.close();
+            PressKeys(editor, u"⌃z⌃z⌃a"_qs);
+            QCOMPARE(CellsText(editor), u"1: 1 10; 3: 2 20; 4: 3 30"_qs);
+            doors_->clipboardText = u"4\t40\n"_qs.repeated(60);
+            doors_->ExpectMessage(
+                u"50 of 60 rows were pasted. Select as many rows as are to be filled."_qs);
+            Click(editor, u"cmdPaste"_qs);
+            QCOMPARE(CellsText(editor).count(u" 4 40"_qs), 50);
+            qobject_cast<QDialog*>(&editor)->done(0);
         });
     }
 
