@@ -12,7 +12,7 @@ namespace rillbook {
 
 enum PrinterOrientationConstants : int { cdlPortrait = 1, cdlLandscape = 2 };
 
-// The printer, or the file that stands for it, can't go on.
+// The document cannot be printed.
 class PrinterError : public std::exception {
 public:
     explicit PrinterError(const QString& reason) : reason_(reason), utf8_(reason.toUtf8()) {}
@@ -27,11 +27,11 @@ private:
 // What printers leave blank at each side of the paper, in twips: a quarter of an inch.
 constexpr double kPrinterRim = 360;
 
-// One document in the making, its first page begun. Positions count from the corner of the paper.
-// Let go without EndDoc, it never comes to be: no page is printed, no file is written or replaced.
+// One document with its first page begun. Positions count from the corner of the paper. If
+// destroyed before EndDoc, no page is printed, and no file is written or replaced.
 class Printer : public virtual DrawingSurface {
 public:
-    // Of the paper, in its orientation, in twips.
+    // Paper size in twips, for the current orientation.
     virtual double Width() const = 0;
     virtual double Height() const = 0;
 
@@ -42,7 +42,8 @@ public:
 
     // Goes on at the corner of an empty page, with the same font and pens.
     virtual void NewPage() = 0;
-    // Raises PrinterError where the document can't be handed over whole.
+    // Prints the pages that the user chose, by default all. Raises PrinterError if none of the
+    // chosen pages exists, or if the document cannot be printed whole.
     virtual void EndDoc() = 0;
 };
 
@@ -50,14 +51,15 @@ class PrinterDoor {
 public:
     virtual ~PrinterDoor() = default;
 
-    // The printer dialog under this title, set to an orientation: the user chooses a printer or,
-    // where the machine has none, the PDF file that stands for it. A file holds for the next
-    // document alone, a printer until another is chosen. The orientation that the user leaves it
-    // at; nothing if the user cancelled.
+    // The printer dialog under this title, set to an orientation: the user chooses a printer or, if
+    // the machine has none, a PDF file in its place. A printer, its paper and its duplex mode are
+    // used until others are chosen; a file, the page range and all else only for the next document.
+    // Returns the orientation that the user leaves it at, or nothing if the user cancelled.
     virtual std::optional<int> Choose(const QString& title, int orientation) = 0;
 
-    // Begins a document on the chosen printer, else on the default one; where the machine has none
-    // and no file was chosen, asks for one. Raises DialogCancelledError or PrinterError.
+    // Begins a document on the chosen printer, else on the default one; if the machine has none
+    // and no file was chosen, asks for one. Raises DialogCancelledError, or PrinterError if the
+    // printer is not available any more or does not accept documents.
     virtual std::unique_ptr<Printer> BeginDoc(const QString& name, int orientation) = 0;
 };
 

@@ -1,11 +1,12 @@
 #include "platform/qt/QtPrinter.h"
 
+#include <QAbstractButton>
 #include <QBuffer>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QLocale>
 #include <QPdfWriter>
 #include <QPrintDialog>
-#include <QPrinter>
 #include <QPrinterInfo>
 #include <utility>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "platform/desktop/Desktop.h"
 #include "platform/desktop/ReplaceFile.h"
 #include "platform/qt/PainterSurface.h"
+#include "platform/qt/PrintQueue.h"
 #include "platform/qt/QtDoors.h"
 
 namespace rillbook {
@@ -29,10 +31,21 @@ QPageLayout::Orientation OrientationOf(int orientation) {
     return orientation == cdlLandscape ? QPageLayout::Landscape : QPageLayout::Portrait;
 }
 
-// A document that is kept as steps until it is whole: printers start on a page at once, and a
-// document once begun can't be taken back from them.
+// Raises PrinterError if the printer's queue does not take a document.
+void CheckQueue(const QString& printer) {
+    const QString fault = QueueFault(printer);
+    if (!fault.isEmpty()) {
+        throw PrinterError(fault);
+    }
+}
+
+// A document that is kept as steps until it is whole: printers start on a page at once, and cannot
+// take it back.
 class PagedDocument : public Printer, public PainterSurface {
 public:
+    // `wanted` are the pages that EndDoc prints, counted from 1; if empty, all.
+    explicit PagedDocument(const QPageRanges& wanted) : wanted_(wanted) {}
+
     double Width() const override { return PageSize().width() * kTwipsPerPoint; }
     double Height() const override { return PageSize().height() * kTwipsPerPoint; }
     void Clear(Colour) override {}
@@ -51,20 +64,21 @@ protected:
     double DotsPerPen() const override { return DotsPerInch() / kPensPerInch; }
     void Paint(Step step) override { pages_.back().push_back(std::move(step)); }
 
-    // False where the device fails.
+    // False if the device fails.
     bool Draw(QPagedPaintDevice& device) const {
+        const std::vector<const std::vector<Step>*> pages = WantedPages();
         QPainter painter;
         if (!painter.begin(&device)) {
             return false;
         }
         const double dotsPerTwip = DotsPerInch() / kTwipsPerInch;
         const QRectF drawable(0, 0, ScaleWidth() * dotsPerTwip, ScaleHeight() * dotsPerTwip);
-        for (std::size_t page = 0; page < pages_.size(); ++page) {
-            if (page > 0 && !device.newPage()) {
+        for (const std::vector<Step>* page : pages) {
+            if (page != pages.front() && !device.newPage()) {
                 return false;
             }
             painter.setClipRect(drawable);
-            for (const Step& step : pages_[page]) {
+            for (const Step& step : *page) {
                 step(painter);
             }
         }
@@ -74,13 +88,31 @@ protected:
 private:
     QSizeF PageSize() const { return Pages().pageLayout().fullRect(QPageLayout::Point).size(); }
 
+    std::vector<const std::vector<Step>*> WantedPages() const {
+        std::vector<const std::vector<Step>*> wanted;
+        int number = 0;
+        for (const std::vector<Step>& page : pages_) {
+            ++number;
+            if (wanted_.isEmpty() || wanted_.contains(number)) {
+                wanted.push_back(&page);
+            }
+        }
+        if (wanted.empty()) {
+            throw PrinterError(QStringLiteral("The chosen pages are %1, the last page is %2.")
+                                   .arg(wanted_.toString())
+                                   .arg(number));
+        }
+        return wanted;
+    }
+
     std::vector<std::vector<Step>> pages_{1};
+    QPageRanges wanted_;
 };
 
 class PdfDocument : public PagedDocument {
 public:
-    PdfDocument(const QString& path, const QString& name, const QPageLayout& layout)
-        : path_(path), pdf_(&contents_) {
+    PdfDocument(const PdfFile& file, const QString& name, const QPageLayout& layout)
+        : PagedDocument(file.pages), path_(file.path), pdf_(&contents_) {
         pdf_.setResolution(kPdfDotsPerInch);
         pdf_.setPageLayout(layout);
         pdf_.setTitle(name);
@@ -107,18 +139,17 @@ private:
 
 class PrinterDocument : public PagedDocument {
 public:
-    PrinterDocument(std::shared_ptr<QPrinter> printer, const QString& name, int orientation)
-        : printer_(std::move(printer)) {
+    PrinterDocument(std::unique_ptr<QPrinter> printer, const QString& name, int orientation)
+        : PagedDocument(printer->pageRanges()), printer_(std::move(printer)) {
         printer_->setFullPage(true);
         printer_->setPageOrientation(OrientationOf(orientation));
         printer_->setDocName(name);
     }
 
     void EndDoc() override {
-        // A printer that has gone takes a document and loses it without a word.
         const QString name = printer_->printerName();
-        if (QPrinterInfo::printerInfo(name).isNull() || !Draw(*printer_) ||
-            printer_->printerState() == QPrinter::Error ||
+        CheckQueue(name);
+        if (!Draw(*printer_) || printer_->printerState() == QPrinter::Error ||
             printer_->printerState() == QPrinter::Aborted) {
             throw PrinterError(QStringLiteral("Can't print on %1.").arg(name));
         }
@@ -128,26 +159,32 @@ protected:
     const QPagedPaintDevice& Pages() const override { return *printer_; }
 
 private:
-    std::shared_ptr<QPrinter> printer_;
+    std::unique_ptr<QPrinter> printer_;
 };
 
-// The default printer, or where none is the default, the first; nullptr without printers. One that
-// was chosen before stands for the default while it is there.
-std::shared_ptr<QPrinter> DefaultPrinter(const QPrinter* chosen) {
-    QPrinterInfo info;
-    if (chosen != nullptr) {
-        info = QPrinterInfo::printerInfo(chosen->printerName());
+// The default printer or, without one, the first; null without printers.
+QPrinterInfo DefaultPrinter() {
+    const QPrinterInfo printer = QPrinterInfo::defaultPrinter();
+    return printer.isNull() ? QPrinterInfo::availablePrinters().value(0) : printer;
+}
+
+// Qt 6.4 rejects every text that is typed into this field of its dialog. The fields of the first
+// and the last page remain.
+void HideListOfPages(const QPrintDialog& dialog) {
+    if (auto* choice = dialog.findChild<QAbstractButton*>(QStringLiteral("pagesRadioButton"))) {
+        choice->hide();
     }
-    if (info.isNull()) {
-        info = QPrinterInfo::defaultPrinter();
+    if (auto* pages = dialog.findChild<QLineEdit*>(QStringLiteral("pagesLineEdit"))) {
+        pages->hide();
     }
-    if (info.isNull()) {
-        info = QPrinterInfo::availablePrinters().value(0);
-    }
-    return info.isNull() ? nullptr : std::make_shared<QPrinter>(info, QPrinter::HighResolution);
 }
 
 }  // namespace
+
+std::unique_ptr<Printer> NewPdfDocument(const PdfFile& file, const QString& name,
+                                        const QPageLayout& layout) {
+    return std::make_unique<PdfDocument>(file, name, layout);
+}
 
 QPageSize PaperOf(const QLocale& locale) {
     return QPageSize(locale.measurementSystem() == QLocale::ImperialUSSystem ? QPageSize::Letter
@@ -162,41 +199,65 @@ QtPrinterDoor::~QtPrinterDoor() = default;
 
 std::optional<int> QtPrinterDoor::Choose(const QString& title, int orientation) {
     file_.reset();
-    const std::shared_ptr<QPrinter> printer = filesOnly_ ? nullptr : DefaultPrinter(printer_.get());
+    next_.reset();
+    if (chosen_ && QPrinterInfo::printerInfo(chosen_->name).isNull()) {
+        chosen_.reset();
+    }
+    std::unique_ptr<QPrinter> printer = NewPrinter();
     if (printer == nullptr) {
         return AskForFile(title, {}) ? std::optional(orientation) : std::nullopt;
     }
     printer->setPageOrientation(OrientationOf(orientation));
     QPrintDialog dialog(printer.get(), WindowOnTop());
     dialog.setWindowTitle(title);
-    // All pages of a document are printed, so there is no choice among them.
-    dialog.setOption(QAbstractPrintDialog::PrintPageRange, false);
+    HideListOfPages(dialog);
     if (dialog.exec() != QDialog::Accepted) {
         return std::nullopt;
     }
     const QPageLayout layout = printer->pageLayout();
     if (printer->outputFileName().isEmpty()) {
-        printer_ = printer;
+        chosen_ = {printer->printerName(), layout.pageSize(), printer->duplex()};
+        next_ = std::move(printer);
     } else {
-        file_ = printer->outputFileName();
+        file_ = {printer->outputFileName(), printer->pageRanges()};
         paper_ = layout.pageSize();
     }
     return layout.orientation() == QPageLayout::Landscape ? cdlLandscape : cdlPortrait;
 }
 
 std::unique_ptr<Printer> QtPrinterDoor::BeginDoc(const QString& name, int orientation) {
-    std::shared_ptr<QPrinter> printer;
     if (!file_) {
-        printer = printer_ != nullptr || filesOnly_ ? printer_ : DefaultPrinter(nullptr);
-        if (printer == nullptr && !AskForFile(QStringLiteral("Print"), name)) {
+        std::unique_ptr<QPrinter> printer = next_ != nullptr ? std::move(next_) : NewPrinter();
+        if (printer != nullptr) {
+            CheckQueue(printer->printerName());
+            return std::make_unique<PrinterDocument>(std::move(printer), name, orientation);
+        }
+        if (chosen_) {
+            throw PrinterError(PrinterIsGone(std::exchange(chosen_, std::nullopt)->name));
+        }
+        if (!AskForFile(QStringLiteral("Print"), name)) {
             throw DialogCancelledError();
         }
     }
-    if (printer != nullptr) {
-        return std::make_unique<PrinterDocument>(printer, name, orientation);
-    }
     const QPageLayout layout(paper_, OrientationOf(orientation), QMarginsF());
-    return std::make_unique<PdfDocument>(*std::exchange(file_, std::nullopt), name, layout);
+    return NewPdfDocument(*std::exchange(file_, std::nullopt), name, layout);
+}
+
+// A used QPrinter would keep the page range and the copies of its document.
+std::unique_ptr<QPrinter> QtPrinterDoor::NewPrinter() const {
+    if (filesOnly_) {
+        return nullptr;
+    }
+    const QPrinterInfo info = chosen_ ? QPrinterInfo::printerInfo(chosen_->name) : DefaultPrinter();
+    if (info.isNull()) {
+        return nullptr;
+    }
+    auto printer = std::make_unique<QPrinter>(info, QPrinter::HighResolution);
+    if (chosen_) {
+        printer->setPageSize(chosen_->paper);
+        printer->setDuplex(chosen_->duplex);
+    }
+    return printer;
 }
 
 bool QtPrinterDoor::AskForFile(const QString& title, const QString& proposal) {
@@ -209,11 +270,12 @@ bool QtPrinterDoor::AskForFile(const QString& title, const QString& proposal) {
     if (!proposal.isEmpty()) {
         request.fileName.replace(u'/', u'-').append(QStringLiteral(".pdf"));
     }
-    file_ = FileDialogs().Ask(request);
-    if (file_) {
-        folder_ = QFileInfo(*file_).absolutePath();
+    const std::optional<QString> path = FileDialogs().Ask(request);
+    if (path) {
+        file_ = {*path, {}};
+        folder_ = QFileInfo(*path).absolutePath();
     }
-    return file_.has_value();
+    return path.has_value();
 }
 
 }  // namespace rillbook

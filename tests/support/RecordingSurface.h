@@ -33,6 +33,7 @@ struct PrintRecording : Recording {
     QString dialogTitle;  // of the printer dialog; empty where none was shown
     int dialogOrientation = 0;
     std::optional<int> turnedTo;  // by the user, in the dialog
+    QString refusal;              // if not empty, no document can begin, for this reason
     int orientation = 0;          // of the document
     // After that many lines the printer fails: each further operation raises PrinterError with the
     // reason "Out of paper". Below 0 it never does.

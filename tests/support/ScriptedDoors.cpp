@@ -129,6 +129,9 @@ std::unique_ptr<Printer> ScriptedDoors::BeginDoc(const QString& name, int orient
     if (!expected.recording) {
         throw DialogCancelledError();
     }
+    if (!expected.recording->refusal.isEmpty()) {
+        throw PrinterError(expected.recording->refusal);
+    }
     expected.recording->name = name;
     expected.recording->orientation = orientation;
     if (orientation == cdlLandscape) {

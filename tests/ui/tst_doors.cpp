@@ -241,6 +241,25 @@ private Q_SLOTS:
                 pdf.contains("/ToUnicode"));
     }
 
+    void filesHaveTheChosenPages() {
+        const auto write = [this](const QString& pages) {
+            const PdfFile file{folder_->filePath(u"pages.pdf"_qs), QPageRanges::fromString(pages)};
+            const QPageLayout layout(QPageSize(QPageSize::Letter), QPageLayout::Portrait, {});
+            const std::unique_ptr<Printer> document = NewPdfDocument(file, u"Weir"_qs, layout);
+            for (int number = 1; number <= 4; ++number) {
+                document->PaintStrip(kGrey, 1200.0 * number, 0, 60, 60);
+                document->NewPage();
+            }
+            document->EndDoc();
+            return ReadBytes(file.path);
+        };
+        const QByteArray pdf = write(u"2-3"_qs);
+        QCOMPARE(pdf.count("/MediaBox"), 2);
+        QVERIFY2(Steps(pdf).contains(u"\n2000 0 50 50 re"), qPrintable(Steps(pdf)));
+        QVERIFY_EXCEPTION_THROWN(write(u"6-7"_qs), PrinterError);
+        QCOMPARE(ReadBytes(folder_->filePath(u"pages.pdf"_qs)), pdf);
+    }
+
     void documentsAreWrittenWholeOrNotAtAll() {
         WriteBytes(folder_->filePath(u"old.pdf"_qs), "the old graph");
         const QString before = FolderText(folder_->path());
