@@ -22,6 +22,16 @@ namespace {
 
 const RememberedWindow kPlace{GraphH, GraphW, GraphT, GraphL, GraphM};
 
+// Entry 0 and the spare one; each record in the period adds one to InstTimes.
+constexpr std::size_t kEmptySeries = 2;
+
+QString ReasonForNoGraph() {
+    const ChannelInfoData& channel = ChannelInfo[StationInfo.OutputChannel];
+    return channel.GraphMin < channel.GraphMax
+               ? QStringLiteral("No data within dates!")
+               : QStringLiteral("Max value must be greater than Min Value");
+}
+
 }  // namespace
 
 GraphForm::GraphForm(const Kind& kind, const QString& projectName, CommonDialog& printerDialog,
@@ -66,32 +76,33 @@ void GraphForm::FitPicture() {
     ui_->Picture1->resize(picture);
 }
 
-// Once the window stands: its first size comes before it does. A maximised one then gets another
-// size, maybe while a message about the readings is up: there is nothing to draw then, and it need
-// not be told twice.
+// Waits until the window is shown: its first size comes before that. If the latest load failed or
+// found no reading, the user has read why, and there is still nothing to draw.
 void GraphForm::RebuildSoon() {
     if (rebuildsSoon_) {
         return;
     }
     rebuildsSoon_ = true;
     const auto rebuild = [this] {
-        if (isVisible()) {
+        rebuildsSoon_ = false;
+        if (isVisible() && hasReadings_) {
             Rebuild();
         }
-        rebuildsSoon_ = false;
     };
     QMetaObject::invokeMethod(this, rebuild, Qt::QueuedConnection);
 }
 
 void GraphForm::Rebuild() {
+    hasReadings_ = false;
     try {
         LoadGraph(false, ui_->Picture1->Surface());
+        hasReadings_ = InstCount > 0;
     } catch (const std::exception& failure) {
         TellFailure(failure);
     }
 }
 
-void GraphForm::LoadGraph(bool toPrinter, DrawingSurface& surface) {
+bool GraphForm::LoadGraph(bool toPrinter, DrawingSurface& surface) {
     const Hourglass hourglass;
     const int chan = StationInfo.OutputChannel;
     const DateTime from = ReportBeginDate;
@@ -103,7 +114,7 @@ void GraphForm::LoadGraph(bool toPrinter, DrawingSurface& surface) {
         if (InstCount > 0) {
             throw;
         }
-        // There is nothing to draw, and the user has been told why.
+        // There is nothing to draw, and LoadSeries has reported why.
     }
     const ChartPoints points = Points(chan);
     const ChannelInfoData& channel = ChannelInfo[chan];
@@ -111,23 +122,29 @@ void GraphForm::LoadGraph(bool toPrinter, DrawingSurface& surface) {
                            .title2 = projectName_,
                            .xTitle = QStringLiteral("Date"),
                            .yTitle = ReportLabel(chan)};
-    // The settings don't take limits in the wrong order; a station's file may have them all the
-    // same.
-    if (channel.GraphMin < channel.GraphMax && points.count > 1 && to > from) {
+    // The settings refuse limits in the wrong order, but a station's file may have them.
+    const bool draws = channel.GraphMin < channel.GraphMax && points.count > 1 && to > from;
+    if (draws) {
         DrawChart(points.table, from, to, channel.GraphMin, channel.GraphMax, texts, seriesCount_,
                   points.count, toPrinter, surface);
     }
+    return draws;
 }
 
+// LoadSeries is silent about records without a value for the channel.
 void GraphForm::PrintGraph() {
     cdbprinter_.DialogTitle = QStringLiteral("Print");
     cdbprinter_.Orientation = cdlLandscape;
     try {
         cdbprinter_.ShowPrinter();
-        const Hourglass hourglass;
         PrintDocument(windowTitle(), cdbprinter_.Orientation, [this](Printer& printer) {
-            LoadGraph(true, printer);
-            PrintFooter(printer);
+            const bool drawn = LoadGraph(true, printer);
+            if (drawn) {
+                PrintFooter(printer);
+            } else if (InstCount > 0 || InstTimes.size() > kEmptySeries) {
+                throw PrinterError(ReasonForNoGraph());
+            }
+            return drawn;
         });
     } catch (const DialogCancelledError&) {
         return;

@@ -16,17 +16,17 @@ class GraphForm;
 
 // What the two graph windows share: a picture that fills them, the menus, the page on paper, and
 // one remembered place on the screen. The graph is of the open station's output channel over the
-// report period, and is read and drawn anew with every change of the window's size.
+// report period, and is read and drawn again after each change of the window's size.
 class GraphForm : public ReportForm {
     Q_OBJECT
 public:
     ~GraphForm() override;
 
     // Reads the readings and the journal's values and draws the graph, with the margins and pens of
-    // paper or of the screen. Without a reading in the period (LoadSeries has told the user), or
-    // where the value axis spans nothing, the surface is left as it was. Raises AdoError where the
-    // journal can't be read though the readings could, and PrinterError.
-    void LoadGraph(bool toPrinter, DrawingSurface& surface);
+    // paper or of the screen. Returns false and leaves the surface as it was if the period has no
+    // reading (LoadSeries reports it) or the value axis has no span. Raises PrinterError, and
+    // AdoError if the journal cannot be read although the readings could.
+    bool LoadGraph(bool toPrinter, DrawingSurface& surface);
 
     void done(int result) override;
 
@@ -41,7 +41,7 @@ protected:
     GraphForm(const Kind& kind, const QString& projectName, CommonDialog& printerDialog,
               QWidget* parent);
 
-    // On the picture. A failure is told to the user.
+    // Draws on the picture, or reports why it cannot.
     void Rebuild() override;
     void resizeEvent(QResizeEvent* event) override;
 
@@ -59,6 +59,7 @@ private:
     const QString projectName_;
     std::unique_ptr<Ui::GraphForm> ui_;
     bool rebuildsSoon_ = false;
+    bool hasReadings_ = true;  // the picture's latest load found some
 };
 
 }  // namespace rillbook

@@ -12,7 +12,6 @@
 #include "platform/desktop/CommonDialog.h"
 #include "platform/desktop/MsgBox.h"
 #include "platform/desktop/Printer.h"
-#include "platform/desktop/Screen.h"
 #include "platform/text/CellText.h"
 #include "platform/text/Numbers.h"
 #include "store/FormStuff.h"
@@ -296,7 +295,6 @@ void frmCalibration::Print() {
     } catch (const DialogCancelledError&) {
         return;
     }
-    const Hourglass hourglass;
     std::vector<PrintedVisit> visits;
     int row = 0;
     do {
@@ -308,8 +306,10 @@ void frmCalibration::Print() {
         ++row;
     } while (!Cell(row, kTimeCol).isEmpty());
     // Upright, however the user turned the page: the columns are made for its width.
-    PrintDocument(windowTitle(), cdlPortrait,
-                  [&](Printer& printer) { PrintJournal(printer, channelText_, visits); });
+    PrintDocument(windowTitle(), cdlPortrait, [&](Printer& printer) {
+        PrintJournal(printer, channelText_, visits);
+        return true;
+    });
 }
 
 }  // namespace rillbook

@@ -7,6 +7,7 @@
 #include "platform/desktop/Desktop.h"
 #include "platform/desktop/MsgBox.h"
 #include "platform/desktop/Printer.h"
+#include "platform/desktop/Screen.h"
 #include "platform/text/DateTime.h"
 #include "store/StationDatabase.h"
 
@@ -48,11 +49,13 @@ void PrintCells(Printer& printer, const AnnualSheet& sheet, int lastRow) {
 }  // namespace
 
 void PrintDocument(const QString& name, int orientation,
-                   const std::function<void(Printer& printer)>& draw) {
+                   const std::function<bool(Printer& printer)>& draw) {
     try {
+        const Hourglass hourglass;
         const std::unique_ptr<Printer> printer = Printers().BeginDoc(name, orientation);
-        draw(*printer);
-        printer->EndDoc();
+        if (draw(*printer)) {
+            printer->EndDoc();
+        }
     } catch (const DialogCancelledError&) {
         return;
     } catch (const PrinterError& error) {

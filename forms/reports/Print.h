@@ -8,11 +8,12 @@ namespace rillbook {
 
 class Printer;
 
-// Runs a print command to its end: begins a document in this orientation, lets `draw` fill its
-// pages, and hands it over. Where the user cancels, nothing is printed; where the printer fails,
-// neither, and one message under the document's name tells why.
+// Runs a print command to its end under the hourglass: begins a document in this orientation, lets
+// `draw` fill its pages, and prints them. Prints nothing if `draw` returns false, if the user
+// cancels, or if the printer fails; the last shows one message with the document's name and the
+// reason.
 void PrintDocument(const QString& name, int orientation,
-                   const std::function<void(Printer& printer)>& draw);
+                   const std::function<bool(Printer& printer)>& draw);
 
 // The foot of the page in progress: the station's file and today's date, the program and its
 // version. The caller ends the page or the document. Raises PrinterError.

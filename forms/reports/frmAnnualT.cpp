@@ -163,11 +163,14 @@ void frmAnnualT::PrintSheet() {
     if (DialogCancelled) {
         return;
     }
+    // Without any day in the sheet, the text box still shows the peak of the sheet before.
+    const bool printPeak = choice.PrintPeak && !sheet_.peak.isEmpty();
     const AnnualHeading heading{ui_->lblTitle1->text(), ui_->lblTitle2->text(), ui_->tbPMax->text(),
-                                choice.PrintPeak, choice.PrintTotals};
+                                printPeak, choice.PrintTotals};
     PrintDocument(windowTitle(), cdlLandscape, [&](Printer& printer) {
         PrintAnnualSheet(printer, heading, sheet_);
         PrintFooter(printer);
+        return true;
     });
 }
 

@@ -4,12 +4,16 @@
 
 namespace rillbook {
 
-Hourglass::Hourglass() {
-    TheScreen().SetMousePointer(vbHourglass);
+Hourglass::Hourglass() : isOutermost_(TheScreen().MousePointer() != vbHourglass) {
+    if (isOutermost_) {
+        TheScreen().SetMousePointer(vbHourglass);
+    }
 }
 
 Hourglass::~Hourglass() {
-    TheScreen().SetMousePointer(vbDefault);
+    if (isOutermost_) {
+        TheScreen().SetMousePointer(vbDefault);
+    }
 }
 
 }  // namespace rillbook

@@ -12,13 +12,17 @@ public:
     virtual int MousePointer() const = 0;
 };
 
-// Shows the hourglass, and the normal pointer again at the end of its life however that comes.
+// Shows the hourglass, and at the end of its life, also by an exception, the pointer that was shown
+// before: within the life of another one the hourglass stays.
 class Hourglass {
 public:
     Hourglass();
     ~Hourglass();
     Hourglass(const Hourglass&) = delete;
     Hourglass& operator=(const Hourglass&) = delete;
+
+private:
+    const bool isOutermost_;
 };
 
 }  // namespace rillbook

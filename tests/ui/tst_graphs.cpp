@@ -112,6 +112,70 @@ private Q_SLOTS:
         }
     }
 
+    // Until the user asks for the graph again.
+    void ReportsMissingReadingsOnce() {
+        doors_->ExpectMessage(u"No data within dates!"_qs);
+        InGraph(false, [&](QWidget& form) {
+            for (const int width : {700, 500}) {
+                form.resize(width, 500);
+                QCoreApplication::processEvents();
+            }
+            doors_->ExpectMessage(u"No data within dates!"_qs);
+            Trigger(form, u"mnuEditRefresh"_qs);
+            LateReading(*station_);
+            Trigger(form, u"mnuEditRefresh"_qs);
+            Loadings();
+            form.resize(700, 500);
+            QCoreApplication::processEvents();
+            QCOMPARE(Loadings(), std::size_t{1});
+        });
+    }
+
+    void PrintsNoEmptyGraph_data() {
+        const DataRows<QString, bool, QString> row("records", "daily", "reason");
+        row("none", false, "");
+        row("without a value", false, "No data within dates!");
+        row("without a value", true, "No data within dates!");
+        row("but no axis", false, "Max value must be greater than Min Value");
+    }
+    // Records without a value for the channel open an empty graph without a message.
+    void PrintsNoEmptyGraph() {
+        QFETCH(QString, records);
+        QFETCH(bool, daily);
+        QFETCH(QString, reason);
+        if (records == u"without a value") {
+            station_->WithRecord("2002-01-01", {std::nullopt, 1});
+        } else if (records == u"but no axis") {
+            LateReading(*station_);
+            ChannelInfo[1].GraphMin = ChannelInfo[1].GraphMax;
+        }
+        if (reason.isEmpty()) {
+            doors_->ExpectMessage(u"No data within dates!"_qs);
+        }
+        const auto page = doors_->ExpectPrint();
+        InGraph(daily, [&](QWidget& form) {
+            doors_->ExpectMessage(reason.isEmpty() ? u"No data within dates!"_qs
+                                                   : form.windowTitle() +
+                                                         u" could not be printed: "_qs + reason);
+            Trigger(form, u"mnuFilePrint"_qs);
+        });
+        QCOMPARE(page->Text(), u"given up"_qs);
+    }
+
+    // The refusal comes before the readings are loaded.
+    void ReportsARefusingPrinter() {
+        LateReading(*station_);
+        const auto page = doors_->ExpectPrint();
+        page->refusal = u"The printer Office does not accept documents."_qs;
+        InGraph(false, [&](QWidget& form) {
+            RunPlainSql(station_->Path(), "DROP TABLE Calibration");
+            doors_->ExpectMessage(u"Instantaneous Graph - Upper basin could not be printed: "_qs +
+                                  page->refusal);
+            Trigger(form, u"mnuFilePrint"_qs);
+            QCOMPARE(page->Text(), QString());
+        });
+    }
+
     // A rated channel with a late reading and measured values: cancelled, broken off, printed, and
     // printed as the user turns the page.
     void Prints() {
@@ -131,8 +195,10 @@ private Q_SLOTS:
         turned->turnedTo = cdlPortrait;
         InGraph(false, [&](QWidget& form) {
             for (int i = 0; i < 4; ++i) {
+                doors_->pointers.clear();
                 Trigger(form, u"mnuFilePrint"_qs);
-                QCOMPARE(doors_->MousePointer(), static_cast<int>(vbDefault));
+                QCOMPARE(doors_->pointers,
+                         i == 0 ? std::vector<int>() : std::vector<int>({vbHourglass, vbDefault}));
             }
         });
         QCOMPARE(broken->lines.last(), u"given up"_qs);

@@ -284,7 +284,7 @@ private Q_SLOTS:
         });
     }
 
-    // A year without readings: the sheet is cleared, the peak stands.
+    // A year without readings: the sheet is cleared, the peak stays on the screen alone.
     void AnnualSettingsRebuild() {
         WinterDays(*station_);
         InTable(AnnualTable, [&](QWidget& form) {
@@ -303,6 +303,11 @@ private Q_SLOTS:
                      "30.00 ft on Jan 31, 2002\n"
                      "Apr, May, Jun, Jul, Aug, Sep, Oct, Nov, Dec, Jan, Feb, Mar, Total"_qs);
             QCOMPARE(doors_->MousePointer(), int{vbDefault});
+            const auto page = doors_->ExpectPrint();
+            const NextWindow print([](QWidget& dialog) { Click(dialog, u"cmdOK"_qs); });
+            Trigger(form, u"mnuFilePrint"_qs);
+            QVERIFY(page->Text().endsWith(u"end of document"_qs));
+            QVERIFY(!page->Text().contains(u"Peak"_qs));
         });
     }
 
