@@ -253,8 +253,12 @@ std::unique_ptr<QPrinter> QtPrinterDoor::NewPrinter() const {
         return nullptr;
     }
     auto printer = std::make_unique<QPrinter>(info, QPrinter::HighResolution);
+    // Otherwise Qt 6.4 begins with A4, whatever the printer's own paper is.
+    const QPageSize paper = chosen_ ? chosen_->paper : info.defaultPageSize();
+    if (paper.isValid()) {
+        printer->setPageSize(paper);
+    }
     if (chosen_) {
-        printer->setPageSize(chosen_->paper);
         printer->setDuplex(chosen_->duplex);
     }
     return printer;
