@@ -6,6 +6,7 @@
 #include "platform/qt/DataGrid.h"
 #include "platform/qt/RememberedWindow.h"
 #include "platform/qt/Twips.h"
+#include "platform/text/Numbers.h"
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
 #include "ui_frmDelete.h"
@@ -47,6 +48,27 @@ void ForEachRow(Recordset& rows, DateTime from, DateTime to, Visit visit) {
     }
 }
 
+// Both ends included, in whole seconds.
+QString RecordsInRange(DateTime from, DateTime to) {
+    return QStringLiteral(
+               "Records"
+               " WHERE datetime >= #") +
+           SqlDateText(from) + QStringLiteral("# and datetime <= #") + SqlDateText(to) + u'#';
+}
+
+std::int64_t CountRecords(DateTime from, DateTime to) {
+    Recordset rows;
+    rows.Open(QStringLiteral("SELECT count(*) FROM ") + RecordsInRange(from, to),
+              *StationConnection, adOpenForwardOnly, adLockReadOnly);
+    return static_cast<std::int64_t>(rows.Fields(0).Number());
+}
+
+// The year in four digits, and the seconds, which the pickers do not show.
+QString FullText(std::optional<DateTime> moment) {
+    static const PickerFormat format(u"MMM d, yyyy h:mm:ss tt");
+    return moment ? format.Show(*moment).text : QStringLiteral("not a date and time");
+}
+
 }  // namespace
 
 frmDelete::frmDelete(frmEditRecords& editor)
@@ -75,6 +97,11 @@ frmDelete::frmDelete(frmEditRecords& editor)
             }
         }
     }
+    for (const DTPicker* picker : {ui_->DTPicker1, ui_->DTPicker2}) {
+        connect(picker, &DTPicker::Change, this, &frmDelete::ShowRange);
+    }
+    connect(ui_->cboChannels, &QComboBox::currentIndexChanged, this, &frmDelete::ShowRange);
+    ShowRange();
     connect(ui_->cmdSelectALl, &QAbstractButton::clicked, this, &frmDelete::SelectAll);
     connect(ui_->cmdOK, &QAbstractButton::clicked, this, &frmDelete::Delete);
     connect(ui_->cmdCancel, &QAbstractButton::clicked, this, &QDialog::reject);
@@ -96,7 +123,37 @@ void frmDelete::SelectAll() {
     });
 }
 
+void frmDelete::ShowRange() {
+    const std::optional<DateTime> from = ui_->DTPicker1->Meant();
+    const std::optional<DateTime> to = ui_->DTPicker2->Meant();
+    ui_->lblRange->setText(PlanText(from, to) + QStringLiteral("\nfrom ") + FullText(from) +
+                           QStringLiteral("\nto ") + FullText(to));
+}
+
+QString frmDelete::PlanText(std::optional<DateTime> from, std::optional<DateTime> to) const {
+    if (!from || !to) {
+        return QStringLiteral("Nothing will be deleted:");
+    }
+    if (*from > *to) {
+        return QStringLiteral("From is after To, so nothing will be deleted:");
+    }
+    try {
+        const std::int64_t count = CountRecords(*from, *to);
+        const QString records = count == 1 ? QStringLiteral("1 record")
+                                           : FixedNumberText(static_cast<double>(count), 0) +
+                                                 QStringLiteral(" records");
+        const int chan = ui_->cboChannels->currentIndex();
+        return chan == 0 ? records + QStringLiteral(" will be deleted:")
+                         : QStringLiteral("Chan %1 will be emptied in ").arg(chan) + records + u':';
+    } catch (const AdoError& error) {
+        return QStringLiteral("The records could not be counted: ") + error.Description();
+    }
+}
+
 void frmDelete::Delete() {
+    if (!ui_->DTPicker1->Settle() || !ui_->DTPicker2->Settle()) {
+        return;
+    }
     const DateTime from = ui_->DTPicker1->Value();
     const DateTime to = ui_->DTPicker2->Value();
     const QString failure = from > to ? QString() : DeleteRange(from, to);
@@ -132,11 +189,7 @@ void frmDelete::DeleteRecords(DateTime from, DateTime to) {
         rows.SetAbsolutePosition(current);
     }
     editor_.Grid().DeleteRows(deleted, [&] {
-        StationConnection->Execute(QStringLiteral("DELETE * FROM "
-                                                  "Records"
-                                                  " WHERE datetime >= #") +
-                                   SqlDateText(from) + QStringLiteral("# and datetime <= #") +
-                                   SqlDateText(to) + u'#');
+        StationConnection->Execute(QStringLiteral("DELETE * FROM ") + RecordsInRange(from, to));
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <memory>
+#include <optional>
 
 #include "platform/text/DateTime.h"
 
@@ -13,9 +14,10 @@ namespace Ui {
 class frmDelete;
 }
 
-// "Delete": takes the records of a range of time from the open station, both ends included, or
-// empties one channel in them. OK does so without a question; it does nothing where the range ends
-// before it begins. What fails is told, and leaves every record as it was.
+// "Delete": deletes the records of a range of time from the open station, both ends included, or
+// empties one channel in them. OK does so without a question, so lblRange shows at all times how
+// many records lie in the range. OK deletes nothing if the range ends before it begins, or if a
+// date was refused. A failure is reported, and leaves every record as it was.
 class frmDelete : public QDialog {
     Q_OBJECT
 public:
@@ -25,8 +27,11 @@ public:
 
 private:
     void SelectAll();
+    void ShowRange();
+    // What OK will do with the range, in one line.
+    QString PlanText(std::optional<DateTime> from, std::optional<DateTime> to) const;
     void Delete();
-    // Why nothing was deleted; empty where all was.
+    // Why nothing was deleted; empty if all was.
     QString DeleteRange(DateTime from, DateTime to);
     void DeleteRecords(DateTime from, DateTime to);
     void EmptyChannel(int chan, DateTime from, DateTime to);

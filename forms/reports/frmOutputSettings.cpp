@@ -1,7 +1,6 @@
 #include "forms/reports/frmOutputSettings.h"
 
 #include <QCheckBox>
-#include <QKeyEvent>
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -77,15 +76,6 @@ frmOutputSettings::frmOutputSettings(QWidget* parent)
 
 frmOutputSettings::~frmOutputSettings() = default;
 
-// Escape is the cancel button. The title bar's close isn't: it leaves DialogCancelled as it was.
-void frmOutputSettings::keyPressEvent(QKeyEvent* event) {
-    if (event->matches(QKeySequence::Cancel)) {
-        Cancel();
-    } else {
-        QDialog::keyPressEvent(event);
-    }
-}
-
 void frmOutputSettings::Form_Load() {
     shownIncrement_ = FixedNumberText(StationInfo.TimeIncrement * kHoursADay, 2);
     ui_->tbIncre->setText(shownIncrement_);
@@ -148,7 +138,7 @@ void frmOutputSettings::ConnectCommands() {
     });
     connect(ui_->updN, &UpDown::Change, this, &frmOutputSettings::DateChange);
     connect(ui_->cmdOK, &QPushButton::clicked, this, &frmOutputSettings::Confirm);
-    connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmOutputSettings::Cancel);
+    connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmOutputSettings::reject);
 }
 
 void frmOutputSettings::ShowChan() {
@@ -187,7 +177,9 @@ void frmOutputSettings::DateChange() {
         ui_->tbN->setText(QString::number(largest));
     }
     ui_->updN->SetMax(largest);
-    ui_->tbEndDate->setText(MonthDayYearText(PeriodEnd(ui_->DTPicker1->Value(), unit, count)));
+    // A text that is no date yet leaves the end of the former one.
+    const DateTime begin = ui_->DTPicker1->Meant().value_or(ui_->DTPicker1->Value());
+    ui_->tbEndDate->setText(MonthDayYearText(PeriodEnd(begin, unit, count)));
 }
 
 bool frmOutputSettings::SaveSettings() {
@@ -242,6 +234,9 @@ void frmOutputSettings::SaveIncrement() {
 }
 
 void frmOutputSettings::Confirm() {
+    if (!ui_->DTPicker1->Settle()) {
+        return;
+    }
     ReportBeginDate = ui_->DTPicker1->Value();
     ReportEndDate = ReadDateTime(ui_->tbEndDate->text()).value_or(ReportEndDate);
     ReportPeriodCode = u'9' + QString::number(ui_->unitGroup->checkedId()) + ui_->tbN->text();
@@ -253,9 +248,9 @@ void frmOutputSettings::Confirm() {
     accept();
 }
 
-void frmOutputSettings::Cancel() {
+void frmOutputSettings::reject() {
     DialogCancelled = true;
-    reject();
+    QDialog::reject();
 }
 
 }  // namespace rillbook

@@ -11,15 +11,15 @@ class frmOutputSettings;
 }
 
 // Settles the report period and how the output channel is shown, before a report and from its menu.
-// SettingsMode names the report. REQUIRES: an open station.
+// SettingsMode names the report. DialogCancelled reports how it was closed; the title bar and Esc
+// cancel. REQUIRES: an open station.
 class frmOutputSettings : public QDialog {
     Q_OBJECT
 public:
     explicit frmOutputSettings(QWidget* parent = nullptr);
     ~frmOutputSettings() override;
 
-protected:
-    void keyPressEvent(QKeyEvent* event) override;
+    void reject() override;
 
 private:
     void Form_Load();
@@ -33,7 +33,6 @@ private:
     bool SaveGraphLimits();
     void SaveIncrement();
     void Confirm();
-    void Cancel();
 
     std::unique_ptr<Ui::frmOutputSettings> ui_;
     QString shownIncrement_;  // the text that tbIncre began with

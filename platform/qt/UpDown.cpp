@@ -46,6 +46,7 @@ int UpDown::Value() const {
 
 void UpDown::Step(int direction) {
     if (!buddy_) {
+        Q_EMIT Pressed(direction);
         return;
     }
     const int value = Value();

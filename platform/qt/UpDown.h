@@ -8,7 +8,7 @@ class QLineEdit;
 namespace rillbook {
 
 // A pair of spin buttons that steps the number in its buddy, a read-only text box. The arrow keys
-// in the buddy step too.
+// in the buddy step too. Without a buddy, the buttons only report that they were pressed.
 class UpDown : public QWidget {
     Q_OBJECT
 public:
@@ -27,6 +27,8 @@ public:
 
 Q_SIGNALS:
     void Change();
+    // Without a buddy: 1 for the upper button, -1 for the lower one.
+    void Pressed(int direction);
 
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -58,6 +58,10 @@ PatternParts SplitTimePattern(QStringView pattern) {
     return Split(pattern, u"hHmstaAB");
 }
 
+PatternParts SplitMomentPattern(QStringView pattern) {
+    return Split(pattern, u"dMyhmst");
+}
+
 QString JoinPattern(const PatternParts& parts) {
     QString pattern;
     for (const PatternPart& part : parts) {

@@ -17,6 +17,8 @@ using PatternParts = std::vector<PatternPart>;
 
 PatternParts SplitDatePattern(QStringView pattern);
 PatternParts SplitTimePattern(QStringView pattern);
+// Date and time in one, AM and PM as "tt".
+PatternParts SplitMomentPattern(QStringView pattern);
 
 // The pattern of the parts, texts with letters in quotes.
 QString JoinPattern(const PatternParts& parts);

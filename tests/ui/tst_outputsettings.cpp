@@ -218,7 +218,7 @@ private Q_SLOTS:
         };
         CompareEach(after,
                     "cmdOK true => false; Return true => false; cmdCancel false => true; "
-                    "Esc false => true; close false => false; close true => true");
+                    "Esc false => true; close false => true");
     }
 
 private:

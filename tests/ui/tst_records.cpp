@@ -211,30 +211,6 @@ private Q_SLOTS:
         QCOMPARE(notes.join(u"; "_qs), u"All Channels, %1 to %1; -1,-1: "_qs.arg(today));
     }
 
-    // Seconds stay until another time is chosen.
-    void PicksTimes_data() {
-        const DataRows<int, QString, QString> row("section", "keys", "picked");
-        row(QDateTimeEdit::MonthSection, "↑", "2/1/02 12:15 AM = 2002-02-01 00:15:30");
-        row(QDateTimeEdit::MinuteSection, "↑", "1/1/02 12:16 AM = 2002-01-01 00:16:00");
-        row(QDateTimeEdit::MinuteSection, "↑↓", "1/1/02 12:15 AM = 2002-01-01 00:15:30");
-        row(QDateTimeEdit::AmPmSection, "pm", "1/1/02 12:15 PM = 2002-01-01 12:15:00");
-    }
-    void PicksTimes() {
-        QFETCH(int, section);
-        QFETCH(QString, keys);
-        QStringList notes;
-        InEditor([&](QWidget& form) {
-            Do(form, u"↓"_qs, notes);
-            InDelete(form, [&](QWidget& dialog) {
-                auto& picker = Child<DTPicker>(dialog, u"DTPicker2"_qs);
-                picker.setFocus();
-                picker.setSelectedSection(static_cast<QDateTimeEdit::Section>(section));
-                Do(dialog, keys, notes);
-                QTEST(picker.text() + u" = "_qs + MomentText(picker.Value()), "picked");
-            });
-        });
-    }
-
     // The last row can be neither changed nor deleted.
     void DeletesAllOrNothing() {
         for (const QString& change : {u"UPDATE"_qs, u"DELETE"_qs}) {
