@@ -167,12 +167,14 @@ void DTPicker::NoteSelection() {
 void DTPicker::FollowEdit(const QString& text) {
     isRefused_ = false;
     HideRefusal();
-    isTouched_ = true;
+    const bool isFirst = !std::exchange(isTouched_, true);
     const QString before = std::exchange(shown_.text, text);
     const bool replacesAll = selected_ == 0 && selectedTo_ == before.size();
     const auto inserted = Replacement(before, selected_, selectedTo_, text);
     if (text.isEmpty() || replacesAll) {
         TypeWhole(text);
+    } else if (isFirst && selected_ == selectedTo_ && inserted) {
+        TypeWhole(*inserted);  // the user never puts a bare caret into the shown text
     } else if (!EditSection(before)) {
         // A whole date that was pasted or dropped into another text is that date.
         const bool isDate = inserted && inserted->size() > 1 &&
@@ -392,8 +394,9 @@ void DTPicker::wheelEvent(QWheelEvent* event) {
 void DTPicker::focusInEvent(QFocusEvent* event) {
     QLineEdit::focusInEvent(event);
     const Qt::FocusReason reason = event->reason();
+    // The first focus of a window comes with its activation; a return to it keeps the section.
     const bool isReturn = reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
-    if (!isTouched_ && reason != Qt::MouseFocusReason && !isReturn) {
+    if (!isTouched_ && reason != Qt::MouseFocusReason && !(isReturn && hasSelectedText())) {
         section_ = -1;
         selectAll();
     }
@@ -434,6 +437,7 @@ void DTPicker::ShowCalendar() {
     if (!format_.ShowsDay() || calendar_ || !Take()) {
         return;
     }
+    HideRefusal();
     calendar_ = new QFrame(this, Qt::Popup);
     calendar_->setAttribute(Qt::WA_DeleteOnClose);
     calendar_->setFrameStyle(QFrame::Box);

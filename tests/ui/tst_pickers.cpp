@@ -284,11 +284,14 @@ private Q_SLOTS:
         });
     }
 
+    // Typed right after the window has opened.
     void SettlesTheBeginDate() {
         const auto begin = [](const QString& typed) {
             ReportBeginDate = At("2010-10-01");
             DialogCancelled = true;
-            InWindow(u"MMM dd, yyyy"_qs, "2010-10-01", [&](QWidget& form, DTPicker&) {
+            SettingsMode = ReportMode::DailyTable;
+            frmOutputSettings dialog;
+            InForm(dialog, [&](QWidget& form) {
                 PressKeys(form, typed);
                 Click(form, u"cmdOK"_qs);
             });

@@ -383,6 +383,9 @@ private Q_SLOTS:
         DialogCancelled = false;
         PrintSheet({u"cmdCancel"_qs});
         QVERIFY(DialogCancelled);
+        DialogCancelled = false;
+        PrintSheet({});  // closed by its title bar
+        QVERIFY(DialogCancelled);
         doors_->CancelPrinter();
         PrintSheet();
         QVERIFY(!DialogCancelled);
