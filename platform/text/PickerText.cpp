@@ -263,7 +263,7 @@ bool FitsSection(char16_t field, QStringView text) {
                QStringView(u"PM").startsWith(text, Qt::CaseInsensitive);
     }
     if (std::all_of(text.begin(), text.end(), isDigit)) {
-        return text.size() <= (field == u'y' ? 4 : 2);
+        return true;
     }
     return field == u'M' && MonthBeginningWith(text) > 0;
 }

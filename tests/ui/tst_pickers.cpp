@@ -3,6 +3,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QLabel>
+#include <QWheelEvent>
 
 #include "forms/records/frmDelete.h"
 #include "forms/records/frmEditRecords.h"
@@ -45,7 +46,8 @@ const char* const kMoments =
     "3/15/2004 12:30 PM; 3/15/2004 12:30 => 2004-03-15 12:30:00; "
     "3/15/2004 3 PM; 3/15/2004 3p; 3/15/2004 15:00 => 2004-03-15 15:00:00; "
     "2/29/2004 11:59:59 PM => 2004-02-29 23:59:59; 1/1/30 => 1930-01-01 00:00:00; "
-    "12/31/29 => 2029-12-31 00:00:00; 1/1/1801 => 1801-01-01 00:00:00; "
+    "2/28/99 11:59 AM => 1999-02-28 11:59:00; 12/31/29 => 2029-12-31 00:00:00; 1/1/1801 => "
+    "1801-01-01 00:00:00; "
     "12/31/9999 11:59 PM => 9999-12-31 23:59:00; "
     "Mar 2004; 3/2004; 10/05; 1:59 PM; Mar, 2004; " NEVER_A_DATE " => former";
 
@@ -110,9 +112,16 @@ void ComeTo(DTPicker& picker, int way) {
 }
 constexpr int kWays = 10;
 
-void Paste(QWidget& control, const QString& text) {
-    QApplication::clipboard()->setText(text);
-    QTest::keyClick(&control, Qt::Key_V, Qt::ControlModifier);
+// As spreadsheets copy it, with a line end, or by an input method.
+void Insert(QWidget& control, const QString& text, bool isPasted) {
+    if (isPasted) {
+        QApplication::clipboard()->setText(text + u'\n');
+        QTest::keyClick(&control, Qt::Key_V, Qt::ControlModifier);
+    } else {
+        QInputMethodEvent event;
+        event.setCommitString(text);
+        QApplication::sendEvent(&control, &event);
+    }
 }
 
 bool IsRefused(DTPicker& picker) {
@@ -304,6 +313,25 @@ private Q_SLOTS:
                     "→→15→2004 => Oct 15, 2004 to Oct 14, 2005; Mar 45, 2004 => Oct 01, 2010");
     }
 
+    // A click selects a section, the wheel steps it, but only with the focus.
+    void FollowsTheMouse() {
+        InWindow(u"tt"_qs, "2002-01-31 00:15:30", [](QWidget& form, DTPicker& picker) {
+            const QPoint year(picker.fontMetrics().horizontalAdvance(u"1/31/0"_qs) + 6,
+                              picker.height() / 2);
+            const auto turn = [&](int notches) {
+                QWheelEvent event(year, picker.mapToGlobal(year), {}, {0, notches * 120}, {}, {},
+                                  Qt::NoScrollPhase, false);
+                QApplication::sendEvent(&picker, &event);
+            };
+            QTest::mouseClick(&picker, Qt::LeftButton, {}, year);
+            turn(2);
+            QCOMPARE(picker.text(), u"1/31/04 12:15 AM"_qs);
+            Child<QWidget>(form, u"cmdOK"_qs).setFocus();
+            turn(1);
+            QCOMPARE(MomentText(picker.Value()), u"2004-01-31 00:15:30"_qs);
+        });
+    }
+
     // The calendar changes the day and keeps the time; without a day there is none.
     void ShowsACalendar() {
         InWindow(u"tt"_qs, "2002-01-31 00:15:30", [](QWidget&, DTPicker& picker) {
@@ -340,7 +368,7 @@ private:
                 if (way < kWays) {
                     QTest::keyClicks(&picker, text);
                 } else {
-                    Paste(picker, text);
+                    Insert(picker, text, turn % 2 == 0);
                 }
                 QTest::keyClick(&picker, Qt::Key_Tab);
                 const QString given =
