@@ -82,11 +82,6 @@ frmDelete::frmDelete(frmEditRecords& editor)
     }
     const int col = editor.Grid().Col();
     ui_->cboChannels->setCurrentIndex(col > StationInfo.Channels ? 0 : col);
-    layout()->activate();
-    const QPoint place =
-        editor.pos() + editor.DeleteButtonPosition() - QPoint(ToPixels(2200), ToPixels(1200));
-    move(PlaceInView(QRect(place, sizeHint())));
-
     const bool isOnRow = editor.Grid().GoToCurrent();
     for (DTPicker* picker : {ui_->DTPicker1, ui_->DTPicker2}) {
         picker->SetCustomFormat(QStringLiteral("M/d/yy h:mm tt"));
@@ -102,6 +97,10 @@ frmDelete::frmDelete(frmEditRecords& editor)
     }
     connect(ui_->cboChannels, &QComboBox::currentIndexChanged, this, &frmDelete::ShowRange);
     ShowRange();
+    layout()->activate();
+    const QPoint place =
+        editor.pos() + editor.DeleteButtonPosition() - QPoint(ToPixels(2200), ToPixels(1200));
+    move(PlaceInView(QRect(place, sizeHint())));
     connect(ui_->cmdSelectALl, &QAbstractButton::clicked, this, &frmDelete::SelectAll);
     connect(ui_->cmdOK, &QAbstractButton::clicked, this, &frmDelete::Delete);
     connect(ui_->cmdCancel, &QAbstractButton::clicked, this, &QDialog::reject);
