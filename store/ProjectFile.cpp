@@ -1,11 +1,13 @@
 #include "store/ProjectFile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 #include <cmath>
 #include <optional>
 
 #include "app/Application.h"
+#include "platform/desktop/KeptFile.h"
 #include "platform/desktop/ReplaceFile.h"
 #include "platform/text/CodePage.h"
 #include "platform/text/Numbers.h"
@@ -21,6 +23,10 @@ QString ReportPeriodCode;
 namespace {
 
 const QString kTwelveMonths = QStringLiteral("9312");
+// In bytes. Far more than a project of thousands of stations; a larger file isn't read whole only
+// to be refused.
+constexpr qint64 kLargestProject = 16 << 20;
+const QString kNoProject = QStringLiteral("This is not a project file.");
 
 QString Quoted(const QString& text) {
     return QLatin1Char('"') + text + QLatin1Char('"');
@@ -61,6 +67,12 @@ public:
         return at_ > begin && EndItem();
     }
 
+    // Whether this character, or nothing, comes next.
+    bool Precedes(char16_t mark) {
+        SkipBlanks();
+        return at_ == text_.size() || text_[at_] == mark;
+    }
+
     std::optional<std::int64_t> WholeNumber() {
         SkipBlanks();
         const qsizetype begin = at_;
@@ -73,7 +85,7 @@ public:
     }
 
 private:
-    // An item that the file's end cuts off, or that something else follows, is none.
+    // Nothing if the file ends inside the item, or if something else follows it on its line.
     std::optional<QString> Between(char16_t mark) {
         SkipBlanks();
         if (at_ >= text_.size() || text_[at_] != mark) {
@@ -110,20 +122,22 @@ private:
     qsizetype at_ = 0;
 };
 
-// The first thing that is missing or unreadable; empty where nothing is.
-QString ReadItems(ItemReader items, ProjectContents& contents) {
-    if (!items.Skip() || !items.Skip()) {
-        return QStringLiteral("its first line");
-    }
-    const std::optional<std::int64_t> count = items.WholeNumber();
-    if (!count) {
-        return QStringLiteral("the number of stations");
-    }
-    for (std::int64_t i = 1; i <= *count; ++i) {
+// The number of stations; nothing if the file doesn't begin as a project does. Pictures in text
+// formats begin with two items and a number too, but what follows is neither a station nor a date.
+std::optional<std::int64_t> ReadBeginning(ItemReader& items) {
+    const bool hasTitleAndVersion = items.Skip() && items.Skip();
+    const std::optional<std::int64_t> count =
+        hasTitleAndVersion ? items.WholeNumber() : std::nullopt;
+    return count && items.Precedes(*count > 0 ? u'"' : u'#') ? count : std::nullopt;
+}
+
+// Returns the first thing that is missing or unreadable; empty if there is none.
+QString ReadItems(ItemReader& items, std::int64_t count, ProjectContents& contents) {
+    for (std::int64_t i = 1; i <= count; ++i) {
         const std::optional<QString> path = items.Text();
         const std::optional<QString> title = path ? items.Text() : std::nullopt;
         if (!title) {
-            return QStringLiteral("station %1 of %2").arg(i).arg(*count);
+            return QStringLiteral("station %1 of %2").arg(i).arg(count);
         }
         contents.stations.push_back({*path, *title});
     }
@@ -142,16 +156,15 @@ QString ReadItems(ItemReader items, ProjectContents& contents) {
     return {};
 }
 
-void Replace(const QString& path, const QByteArray& bytes) {
-    const QString reason = ReplaceFile(path, bytes);
-    if (!reason.isEmpty()) {
-        throw FileError(path, reason);
-    }
+KeptFile KeepAsBackup(const QString& path) {
+    return KeepUnderName(path, [&path](int number) {
+        return path + QStringLiteral(".bak") + (number == 1 ? QString() : QString::number(number));
+    });
 }
 
 }  // namespace
 
-void WriteProjectFile(const QString& path, const ProjectContents& contents) {
+void WriteProjectFile(const QString& path, const ProjectContents& contents, OldProject old) {
     const QString lineEnd = QStringLiteral("\r\n");
     QString text = Quoted(Application::Title()) + QLatin1Char(',') +
                    Quoted(Application::VersionDigits()) + lineEnd +
@@ -162,42 +175,49 @@ void WriteProjectFile(const QString& path, const ProjectContents& contents) {
     text += DateItem(contents.reportBeginDate) + QLatin1Char(',') +
             Quoted(contents.reportPeriodCode) + lineEnd + Quoted(contents.name) + lineEnd;
 
-    Replace(path, EncodeText(text));
+    const bool isKept = old == OldProject::Keep && QFile::exists(path);
+    const KeptFile kept = isKept ? KeepAsBackup(path) : KeptFile();
+    const QString reason =
+        kept.reason.isEmpty() ? ReplaceFile(path, EncodeText(text)) : kept.reason;
+    if (!reason.isEmpty()) {
+        // A second name of the file that stays would not protect its contents.
+        if (kept.isNew && kept.reason.isEmpty()) {
+            QFile::remove(kept.path);
+        }
+        throw FileError(path, reason);
+    }
 }
 
-ProjectReading ReadProjectFile(const QString& path, const ProjectContents& defaults) {
-    ProjectReading reading{.contents = defaults, .fault = {}};
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        reading.fault = file.errorString();
+ProjectReading ReadProjectFile(const QString& path) {
+    const QFileInfo info(path);
+    ProjectReading reading{.contents = {.stations = {},
+                                        .reportBeginDate = ReportBeginDate,
+                                        .reportPeriodCode = ReportPeriodCode,
+                                        // A double quote would end the name's item.
+                                        .name = info.completeBaseName().remove(u'"')},
+                           .isProject = false,
+                           .fault = kNoProject};
+    // Reading a pipe might never end.
+    if (info.exists() && (!info.isFile() || info.size() > kLargestProject)) {
         return reading;
     }
-    const QString text = DecodeText(file.readAll());
+    QFile file(path);
+    const bool isOpen = file.open(QIODevice::ReadOnly);
+    const QString text = isOpen ? DecodeText(file.readAll()) : QString();
     if (file.error() != QFileDevice::NoError) {
         reading.fault = file.errorString();
         return reading;
     }
-    const QString missing = ReadItems(ItemReader(text), reading.contents);
-    if (!missing.isEmpty()) {
-        reading.fault = QStringLiteral("It could not be read from %1 on.").arg(missing);
+    ItemReader items(text);
+    const std::optional<std::int64_t> count = ReadBeginning(items);
+    if (!count) {
+        return reading;
     }
+    reading.isProject = true;
+    const QString missing = ReadItems(items, *count, reading.contents);
+    reading.fault =
+        missing.isEmpty() ? QString() : QStringLiteral("Could not read past %1.").arg(missing);
     return reading;
-}
-
-void KeepOldProjectFile(const QString& path) {
-    const QString kept = path + QStringLiteral(".bak");
-    QFile old(path);
-    if (!old.exists()) {
-        return;
-    }
-    if (!old.open(QIODevice::ReadOnly)) {
-        throw FileError(path, old.errorString());
-    }
-    const QByteArray bytes = old.readAll();
-    if (old.error() != QFileDevice::NoError) {
-        throw FileError(path, old.errorString());
-    }
-    Replace(kept, bytes);
 }
 
 DateTime PeriodEnd(DateTime begin, int unit, double count) {

@@ -25,21 +25,28 @@ struct ProjectContents {
     QString name;
 };
 
-// Replaces the file whole, or raises FileError and leaves it as it was. REQUIRES: no double quote
-// in any text.
-void WriteProjectFile(const QString& path, const ProjectContents& contents);
-
-struct ProjectReading {
-    ProjectContents contents;  // what could be read; the report period starts as the state has it
-    QString fault;             // what couldn't be read and why; empty for a whole file
+enum class OldProject {
+    Replace,
+    Keep  // as NAME.bak; as NAME.bak2 and so on if another file has that name
 };
 
-// Never raises. `defaults` stands for what the file doesn't hold.
-ProjectReading ReadProjectFile(const QString& path, const ProjectContents& defaults);
+// Replaces the file whole, or raises FileError and leaves the folder as it was. REQUIRES: no double
+// quote in any text.
+void WriteProjectFile(const QString& path, const ProjectContents& contents,
+                      OldProject old = OldProject::Replace);
 
-// Copies a file that couldn't be read whole to NAME.bak, replacing an older one, before it is
-// written over. Nothing to do where there is no file. Raises FileError.
-void KeepOldProjectFile(const QString& path);
+struct ProjectReading {
+    // What could be read. The rest is the report period of the program's state, and the name of the
+    // file without its extension as the project's name.
+    ProjectContents contents;
+    // False if the file can't be opened or not even its beginning is that of a project.
+    bool isProject = false;
+    // What couldn't be read, or why; empty for a whole file.
+    QString fault;
+};
+
+// Never raises.
+ProjectReading ReadProjectFile(const QString& path);
 
 // The last day of the period as text "mmm dd, yyyy". A code that doesn't begin with "9" sets
 // ReportPeriodCode to "9312" and counts as it; so does one with an unknown unit.

@@ -1,8 +1,10 @@
 #include "forms/main/StationNodes.h"
 
 #include <QTreeWidget>
+#include <algorithm>
 
 #include "forms/main/Icons.h"
+#include "platform/desktop/SameFile.h"
 #include "store/FormStuff.h"
 
 namespace rillbook {
@@ -23,7 +25,7 @@ QString NodeKey(const QTreeWidgetItem* node) {
     return node->data(0, kKeyRole).toString();
 }
 
-const QTreeWidgetItem* StationOf(const QTreeWidgetItem* node) {
+QTreeWidgetItem* StationOf(QTreeWidgetItem* node) {
     return node->parent() == nullptr ? node : node->parent();
 }
 
@@ -33,26 +35,35 @@ std::int16_t ChannelOf(const QTreeWidgetItem* node) {
 }
 
 QTreeWidgetItem* FindStation(const QTreeWidget& tree, const QString& path) {
+    QTreeWidgetItem* sameFile = nullptr;
     for (int i = 0; i < tree.topLevelItemCount(); ++i) {
-        if (NodeKey(tree.topLevelItem(i)) == path) {
-            return tree.topLevelItem(i);
+        QTreeWidgetItem* station = tree.topLevelItem(i);
+        if (NodeKey(station) == path) {
+            return station;
+        }
+        if (sameFile == nullptr && IsSameFile(NodeKey(station), path)) {
+            sameFile = station;
         }
     }
-    return nullptr;
+    return sameFile;
 }
 
-QTreeWidgetItem* AddStationNode(QTreeWidget& tree, const QString& path, const QString& title) {
-    auto* station = new QTreeWidgetItem(&tree);
+void FillStationNode(QTreeWidgetItem* station, const QString& path, const QString& title) {
     SetNode(station, path, title, Picture::Station);
     for (int chan = 1; chan <= StationInfo.Channels; ++chan) {
+        if (station->childCount() < chan) {
+            new QTreeWidgetItem(station);
+        }
         const ChannelInfoData& channel = ChannelInfo[chan];
         const QString number = QString::number(chan);
-        SetNode(new QTreeWidgetItem(station), path + number,
+        SetNode(station->child(chan - 1), path + number,
                 number + QStringLiteral(": ") + channel.RecSta + QStringLiteral(" - ") +
                     channel.RecDesc + QStringLiteral(" (") + channel.RecLabel + QLatin1Char(')'),
                 Picture::Channel);
     }
-    return station;
+    while (station->childCount() > std::max<int>(StationInfo.Channels, 0)) {
+        delete station->child(station->childCount() - 1);
+    }
 }
 
 }  // namespace rillbook

@@ -14,15 +14,17 @@ namespace rillbook {
 QString NodeKey(const QTreeWidgetItem* node);
 
 // The node itself if it is a station's.
-const QTreeWidgetItem* StationOf(const QTreeWidgetItem* node);
+QTreeWidgetItem* StationOf(QTreeWidgetItem* node);
 
 // REQUIRES: a channel's node.
 std::int16_t ChannelOf(const QTreeWidgetItem* node);
 
-// Null if the tree has no such station.
+// The station with this path, or else one whose path leads to the same file; null if the tree has
+// neither.
 QTreeWidgetItem* FindStation(const QTreeWidget& tree, const QString& path);
 
-// A station at the end of the tree, with the channels of StationInfo and ChannelInfo.
-QTreeWidgetItem* AddStationNode(QTreeWidget& tree, const QString& path, const QString& title);
+// Makes a root node show a station with the channels of StationInfo and ChannelInfo. Channels that
+// it has already keep their nodes.
+void FillStationNode(QTreeWidgetItem* station, const QString& path, const QString& title);
 
 }  // namespace rillbook

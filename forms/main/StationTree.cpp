@@ -6,6 +6,17 @@
 
 namespace rillbook {
 
+namespace {
+
+// A key that is held down would repeat the message about a station that can't be opened.
+bool IsChoice(const QKeyEvent& event) {
+    const bool isChoosingKey = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter ||
+                               event.key() == Qt::Key_Space;
+    return isChoosingKey && !event.isAutoRepeat();
+}
+
+}  // namespace
+
 StationTree::StationTree(QWidget* parent) : QTreeWidget(parent) {
     // Long descriptions scroll into view.
     header()->setStretchLastSection(false);
@@ -45,7 +56,7 @@ void StationTree::mouseDoubleClickEvent(QMouseEvent* event) {
 void StationTree::keyPressEvent(QKeyEvent* event) {
     const QTreeWidgetItem* before = currentItem();
     QTreeWidget::keyPressEvent(event);
-    if (currentItem() != before) {
+    if (currentItem() != before || (before != nullptr && IsChoice(*event))) {
         Q_EMIT NodeClick();
         Q_EMIT Click();
     }

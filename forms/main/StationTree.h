@@ -4,16 +4,17 @@
 
 namespace rillbook {
 
-// The list of a project's stations, each with its channels beneath. Its signals tell what the user
-// does, never what the program changes. They concern the selected node.
+// The list of a project's stations, each with its channels beneath. Its signals report what the
+// user does, never what the program changes. They concern the selected node.
 class StationTree : public QTreeWidget {
     Q_OBJECT
 public:
     explicit StationTree(QWidget* parent = nullptr);
 
 Q_SIGNALS:
-    // Both come, in this order, when the left button is released, and when the keyboard has moved
-    // the selection. They don't come at the release that ends a double click.
+    // Both come, in this order, when the left button is released, when the keyboard has moved the
+    // selection, and when Enter or the space bar is pressed. They don't come at the release that
+    // ends a double click.
     void NodeClick();
     void Click();
     void DblClick();

@@ -24,6 +24,7 @@
 #include "import/Import.h"
 #include "import/frmImport.h"
 #include "platform/desktop/Desktop.h"
+#include "platform/desktop/SameFile.h"
 #include "platform/desktop/Screen.h"
 #include "platform/qt/RememberedWindow.h"
 #include "platform/qt/Twips.h"
@@ -143,9 +144,9 @@ void frmMain::ConnectReports() {
 
 void frmMain::ConnectTree() {
     const auto click = [this] { Run([this] { TreeClick(); }); };
-    // The first one to come opens another station, which brings its own OutputChannel; the second
-    // one sets the channel that the user clicked. It doesn't try, and tell, again where the first
-    // one couldn't open the station.
+    // The first signal opens another station, which brings its own OutputChannel; the second one
+    // sets the channel that the user clicked. If the first one couldn't open the station, the
+    // second one doesn't try again, which would repeat the message.
     connect(ui_->TreeView1, &StationTree::NodeClick, this, click);
     connect(ui_->TreeView1, &StationTree::Click, this, [this, click] {
         if (StationConnection->State() != 0) {
@@ -231,16 +232,25 @@ void frmMain::SetWindowCaption(const QString& caption) {
 }
 
 void frmMain::TreeClick() {
-    const QTreeWidgetItem* node = ui_->TreeView1->currentItem();
+    QTreeWidgetItem* node = ui_->TreeView1->currentItem();
     if (node == nullptr) {
         return;
     }
-    const QTreeWidgetItem* station = StationOf(node);
-    // Set before the station left behind is closed, which stores it.
+    QTreeWidgetItem* station = StationOf(node);
+    // Set before the station that is left is closed, which stores it.
     StationInfo.OutputChannel = node == station ? std::int16_t{1} : ChannelOf(node);
-    if (NodeKey(station) != StationPath) {
-        SwitchToStation(NodeKey(station), station->text(0));
+    const bool isOpen =
+        StationConnection->State() != 0 && IsSameFile(NodeKey(station), StationPath);
+    if (!isOpen && SwitchToStation(NodeKey(station), station->text(0))) {
+        // Its channels may be others by now, for example in a backup that was put back.
+        FillStationNode(station, StationPath, StationTitle);
     }
+}
+
+void frmMain::SelectStation(QTreeWidgetItem* station) {
+    station->setExpanded(true);
+    ui_->TreeView1->setCurrentItem(station);
+    TreeClick();
 }
 
 void frmMain::TreeDoubleClick() {
@@ -258,11 +268,15 @@ void frmMain::TreeDoubleClick() {
 }
 
 void frmMain::ShowTreeMenu(const QPoint& globalPosition) {
-    const QTreeWidgetItem* node = ui_->TreeView1->currentItem();
-    if (node != nullptr) {
-        QMenu* menu = node == StationOf(node) ? ui_->mnuPopup2 : ui_->mnuPopup;
-        menu->popup(globalPosition);
+    QTreeWidgetItem* node = ui_->TreeView1->currentItem();
+    if (node == nullptr) {
+        return;
     }
+    QMenu* menu = node == StationOf(node) ? ui_->mnuPopup2 : ui_->mnuPopup;
+    for (QAction* item : menu->actions()) {
+        item->setEnabled(StationConnection->State() != 0);
+    }
+    menu->popup(globalPosition);
 }
 
 void frmMain::SetUpImport() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -32,13 +33,14 @@ public:
     // there.
     bool AddStaToTree();
 
-    // Writes the project file from the tree and the report period. False, with the user told, where
+    // Writes the project file from the tree and the report period. Returns false after a message if
     // it can't be written.
     bool SaveProject();
 
-    // Reads the file at ProjectPath and opens each of its stations in turn; the last one stays
-    // open. The user is told what couldn't be read.
-    void OpenProject();
+    // Takes the chosen file as the project and opens each of its stations in turn; the last one
+    // stays open. A message names what couldn't be read. Returns false after a message, and leaves
+    // the open project and station as they are, if the file is not a project.
+    bool OpenProject();
 
     void EnableProjectMenus(bool on);
 
@@ -64,9 +66,11 @@ private:
     void ConnectTree();
     void Run(const std::function<void()>& command);
 
-    // The tree's click: opens the selected node's station, unless StationPath names it, and sets
+    // The tree's click: opens the selected node's station unless it is open, and sets
     // OutputChannel.
     void TreeClick();
+    // Expands and selects a station's node, and runs the click.
+    void SelectStation(QTreeWidgetItem* station);
     // The click, and then the graph of the readings.
     void TreeDoubleClick();
     void ShowTreeMenu(const QPoint& globalPosition);
@@ -99,11 +103,21 @@ private:
     bool AskForOldFile(const QString& filter);
     bool AskForFile(const QString& title, const QString& filter, void (CommonDialog::*dialog)());
     QString ChosenFolder() const;
-    // False, with the user told, for a path that no project file can hold.
+    // Returns false after a message for a path that no project file can hold.
     bool ChosenStationIsUsable() const;
     void TakeChosenProject();
     // Closes the open station first. StationPath and StationTitle follow on success only.
     bool SwitchToStation(const QString& path, const QString& title);
+    // The station that a command leaves, to return to if it can't open another one.
+    struct LeftStation {
+        QString path;  // empty: none was open
+        QString title;
+        std::int16_t channel = 0;
+    };
+    LeftStation LeaveStation();
+    void ReturnTo(const LeftStation& left);
+    // Opens the chosen station, or the one that was left if that fails.
+    bool OpenChosenStation(const LeftStation& left);
 
     std::unique_ptr<Ui::frmMain> ui_;
     CommonDialog dlgCommonDialog;
@@ -112,7 +126,7 @@ private:
     // where the text boxes can't show it (longer than they take, other line ends).
     QString nameAsRead_;
     QString notesAsRead_;
-    // The project file couldn't be read whole, or not all of its stations opened; the first save
+    // The project file couldn't be read whole, or one of its stations didn't open. The first save
     // keeps it beside the new one.
     bool keepsOldFile_ = false;
 };

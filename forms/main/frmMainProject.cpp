@@ -8,6 +8,7 @@
 #include "forms/main/StationNodes.h"
 #include "forms/main/frmMain.h"
 #include "platform/desktop/MsgBox.h"
+#include "platform/desktop/SameFile.h"
 #include "store/FileError.h"
 #include "store/FormStuff.h"
 #include "store/ProjectFile.h"
@@ -99,21 +100,22 @@ void frmMain::ChooseProject() {
     if (!ProjectPath.isEmpty() && !AskToSave()) {
         return;
     }
-    if (!AskForOldFile(kProjectFilter)) {
-        return;
+    if (AskForOldFile(kProjectFilter) && OpenProject()) {
+        EnableProjectMenus(true);
+        ui_->TreeView1->setFocus();
     }
-    TakeChosenProject();
-    OpenProject();
-    EnableProjectMenus(true);
-    ui_->TreeView1->setFocus();
 }
 
-void frmMain::OpenProject() {
-    const ProjectReading reading =
-        ReadProjectFile(ProjectPath, {.stations = {},
-                                      .reportBeginDate = ReportBeginDate,
-                                      .reportPeriodCode = ReportPeriodCode,
-                                      .name = ui_->tbProjectName->text()});
+bool frmMain::OpenProject() {
+    const QString path = dlgCommonDialog.FileName;
+    const ProjectReading reading = ReadProjectFile(path);
+    if (!reading.isProject) {
+        MsgBox(path + QLatin1Char('\n') + reading.fault, MsgBoxButtons::Ok,
+               MsgBoxIcon::Exclamation);
+        return false;
+    }
+    CloseOpenStation();
+    TakeChosenProject();
     const ProjectContents& project = reading.contents;
     ReportBeginDate = project.reportBeginDate;
     ReportPeriodCode = project.reportPeriodCode;
@@ -122,7 +124,7 @@ void frmMain::OpenProject() {
     ui_->tbProjectName->setText(project.name);
     keepsOldFile_ = !reading.fault.isEmpty();
     if (keepsOldFile_) {
-        MsgBox(ProjectPath + QLatin1Char('\n') + reading.fault, MsgBoxButtons::Ok,
+        MsgBox(path + QLatin1Char('\n') + reading.fault, MsgBoxButtons::Ok,
                MsgBoxIcon::Exclamation);
     }
     QStringList files;
@@ -138,24 +140,57 @@ void frmMain::OpenProject() {
                 AddStaToTree();
             }
         });
-        // One on a disk that isn't there today isn't in the tree, and would be gone from the
-        // project.
+        // A station on a disk that is missing today isn't in the tree, and the next save would
+        // leave it out of the project.
         keepsOldFile_ = keepsOldFile_ || !isOpen;
     }
+    return true;
 }
 
 bool frmMain::SwitchToStation(const QString& path, const QString& title) {
     CloseOpenStation();
     const ConversionCommand conversion;
+    const StationInfoData formerStation = StationInfo;
+    const ChannelTable formerChannels = ChannelInfo;
     if (!OpenDB(path)) {
+        // The next station would keep, and store, what was read of this one if it has no value of
+        // its own.
+        StationInfo = formerStation;
+        ChannelInfo = formerChannels;
         return false;
     }
     StationPath = path;
     StationTitle = title;
-    // A station stores the channel that was clicked when it was left, and that was another's.
+    // The stored channel may be that of another station: see TreeClick.
     const std::int16_t last = std::max(StationInfo.Channels, std::int16_t{1});
     StationInfo.OutputChannel = std::clamp(StationInfo.OutputChannel, std::int16_t{1}, last);
     return true;
+}
+
+frmMain::LeftStation frmMain::LeaveStation() {
+    if (StationConnection->State() == 0) {
+        return {};
+    }
+    const LeftStation left{StationPath, StationTitle, StationInfo.OutputChannel};
+    CloseOpenStation();
+    return left;
+}
+
+void frmMain::ReturnTo(const LeftStation& left) {
+    if (!left.path.isEmpty() && SwitchToStation(left.path, left.title)) {
+        StationInfo.OutputChannel = left.channel;
+    }
+}
+
+bool frmMain::OpenChosenStation(const LeftStation& left) {
+    if (SwitchToStation(dlgCommonDialog.FileName, dlgCommonDialog.FileTitle)) {
+        return true;
+    }
+    // A second attempt would only repeat the message.
+    if (!IsSameFile(dlgCommonDialog.FileName, left.path)) {
+        ReturnTo(left);
+    }
+    return false;
 }
 
 QString frmMain::TryToSaveProject() {
@@ -168,10 +203,8 @@ QString frmMain::TryToSaveProject() {
         contents.stations.push_back({NodeKey(station), station->text(0)});
     }
     try {
-        if (keepsOldFile_) {
-            KeepOldProjectFile(ProjectPath);
-        }
-        WriteProjectFile(ProjectPath, contents);
+        WriteProjectFile(ProjectPath, contents,
+                         keepsOldFile_ ? OldProject::Keep : OldProject::Replace);
     } catch (const FileError& failure) {
         return QStringLiteral("%1 could not be saved: %2").arg(failure.Path(), failure.Reason());
     }
@@ -214,15 +247,25 @@ void frmMain::NewStation() {
     if (!AskForNewFile(kStationFilter) || !ChosenStationIsUsable()) {
         return;
     }
-    CloseOpenStation();
+    const LeftStation left = LeaveStation();
     try {
         CopyStationTemplate(dlgCommonDialog.FileName);
-    } catch (const FileError&) {
+    } catch (const FileError& failure) {
+        // The reason may be that of the template.
+        const QString of = failure.Path() == dlgCommonDialog.FileName
+                               ? QString()
+                               : failure.Path() + QStringLiteral(": ");
+        MsgBox(QStringLiteral("%1 could not be created: %2%3")
+                   .arg(dlgCommonDialog.FileName, of, failure.Reason()),
+               MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+        ReturnTo(left);
         return;
     }
     Attempt([&] {
-        if (SwitchToStation(dlgCommonDialog.FileName, dlgCommonDialog.FileTitle)) {
-            AddStaToTree();
+        if (OpenChosenStation(left) && !AddStaToTree()) {
+            QTreeWidgetItem* replaced = FindStation(*ui_->TreeView1, StationPath);
+            FillStationNode(replaced, StationPath, StationTitle);
+            SelectStation(replaced);
         }
     });
 }
@@ -233,8 +276,7 @@ void frmMain::AddExistingStation() {
     }
     const ConversionCommand conversion;
     Attempt([&] {
-        if (SwitchToStation(dlgCommonDialog.FileName, dlgCommonDialog.FileTitle) &&
-            !AddStaToTree()) {
+        if (OpenChosenStation(LeaveStation()) && !AddStaToTree()) {
             MsgBox(QStringLiteral("Station already in project."), MsgBoxButtons::Ok,
                    MsgBoxIcon::Information);
         }
@@ -245,25 +287,22 @@ bool frmMain::AddStaToTree() {
     if (FindStation(*ui_->TreeView1, StationPath) != nullptr) {
         return false;
     }
-    QTreeWidgetItem* station = AddStationNode(*ui_->TreeView1, StationPath, StationTitle);
-    station->setExpanded(true);
-    ui_->TreeView1->setCurrentItem(station);
-    TreeClick();
+    auto* station = new QTreeWidgetItem(ui_->TreeView1);
+    FillStationNode(station, StationPath, StationTitle);
+    SelectStation(station);
     return true;
 }
 
 void frmMain::RemoveStation() {
-    const QTreeWidgetItem* node = ui_->TreeView1->currentItem();
+    QTreeWidgetItem* node = ui_->TreeView1->currentItem();
     if (node == nullptr) {
         return;
     }
     CloseOpenStation();
-    QTreeWidgetItem* station = FindStation(*ui_->TreeView1, NodeKey(StationOf(node)));
-    // The tree then selects the station behind it, or the one before where it is the last.
+    QTreeWidgetItem* station = StationOf(node);
+    // The tree then selects the next station, or the one before if it is the last.
     ui_->TreeView1->setCurrentItem(station);
     delete station;
-    // The one that the tree selects now opens, also where it was open though another was selected.
-    StationPath.clear();
     TreeClick();
 }
 

@@ -1,10 +1,12 @@
 #include "platform/desktop/KeptFile.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
 #include <QFileInfo>
+#include <cerrno>
 
 #include "platform/desktop/ReplaceFile.h"
 
@@ -12,13 +14,13 @@ namespace rillbook {
 
 namespace {
 
-// A link to the file would lead to whatever comes in its place.
-bool IsSameFile(const QString& path, const QString& other) {
+// Compares with the name itself, since a link would lead to the file that replaces this one.
+bool IsNameOf(const QString& path, const QString& name) {
     struct stat file {};
-    struct stat otherFile {};
+    struct stat named {};
     return ::stat(QFile::encodeName(path).constData(), &file) == 0 &&
-           ::lstat(QFile::encodeName(other).constData(), &otherFile) == 0 &&
-           file.st_dev == otherFile.st_dev && file.st_ino == otherFile.st_ino;
+           ::lstat(QFile::encodeName(name).constData(), &named) == 0 &&
+           file.st_dev == named.st_dev && file.st_ino == named.st_ino;
 }
 
 bool HasSameBytes(const QString& path, const QString& other) {
@@ -58,8 +60,8 @@ QString CopyBytes(QFile& from, QFile& to) {
     return ::fsync(to.handle()) == 0 ? QString() : qt_error_string();
 }
 
-// Under the new name followed by "qvx" until it is complete, so that what a killed program leaves
-// isn't taken for the file.
+// Writes to the new name followed by "qvx" until the copy is complete, so that what a killed
+// program leaves isn't taken for the file. REQUIRES: the new name is reserved.
 QString CopyTo(const QString& path, const QString& copy) {
     const QString unfinished = copy + QStringLiteral("qvx");
     QFile::remove(unfinished);
@@ -68,7 +70,9 @@ QString CopyTo(const QString& path, const QString& copy) {
     if (!from.open(QIODevice::ReadOnly)) {
         return from.errorString();
     }
-    if (!to.open(QIODevice::NewOnly | QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+    // The file may be private.
+    if (!to.open(QIODevice::NewOnly | QIODevice::WriteOnly | QIODevice::Unbuffered,
+                 QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
         return to.errorString();
     }
     QString reason = CopyBytes(from, to);
@@ -86,22 +90,38 @@ QString CopyTo(const QString& path, const QString& copy) {
     return reason;
 }
 
+// Tries one name. Neither isNew nor a reason: another file has that name.
+KeptFile TryName(const QString& path, const QString& name) {
+    KeptFile kept{.path = name, .isNew = true, .reason = {}};
+    if (::linkat(AT_FDCWD, QFile::encodeName(path).constData(), AT_FDCWD,
+                 QFile::encodeName(name).constData(), AT_SYMLINK_FOLLOW) == 0) {
+        return kept;
+    }
+    if (errno != EEXIST) {
+        // An empty file reserves the name until the copy replaces it.
+        QFile reserved(name);
+        if (reserved.open(QIODevice::NewOnly | QIODevice::WriteOnly)) {
+            reserved.close();
+            kept.reason = CopyTo(path, name);
+            return kept;
+        }
+        if (!IsTaken(name)) {
+            kept.reason = reserved.errorString();
+        }
+    }
+    kept.isNew = false;
+    return kept;
+}
+
 }  // namespace
 
 KeptFile KeepUnderName(const QString& path, const std::function<QString(int)>& name) {
     KeptFile kept;
-    for (int number = 1;; ++number) {
-        kept.path = name(number);
-        kept.isNew = !IsTaken(kept.path);
-        if (kept.isNew || IsSameFile(path, kept.path) || HasSameBytes(path, kept.path)) {
-            break;
-        }
-    }
-    const QByteArray from = QFile::encodeName(path);
-    const QByteArray to = QFile::encodeName(kept.path);
-    if (kept.isNew && ::link(from.constData(), to.constData()) != 0) {
-        kept.reason = CopyTo(path, kept.path);
-    }
+    int number = 0;
+    do {
+        kept = TryName(path, name(++number));
+    } while (!kept.isNew && kept.reason.isEmpty() && !IsNameOf(path, kept.path) &&
+             !HasSameBytes(path, kept.path));
     if (kept.reason.isEmpty()) {
         kept.reason = SyncFile(kept.path);
         SyncFolderOf(kept.path);

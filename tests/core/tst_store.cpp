@@ -1,5 +1,11 @@
-#include <QFile>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <QFile>
+#include <thread>
+
+#include "platform/desktop/KeptFile.h"
 #include "store/FileError.h"
 #include "tests/support/CoreTest.h"
 #include "tests/support/Hardship.h"
@@ -203,47 +209,119 @@ private Q_SLOTS:
         contents.reportBeginDate = At("2002-01-01 13:05:09");
         contents.name = u"Rhône, \u2013 Река"_qs;
         WriteProjectFile(path_, contents);
-        QCOMPARE(ReadText(ReadProjectFile(path_, {})),
+        QCOMPARE(ReadText(ReadProjectFile(path_)),
                  u"C:\\Data\\creek.mdb|creek.mdb\n/a,b/Øvre Δέλτα/川.mdb|t\n"
                  "2002-01-01 13:05:09|921|Rhône, \u2013 Река|"_qs);
     }
 
-    // Whatever the byte at which a file ends, what stands before it is read and nothing is made up.
+    // Whatever the byte at which a file ends, what precedes it is read and nothing is made up.
     void readsWhatACutFileHolds() {
-        const ProjectContents defaults{.stations = {},
-                                       .reportBeginDate = At("1990-05-05"),
-                                       .reportPeriodCode = u"911"_qs,
-                                       .name = u"kept"_qs};
+        ReportBeginDate = At("1990-05-05");
+        ReportPeriodCode = u"911"_qs;
         const QString station = u"C:\\Data\\creek.mdb|creek.mdb\n"_qs;
-        const QString kept = u"1990-05-05 00:00:00|911|kept|"_qs;
-        const QString read = u"2002-01-01 00:00:00|921|kept|"_qs;
+        const QString kept = u"1990-05-05 00:00:00|911|basin|"_qs;
+        const QString read = u"2002-01-01 00:00:00|921|basin|"_qs;
+        const qsizetype afterCount = kCreek.indexOf("\n1") + 2;
         const qsizetype afterStation = kCreek.indexOf("creek.mdb\"\r") + 10;
         const qsizetype afterPeriod = kCreek.indexOf("921\"\r") + 4;
         for (qsizetype size = 0; size < kCreek.size() - 2; ++size) {
             WriteBytes(path_, kCreek.left(size));
             const QString expected = (size < afterStation ? QString() : station) +
-                                     (size < afterPeriod ? kept : read) + u"It could not be"_qs;
-            const QString text = ReadText(ReadProjectFile(path_, defaults));
-            QCOMPARE(text.left(expected.size()), expected);
+                                     (size < afterPeriod ? kept : read) +
+                                     (size < afterCount ? u"This is not a project file."_qs
+                                                        : u"Could not read past "_qs);
+            const ProjectReading reading = ReadProjectFile(path_);
+            QCOMPARE(ReadText(reading).left(expected.size()), expected);
+            QCOMPARE(reading.isProject, size >= afterCount);
         }
         WriteBytes(path_, kCreek.chopped(2));
-        QVERIFY(ReadText(ReadProjectFile(path_, defaults)).endsWith(u"|921|Upper basin|"_qs));
+        QVERIFY(ReadText(ReadProjectFile(path_)).endsWith(u"|921|Upper basin|"_qs));
     }
 
-    void leavesTheOldFileWhereTheNewOneCannotBeWritten() {
+    // A station, a logger file, pictures in two formats, another text, nothing; then no file at
+    // all.
+    void refusesWhatIsNoProject() {
+        const auto isRefused = [this] {
+            const ProjectReading reading = ReadProjectFile(path_);
+            return !reading.isProject && reading.contents.stations.empty() &&
+                   reading.fault == u"This is not a project file.";
+        };
+        CreateStationFile(path_);
+        for (const QByteArray& bytes : {ReadBytes(path_), QByteArray("1.5,2.5,3\n1.5,2.5,3\n"),
+                                        QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16),
+                                        QByteArray("P6\n640 480\n255\n\0\1", 17),
+                                        QByteArray("\"a\",\"b\"\n0\n\"c\"\n"), QByteArray()}) {
+            WriteBytes(path_, bytes);
+            QVERIFY2(isRefused(), bytes.left(16).toHex().constData());
+        }
+        QFile::remove(path_);
+        QCOMPARE(ReadProjectFile(path_).fault, u"No such file or directory"_qs);
+        // Reading from it would wait for a writer.
+        QCOMPARE(::mkfifo(QFile::encodeName(path_).constData(), 0600), 0);
+        QVERIFY(isRefused());
+        QFile::remove(path_);
+    }
+
+    // Several programs keep files at once, and all of them ask for the same names. A file in memory
+    // can't have a second name on a disk, so that it is copied.
+    void neverReplacesAKeptFile() {
+        for (int round = 0; round < 20; ++round) {
+            const bool copies = round % 2 == 0;
+            const QTemporaryDir folder;
+            const auto keep = [&](int i) {
+                const QByteArray bytes = QByteArray::number(i);
+                const int handle = ::memfd_create("kept", 0);
+                const QString path = copies ? u"/proc/self/fd/%1"_qs.arg(handle)
+                                            : folder.filePath(u"from%1"_qs.arg(i));
+                WriteBytes(path, bytes);
+                const KeptFile kept = KeepUnderName(
+                    path, [&](int number) { return folder.filePath(u"kept%1"_qs.arg(number)); });
+                ::close(handle);
+                return kept.reason.isEmpty() && kept.isNew && ReadBytes(kept.path) == bytes;
+            };
+            std::array<bool, 4> isKept{};
+            {
+                std::array<std::jthread, 4> programs;
+                for (int i = 0; i < 4; ++i) {
+                    programs[i] = std::jthread([&, i] { isKept[i] = keep(i); });
+                }
+            }
+            QByteArray all;
+            for (int number = 1; number <= 4; ++number) {
+                all += ReadBytes(folder.filePath(u"kept%1"_qs.arg(number)));
+            }
+            std::sort(all.begin(), all.end());
+            QCOMPARE(all, QByteArray("0123"));
+            QCOMPARE(isKept, (std::array{true, true, true, true}));
+            QVERIFY(!FolderText(folder.path()).contains(u"qvx"));
+        }
+    }
+
+    void leavesTheOldFileIfTheNewOneCannotBeWritten() {
         const QString inNoFolder = folder_.filePath(QStringLiteral("gone/basin.prj"));
         QVERIFY_EXCEPTION_THROWN(WriteProjectFile(inNoFolder, {}), FileError);
         WriteBytes(path_, kCreek);
+        const QString before = FolderText(folder_.path());
         {
             const FullDisk full(8);
-            QVERIFY_EXCEPTION_THROWN(WriteProjectFile(path_, {}), FileError);
-            QVERIFY_EXCEPTION_THROWN(KeepOldProjectFile(path_), FileError);
+            QVERIFY_EXCEPTION_THROWN(WriteProjectFile(path_, {}, OldProject::Keep), FileError);
         }
-        QCOMPARE(ReadBytes(path_), kCreek);
-        KeepOldProjectFile(path_);
-        WriteProjectFile(path_, {});
-        QCOMPARE(ReadBytes(path_ + u".bak"_qs), kCreek);
-        QVERIFY(ReadBytes(path_) != kCreek);
+        QCOMPARE(FolderText(folder_.path()), before);
+    }
+
+    void keepsEachOldFileOnce() {
+        QStringList olds;
+        for (const QByteArray& bytes : {kCreek, QByteArray("second"), kCreek, QByteArray()}) {
+            WriteBytes(path_, bytes);
+            WriteProjectFile(path_, {}, OldProject::Keep);
+            olds += QString::fromLatin1(bytes);
+        }
+        const auto kept = [this](const char* end) {
+            return QString::fromLatin1(ReadBytes(path_ + QLatin1String(end)));
+        };
+        QCOMPARE((QStringList{kept(".bak"), kept(".bak2"), kept(".bak3"), kept(".bak4")}),
+                 (QStringList{olds[0], olds[1], olds[3], QString()}));
+        QVERIFY(QFile::exists(path_ + u".bak3"_qs) && !QFile::exists(path_ + u".bak4"_qs));
     }
 
     void periodEndsOn() {

@@ -59,6 +59,11 @@ public:
         CreateStationFile(File(name), channels);
         Choose("mnuFileStationOpen", name);
     }
+    // Chooses a file that can't become a station.
+    void FailToAdd(const QString& name) {
+        doors.ExpectMessage(File(name) + u" not found!"_qs);
+        Choose("mnuFileStationOpen", name);
+    }
     void AddAccessFile(const QString& name) {
         WriteBytes(File(name),
                    ReadBytes(QStringLiteral(RILLBOOK_SOURCE_DIR "/tests/data/station_2000.mdb")));
@@ -296,16 +301,116 @@ private Q_SLOTS:
                     "400 9 => frmInstG of 2, then 1");
     }
 
-    // The station left behind is closed by then, and a click on it doesn't open it again.
-    void tellsOnceOfAStationThatIsGone() {
-        Program program({u"a.mdb"_qs, u"b.mdb"_qs, u"c.mdb"_qs});
+    // The station that was left is closed by then. Either opens as soon as it can.
+    void opensTheSelectedStationThatIsClosed() {
+        Program program({u"a.mdb"_qs, u"b.mdb"_qs}, 2);
+        const auto openLater = [&](const std::function<void()>& choose) {
+            QFile::rename(program.File(u"a.mdb"_qs), program.File(u"gone.mdb"_qs));
+            program.ClickNode(1, 0);
+            program.doors.ExpectMessage(program.File(u"a.mdb"_qs) + u" not found!"_qs);
+            QStringList story{program.ClickNode(0, 2)};
+            story += program.Usable({u"Frame1"_qs});
+            QFile::rename(program.File(u"gone.mdb"_qs), program.File(u"a.mdb"_qs));
+            choose();
+            return story.join(u',') + u", then "_qs + program.Story();
+        };
+        const QString opened =
+            u"2 [2: Channel 2 - Stage (ft)] none open, "
+            "then 2 [2: Channel 2 - Stage (ft)] open: a.mdb, channel 2"_qs;
+        QCOMPARE(openLater([&] { program.ClickNode(0, 2); }), opened);
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
+            QCOMPARE(openLater([&] { QTest::keyClick(&program.Tree(), key); }), opened);
+        }
+        QVERIFY(openLater([&] { program.ClickNode(1, 0); }).endsWith(u"open: b.mdb, channel 1"));
+    }
+
+    // Nothing of the station that was open, its channel or its name, changes by a failed command.
+    void returnsToTheOpenStation() {
+        Program program({u"a.mdb"_qs, u"b.mdb"_qs}, 2);
+        program.ClickNode(0, 2);
+        const QString story = program.Story();
+        TypeText(*program.window, u"tbName"_qs, u"Upper weir"_qs);
+        WriteBytes(program.File(u"notes.mdb"_qs), "notes");
+        program.FailToAdd(u"notes.mdb"_qs);
+        QCOMPARE(program.Story(), story);
+        const auto failToCreate = [&](const QString& name, const QString& reason) {
+            program.doors.ExpectMessage(program.File(name) + u" could not be created: "_qs +
+                                        reason);
+            program.Choose("mnuFileStationNew", name);
+            return program.Story();
+        };
+        QCOMPARE(failToCreate(u"none/c.mdb"_qs, u"No such file or directory"_qs), story);
+        {
+            const FullDisk full(4096);
+            QCOMPARE(failToCreate(u"c.mdb"_qs, u"The disk is full"_qs), story);
+        }
+        // Without the template, over the open station, whose file stays.
+        Application::SetPath(program.File(u"bin"_qs));
+        QCOMPARE(failToCreate(u"a.mdb"_qs,
+                              program.File(u"bin/template.mdb: No such file or directory"_qs)),
+                 story);
+        QCOMPARE(program.window->Text(StationPanel::Item::Name), u"Upper weir"_qs);
+        QCOMPARE(program.Usable({u"Frame1"_qs, u"mnuFileImport"_qs}).size(), 2);
+        // A station that is lost while it is added again is reported once.
         QFile::remove(program.File(u"a.mdb"_qs));
-        program.doors.ExpectMessage(program.File(u"a.mdb"_qs) + u" not found!"_qs);
-        program.ClickNode(0, 1);
-        QVERIFY(program.Usable({u"Frame1"_qs}).isEmpty());
-        program.DoubleClickNode(2, 0);
-        QCOMPARE(program.Story(), u"3 [c.mdb] none open"_qs);
-        QCOMPARE(program.ClickNode(1, 0), u"3 [b.mdb] open: b.mdb, channel 1"_qs);
+        program.FailToAdd(u"a.mdb"_qs);
+        QVERIFY(program.Story().endsWith(u"none open"_qs));
+    }
+
+    void showsTheChannelsOfTheOpenStation() {
+        Program program({u"a.mdb"_qs, u"b.mdb"_qs, u"c.mdb"_qs}, 3);
+        const auto channels = [&] {
+            QStringList counts;
+            for (int i = 0; i < program.Tree().topLevelItemCount(); ++i) {
+                counts += QString::number(program.Tree().topLevelItem(i)->childCount());
+            }
+            return counts.join(u' ');
+        };
+        // New stations over one that is closed and over the open one.
+        program.Choose("mnuFileStationNew", u"b.mdb"_qs);
+        QCOMPARE(program.Story(), u"3 [b.mdb] open: b.mdb, channel 1"_qs);
+        QCOMPARE(channels(), u"3 1 3"_qs);
+        program.ClickNode(0, 3);
+        program.Choose("mnuFileStationNew", u"a.mdb"_qs);
+        QCOMPARE(program.Story(), u"3 [a.mdb] open: a.mdb, channel 1"_qs);
+        QCOMPARE(channels(), u"1 1 3"_qs);
+        // Backups with fewer and more channels.
+        CreateStationFile(program.File(u"c.mdb"_qs), 2);
+        QCOMPARE(program.ClickNode(2, 3),
+                 u"3 [2: Channel 2 - Stage (ft)] open: c.mdb, channel 2"_qs);
+        CreateStationFile(program.File(u"b.mdb"_qs), 4);
+        program.ClickNode(1, 0);
+        QCOMPARE(channels(), u"1 4 2"_qs);
+    }
+
+    // By another name, a link or another case, a station is the same one.
+    void knowsAStationByItsFile() {
+        Program program({u"a.mdb"_qs, u"b.mdb"_qs});
+        QVERIFY(QFile::link(u"a.mdb"_qs, program.File(u"link.mdb"_qs)));
+        program.doors.ExpectMessage(u"Station already in project."_qs);
+        program.Choose("mnuFileStationOpen", u"link.mdb"_qs);
+        QCOMPARE(program.ClickNode(0, 0), u"2 [a.mdb] open: link.mdb, channel 1"_qs);
+    }
+
+    void closesTheStationOfTheProjectThatIsLeft() {
+        Program program({u"a.mdb"_qs});
+        program.doors.ExpectMessage(u"Save Current Project?"_qs, MsgBoxAnswer::No);
+        program.OpenProject("\"Rillbook\",\"100\"\n0\n#2002-01-01#,\"921\"\n\"\"\n");
+        QCOMPARE(program.Story(), u"0 [] none open"_qs);
+        QVERIFY(program.Usable({u"Frame1"_qs, u"mnuFileImport"_qs, u"mnuOutAnnual"_qs}).isEmpty());
+    }
+
+    void refusesAStationAsAProject() {
+        Program program({u"a.mdb"_qs});
+        const QByteArray station = ReadBytes(program.File(u"a.mdb"_qs));
+        program.doors.ExpectMessage(u"Save Current Project?"_qs, MsgBoxAnswer::No);
+        program.doors.ExpectMessage(program.File(u"a.mdb"_qs) +
+                                    u"\nThis is not a project file."_qs);
+        program.Choose("Open", u"a.mdb"_qs);
+        QCOMPARE(program.Story(), u"1 [a.mdb] open: a.mdb, channel 1"_qs);
+        program.window->close();
+        QVERIFY(program.ProjectText().contains(u"~/a.mdb"_qs));
+        QCOMPARE(ReadBytes(program.File(u"a.mdb"_qs)).left(16), station.left(16));
     }
 
     void asksBeforeItLeavesAProject() {
@@ -352,14 +457,6 @@ private Q_SLOTS:
             program.File(u"c\".mdb"_qs));
         program.Choose("mnuFileStationNew", u"c\".mdb"_qs);
         QCOMPARE(program.Story(), story);
-        // Without the template.
-        Application::SetPath(program.File(u"nowhere"_qs));
-        program.Choose("mnuFileStationNew", u"c.mdb"_qs);
-        QCOMPARE(program.Story(), u"2 [b.mdb] none open"_qs);
-        // The pop-ups' items are there all the same, and do nothing.
-        Trigger(*program.window, u"mnuFileImport2"_qs);
-        Trigger(*program.window, u"mnuEditRecords2"_qs);
-        Trigger(*program.window, u"mnuOutAnnual2"_qs);
     }
 
     void keepsAnUnreadableProjectBesideTheNewOne() {
@@ -367,7 +464,7 @@ private Q_SLOTS:
         CreateStationFile(program.File(u"a.mdb"_qs));
         const char* cut = "\"Rillbook\",\"100\"\n2\n\"~/a.mdb\",\"a.mdb\"\n";
         program.doors.ExpectMessage(program.File(u"p.prj"_qs) +
-                                    u"\nIt could not be read from station 2 of 2 on."_qs);
+                                    u"\nCould not read past station 2 of 2."_qs);
         program.OpenProject(cut);
         QCOMPARE(program.Story(), u"1 [a.mdb] open: a.mdb, channel 1"_qs);
         Trigger(*program.window, u"Save"_qs);
