@@ -45,9 +45,9 @@ public:
     int Flags = 0;
     int Orientation = 1;  // of the printer dialog: 1 portrait, 2 landscape
 
-    // Set FileName and FileTitle, or raise DialogCancelledError and leave them. Where no extension
-    // was typed, a save takes that of the filter's first pattern, and so does an opening where the
-    // filter's first entry has no other pattern.
+    // Set FileName and FileTitle, or raise DialogCancelledError and leave them. A name typed
+    // without an extension gets that of the filter's first pattern. For opening, it does so only if
+    // there is no file of that name and the filter's first entry has no other pattern.
     void ShowOpen();
     void ShowSave();
     // The printer dialog, set to Orientation, which the user may change. Raises

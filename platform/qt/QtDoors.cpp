@@ -2,11 +2,15 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <memory>
 
 #include "platform/desktop/Desktop.h"
 #include "platform/desktop/ReplaceFile.h"
@@ -98,6 +102,67 @@ Filters ReadFilter(const QString& filter) {
     return filters;
 }
 
+// A dialog for a file that exists. Completes a typed name only if there is no file of that name.
+class OpenDialog : public QFileDialog {
+public:
+    OpenDialog(QWidget* parent, const QString& title, const QString& folder, const QString& suffix)
+        : QFileDialog(parent, title, folder), suffix_(suffix) {
+        setOption(QFileDialog::DontUseNativeDialog);
+        setFileMode(QFileDialog::ExistingFile);
+        const auto* edit = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        auto* buttons = findChild<QDialogButtonBox*>();
+        connect(edit, &QLineEdit::textChanged, this, [this, buttons] {
+            // Outside of this, no extension is set: the dialog would select a completed name in its
+            // list although a file of the shorter name was clicked.
+            if (IsFileFound()) {
+                buttons->button(QDialogButtonBox::Open)->setEnabled(true);
+            }
+            setDefaultSuffix({});
+        });
+    }
+
+protected:
+    void accept() override {
+        IsFileFound();
+        QFileDialog::accept();
+        if (isVisible()) {
+            setDefaultSuffix({});
+        }
+    }
+
+private:
+    // Looks for the name as it is typed, then for the completed one.
+    bool IsFileFound() {
+        for (const QString& suffix : {QString(), suffix_}) {
+            setDefaultSuffix(suffix);
+            const QStringList files = selectedFiles();
+            if (files.size() == 1 && QFileInfo::exists(files.front())) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    const QString suffix_;
+};
+
+// The dialog completes the name before it asks about a file of that name.
+std::unique_ptr<QFileDialog> MakeDialog(const FileRequest& request, const Filters& filters) {
+    QWidget* owner = WindowOnTop();
+    const bool isFolder = !request.folder.isEmpty() && QFileInfo(request.folder).isDir();
+    const QString folder = isFolder ? request.folder : QDir::homePath();
+    if (!request.save) {
+        return std::make_unique<OpenDialog>(owner, request.title, folder,
+                                            filters.hasOnlySuffix ? filters.suffix : QString());
+    }
+    auto dialog = std::make_unique<QFileDialog>(owner, request.title, folder);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setDefaultSuffix(filters.suffix);
+    dialog->setOption(QFileDialog::DontConfirmOverwrite, !request.confirmOverwrite);
+    return dialog;
+}
+
 }  // namespace
 
 QWidget* WindowOnTop() {
@@ -139,33 +204,20 @@ MsgBoxAnswer QtDoors::Show(const QString& text, MsgBoxButtons buttons, MsgBoxIco
 
 std::optional<QString> QtDoors::Ask(const FileRequest& request) {
     const NormalPointer pointer;
-    const bool found = !request.folder.isEmpty() && QFileInfo(request.folder).isDir();
-    QFileDialog dialog(WindowOnTop(), request.title, found ? request.folder : QDir::homePath());
-    dialog.setOption(QFileDialog::DontUseNativeDialog);
-    dialog.setOption(QFileDialog::HideNameFilterDetails);
     const Filters filters = ReadFilter(request.filter);
+    const std::unique_ptr<QFileDialog> dialog = MakeDialog(request, filters);
+    dialog->setOption(QFileDialog::DontUseNativeDialog);
+    dialog->setOption(QFileDialog::HideNameFilterDetails);
     if (!filters.names.isEmpty()) {
-        dialog.setNameFilters(filters.names);
-    }
-    if (request.save) {
-        dialog.setAcceptMode(QFileDialog::AcceptSave);
-        dialog.setFileMode(QFileDialog::AnyFile);
-        // The dialog completes the name with it before it asks about a file that is there.
-        dialog.setDefaultSuffix(filters.suffix);
-        dialog.setOption(QFileDialog::DontConfirmOverwrite, !request.confirmOverwrite);
-    } else {
-        dialog.setFileMode(QFileDialog::ExistingFile);
-        if (filters.hasOnlySuffix) {
-            dialog.setDefaultSuffix(filters.suffix);
-        }
+        dialog->setNameFilters(filters.names);
     }
     if (!request.fileName.isEmpty()) {
-        dialog.selectFile(request.fileName);
+        dialog->selectFile(request.fileName);
     }
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+    if (dialog->exec() != QDialog::Accepted || dialog->selectedFiles().isEmpty()) {
         return std::nullopt;
     }
-    return QFileInfo(dialog.selectedFiles().first()).absoluteFilePath();
+    return QFileInfo(dialog->selectedFiles().first()).absoluteFilePath();
 }
 
 QMap<QString, QString> QtDoors::Get(const QString& application, const QString& section) {

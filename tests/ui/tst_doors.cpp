@@ -108,6 +108,19 @@ private Q_SLOTS:
         QCOMPARE(dialog_.FileName, folder_->filePath(u"weir.prj"_qs));
     }
 
+    // A file of the typed name comes first, and then that with the extension.
+    void openingCompletesOnlyAMissingName() {
+        for (const auto& [typed, name] :
+             {std::pair(u"gauge7"_qs, u"gauge7"_qs), {u"weir"_qs, u"weir.prj"_qs}}) {
+            WriteBytes(folder_->filePath(name), "a");
+            WriteBytes(folder_->filePath(u"gauge7.prj"_qs), "b");
+            const NextWindow steps([text = typed](QWidget& dialog) { TakeName(dialog, text); });
+            CommonDialog dialog = dialog_;
+            dialog.ShowOpen();
+            QCOMPARE(dialog.FileName, folder_->filePath(name));
+        }
+    }
+
     void cancellingLeavesTheName() {
         const NextWindow steps([](QWidget& form) {
             QCOMPARE(dynamic_cast<QFileDialog&>(form).nameFilters().join(u'|'),
