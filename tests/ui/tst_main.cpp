@@ -309,10 +309,12 @@ private Q_SLOTS:
             program.ClickNode(1, 0);
             program.doors.ExpectMessage(program.File(u"a.mdb"_qs) + u" not found!"_qs);
             QStringList story{program.ClickNode(0, 2)};
-            story += program.Usable({u"Frame1"_qs});
+            QTest::mouseClick(program.Tree().viewport(), Qt::RightButton);
+            QApplication::activePopupWidget()->close();
+            story += program.Usable({u"Frame1"_qs, u"mnuRat2"_qs});
             QFile::rename(program.File(u"gone.mdb"_qs), program.File(u"a.mdb"_qs));
             choose();
-            return story.join(u',') + u", then "_qs + program.Story();
+            return story.join(QString()) + u", then "_qs + program.Story();
         };
         const QString opened =
             u"2 [2: Channel 2 - Stage (ft)] none open, "
