@@ -150,13 +150,7 @@ bool frmMain::OpenProject() {
 bool frmMain::SwitchToStation(const QString& path, const QString& title) {
     CloseOpenStation();
     const ConversionCommand conversion;
-    const StationInfoData formerStation = StationInfo;
-    const ChannelTable formerChannels = ChannelInfo;
     if (!OpenDB(path)) {
-        // The next station would keep, and store, what was read of this one if it has no value of
-        // its own.
-        StationInfo = formerStation;
-        ChannelInfo = formerChannels;
         return false;
     }
     StationPath = path;

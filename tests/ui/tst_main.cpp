@@ -59,7 +59,7 @@ public:
         CreateStationFile(File(name), channels);
         Choose("mnuFileStationOpen", name);
     }
-    // Chooses a file that can't become a station.
+    // Chooses a station that is missing.
     void FailToAdd(const QString& name) {
         doors.ExpectMessage(File(name) + u" not found!"_qs);
         Choose("mnuFileStationOpen", name);
@@ -329,11 +329,16 @@ private Q_SLOTS:
     // Nothing of the station that was open, its channel or its name, changes by a failed command.
     void returnsToTheOpenStation() {
         Program program({u"a.mdb"_qs, u"b.mdb"_qs}, 2);
-        program.ClickNode(0, 2);
-        const QString story = program.Story();
+        const QString story = program.ClickNode(0, 2);
+        // The station can't store its channel.
+        StationConnection->Execute(
+            u"CREATE TRIGGER kept BEFORE UPDATE ON Information "
+            "BEGIN SELECT RAISE(ABORT, 'kept'); END"_qs);
+        program.FailToAdd(u"none.mdb"_qs);
+        QCOMPARE(program.Story(), story);
+        StationConnection->Execute(u"DROP TRIGGER kept"_qs);
         TypeText(*program.window, u"tbName"_qs, u"Upper weir"_qs);
-        WriteBytes(program.File(u"notes.mdb"_qs), "notes");
-        program.FailToAdd(u"notes.mdb"_qs);
+        program.FailToAdd(u"none.mdb"_qs);
         QCOMPARE(program.Story(), story);
         const auto failToCreate = [&](const QString& name, const QString& reason) {
             program.doors.ExpectMessage(program.File(name) + u" could not be created: "_qs +
