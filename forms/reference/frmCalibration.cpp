@@ -34,13 +34,8 @@ enum Column : int {
 constexpr QStringView kTick = u" x";
 constexpr int kSpareRows = 50;
 
-// A number with digit groups counts as the offsets take it; of any other text, what it begins with.
 std::optional<double> NumberIfTyped(const QString& text) {
-    if (text.isEmpty()) {
-        return std::nullopt;
-    }
-    const std::optional<double> whole = ReadNumber(text);
-    return whole ? *whole : ReadTypedNumber(text);
+    return text.isEmpty() ? std::nullopt : std::optional(ReadTypedNumber(text));
 }
 
 }  // namespace

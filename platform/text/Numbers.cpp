@@ -34,10 +34,30 @@ const char* SkipDigits(const char* begin, const char* end) {
 }
 
 struct ScannedNumber {
-    std::optional<double> value;  // nothing too if it's beyond the range
-    const char* end = nullptr;    // behind the number
+    std::optional<double> value;  // also nothing for a value beyond the largest double
+    const char* end = nullptr;    // after the number
     std::ptrdiff_t digits = 0;    // of the mantissa, without leading zeros
 };
+
+// True for a number closer to zero than any double, false for one beyond the largest. from_chars
+// reports both alike. REQUIRES: a decimal number that is one of the two.
+bool IsBelowRange(const char* begin, const char* end) {
+    const char* const exponent = std::find_if(
+        begin, end, [](char character) { return character == 'e' || character == 'E'; });
+    const char* const point = std::find(begin, exponent, '.');
+    const char* const first = std::find_if(
+        begin, exponent, [](char character) { return character >= '1' && character <= '9'; });
+    std::ptrdiff_t power = point - first;  // of ten; negative for a number below one
+    if (exponent != end) {
+        const char* const digits = exponent[1] == '+' ? exponent + 2 : exponent + 1;
+        std::ptrdiff_t written = 0;
+        if (std::from_chars(digits, end, written).ec != std::errc()) {
+            return *digits == '-';
+        }
+        power += written;
+    }
+    return power < 0;
+}
 
 // The decimal number at `begin`, as far as it goes. from_chars alone would also take "inf" and
 // "nan", and no plus sign.
@@ -70,11 +90,14 @@ ScannedNumber ScanNumber(const char* begin, const char* end) {
         at = exponentEnd == exponent ? at : exponentEnd;
     }
     double value = 0;
-    const auto read = std::from_chars(*begin == '+' ? begin + 1 : begin, at, value);
-    if (read.ec != std::errc()) {
-        return {std::nullopt, at, digits};
+    const char* const first = *begin == '+' ? begin + 1 : begin;
+    if (std::from_chars(first, at, value).ec == std::errc()) {
+        return {value, at, digits};
     }
-    return {value, at, digits};
+    if (IsBelowRange(first, at)) {
+        return {0.0, at, digits};
+    }
+    return {std::nullopt, at, digits};
 }
 
 // A text that is a number from its first to its last byte.
@@ -85,10 +108,6 @@ std::optional<double> WholeNumber(const char* begin, const char* end) {
 
 double LeadingNumber(const NumberBytes& bytes) {
     return ReadLeadingNumber(bytes.constData(), bytes.constData() + bytes.size());
-}
-
-bool IsWideBlank(QChar character) {
-    return character.isSpace();
 }
 
 bool StartsWith(QStringView text, const QString& sign) {
@@ -110,44 +129,63 @@ void TakeSign(QStringView& text, NumberBytes& bytes) {
     }
 }
 
-// The length of the group sign at the start of the text, 0 if there is none. A blank of any width
-// stands for any other: nobody types the narrow one that some locales group with.
-qsizetype GroupSignLength(QStringView text) {
-    const Regional& regional = RegionalSettings();
-    if (regional.groupSign == regional.decimalSign) {
-        return 0;
-    }
-    if (StartsWith(text, regional.groupSign)) {
-        return regional.groupSign.size();
-    }
-    const bool blankSign = regional.groupSign.size() == 1 && IsWideBlank(regional.groupSign[0]);
-    return blankSign && !text.isEmpty() && IsWideBlank(text[0]) ? 1 : 0;
+// How many digits the text starts with.
+qsizetype DigitCount(QStringView text) {
+    const auto end = std::find_if(text.begin(), text.end(), [](QChar character) {
+        return character < u'0' || character > u'9';
+    });
+    return end - text.begin();
 }
 
-// Takes the digits before the decimal sign. Groups, where there are any, are of three digits; only
-// the first may be shorter. False if they aren't.
-bool TakeGroupedDigits(QStringView& text, NumberBytes& bytes) {
-    bool grouped = false;
-    int digits = 0;  // since the last group sign
-    while (!text.isEmpty()) {
-        if (text[0] >= u'0' && text[0] <= u'9') {
-            bytes.append(static_cast<char>(text[0].unicode()));
-            ++digits;
-            text = text.mid(1);
-            continue;
-        }
-        const qsizetype sign = GroupSignLength(text);
-        if (sign == 0) {
-            break;
-        }
-        if (digits == 0 || digits > 3 || (grouped && digits != 3)) {
-            return false;
-        }
-        grouped = true;
-        digits = 0;
-        text = text.mid(sign);
+void AppendDigits(QStringView digits, NumberBytes& bytes) {
+    for (const QChar digit : digits) {
+        bytes.append(static_cast<char>(digit.unicode()));
     }
-    return !grouped || digits == 3;
+}
+
+// True for two signs that a keyboard does not keep apart: blanks of any width, and the two
+// apostrophes. Nobody types the narrow blank or the curved apostrophe of some locales.
+bool IsTypedAs(QChar sign, QChar typed) {
+    const auto isApostrophe = [](QChar character) {
+        return character == u'\'' || character == QChar(0x2019);
+    };
+    return (sign.isSpace() && typed.isSpace()) || (isApostrophe(sign) && isApostrophe(typed));
+}
+
+// The length of the group sign at the start of the text; 0 if there is none, or no digit after it.
+qsizetype GroupSignLength(QStringView text) {
+    const Regional& regional = RegionalSettings();
+    if (regional.groupSign.isEmpty() || regional.groupSign == regional.decimalSign) {
+        return 0;
+    }
+    const bool isSign = StartsWith(text, regional.groupSign) ||
+                        (regional.groupSign.size() == 1 && !text.isEmpty() &&
+                         IsTypedAs(regional.groupSign[0], text[0]));
+    const qsizetype length = isSign ? regional.groupSign.size() : 0;
+    return DigitCount(text.mid(length)) > 0 ? length : 0;
+}
+
+// Takes the digits before the decimal sign. Groups are of three digits; only the first may be
+// shorter. If they are not, takes the digits before the first group sign and returns false.
+bool TakeGroupedDigits(QStringView& text, NumberBytes& bytes) {
+    const qsizetype first = DigitCount(text);
+    NumberBytes digits;
+    AppendDigits(text.first(first), digits);
+    QStringView rest = text.mid(first);
+    bool isProper = true;
+    while (const qsizetype sign = GroupSignLength(rest)) {
+        const QStringView group = rest.mid(sign, DigitCount(rest.mid(sign)));
+        isProper = isProper && first >= 1 && first <= 3 && group.size() == 3;
+        AppendDigits(group, digits);
+        rest = rest.mid(sign + group.size());
+    }
+    if (!isProper) {
+        digits.resize(first);
+        rest = text.mid(first);
+    }
+    bytes.append(digits.constData(), digits.size());
+    text = rest;
+    return isProper;
 }
 
 // A value as the 15 digits that count: 0.d1 d2 d3 ... times ten to `point`.
@@ -235,6 +273,7 @@ double ReadTypedNumber(QStringView text) {
     NumberBytes bytes;
     text = text.trimmed();
     TakeSign(text, bytes);
+    TakeGroupedDigits(text, bytes);
     while (!text.isEmpty()) {
         if (StartsWith(text, decimalSign)) {
             bytes.append('.');

@@ -8,21 +8,26 @@
 namespace rillbook {
 
 // The number at the start of a text: skips blanks, takes sign, digits, point and exponent as far as
-// they go and ignores what follows; 0 where there is none. The point is the decimal sign, whatever
-// the locale. A value beyond the range of a double counts as no number.
+// they go and ignores what follows; 0 if there is none. The point is the decimal sign, whatever the
+// locale. In every function here, a value closer to zero than any double is 0, and one beyond the
+// largest double is not a number.
 double ReadLeadingNumber(QStringView text);
 double ReadLeadingNumber(const char* begin, const char* end);
 
-// The same for a text box, where the user's decimal sign counts as well as the point.
+// The number that a user typed into a text box or a cell: every window reads its numbers here. As
+// above, but the user's decimal sign counts as well as the point, and the digits before it may have
+// the user's digit groups: "1,500.5 ft" is 1500.5. Groups that are not of three digits, with only
+// the first shorter, end the number at the first group sign: "1,50" and "12,345,6" are 1 and 12.
 double ReadTypedNumber(QStringView text);
 
-// The number of a logger file's channel field: with the blanks at both ends left aside it must be a
-// decimal number and nothing else (sign, digits with an optional point, exponent), finite, point as
-// decimal sign. More than 15 significant digits are rounded to 15. Nothing for anything else.
+// The number of a logger file's channel field: without the blanks at both ends, it must be a
+// decimal number and nothing else (sign, digits with an optional point, exponent), with the point
+// as decimal sign. More than 15 significant digits are rounded to 15. Nothing for anything else.
 std::optional<double> ReadChannelField(const char* begin, const char* end);
 
 // A text that is a number as a whole in the user's regional settings: blanks at both ends, digit
-// groups of three (any blank for another, where the group sign is one) and an exponent included.
+// groups of three and an exponent included. A group sign that is a blank may be typed as any other
+// blank, and an apostrophe as the plain one.
 std::optional<double> ReadNumber(QStringView text);
 bool IsNumber(QStringView text);
 

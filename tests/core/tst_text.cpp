@@ -141,6 +141,7 @@ private Q_SLOTS:
             "1,234 => 1, nothing; 1.2.3 => 1.2, nothing; 0x1F => 0, nothing; 4 in => 4, nothing; "
             "0.123456789012345 => 0.123456789012345, 0.123456789012345; "
             "12345678901234567 => 12345678901234568, 12345678901234600; "
+            "1e-400 => 0, 0; -0.00001E-99999999999999999999 => 0, 0; "
             "000.00012345678901234567 => 0.00012345678901234567, 0.000123456789012346");
         CompareAll(
             LoggerNumbers, u"0, nothing"_qs,
@@ -149,15 +150,20 @@ private Q_SLOTS:
 
     void typedNumbers() {
         CompareEach(TypedNumbers,
-                    "en_US  1,234,567.5  => 1, 1234567.5; en_US 1.5E-05 => 1.5e-05, 1.5e-05; "
-                    "en_US 12,34 => 12, nothing; en_US 1234,567 => 1234, nothing; en_US ,123 => 0, "
-                    "nothing; "
-                    "en_US 1.234,567 => 1.234, nothing; en_US 2 ft => 2, nothing; "
-                    "en_US  => 0, nothing; de_DE 1.234.567,5 => 1.234, 1234567.5; "
+                    "en_US  1,234,567.5  => 1234567.5, 1234567.5; en_US 1.5E-05 => 1.5e-05, "
+                    "1.5e-05; en_US -1,500 cfs => -1500, nothing; en_US 1,500, ice => 1500, "
+                    "nothing; en_US 12,34 => 12, nothing; en_US 1,50,0 => 1, nothing; "
+                    "en_US 12,345,6 => 12, nothing; en_US 1234,567 => 1234, nothing; "
+                    "en_US ,123 => 0, nothing; en_US 1.234,567 => 1.234, nothing; "
+                    "en_US 2 ft => 2, nothing; en_US  => 0, nothing; "
+                    "en_US 1e-400 => 0, 0; en_US 1e400 => 0, nothing; "
+                    "de_DE 1.234.567,5 => 1234567.5, 1234567.5; de_DE 1.500 m => 1500, nothing; "
                     "de_DE -1,5 => -1.5, -1.5; de_DE 1.5 => 1.5, nothing; "
-                    "fr_FR 1 234,5 => 1, 1234.5; fr_FR 1\u202F234,5 => 1, 1234.5; "
+                    "de_DE .5 => 0.5, nothing; fr_FR 12 50 => 12, nothing; "
+                    "fr_FR 1 234,5 => 1234.5, 1234.5; fr_FR 1\u202F234,5 => 1234.5, 1234.5; "
+                    "de_CH 1'234.5 => 1234.5, 1234.5; "
                     "sv_SE \u22121,5 => -1.5, -1.5; sv_SE -1,5 => -1.5, -1.5; "
-                    "ar_EG 1\u066C234\u066B5 => 1, 1234.5");
+                    "ar_EG 1\u066C234\u066B5 => 1234.5, 1234.5");
     }
 
     void writtenNumbers() {
