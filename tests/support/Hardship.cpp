@@ -1,22 +1,45 @@
 #include "tests/support/Hardship.h"
 
+#include <linux/securebits.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
 
 namespace rillbook {
 
-OrdinaryUser::OrdinaryUser() : isRoot_(::geteuid() == 0) {
-    if (isRoot_ && ::setresuid(65534, 65534, 0) != 0) {
-        qFatal("Can't become an ordinary user");
+namespace {
+
+void SetCapabilities(const OrdinaryUser::Capabilities& capabilities) {
+    __user_cap_header_struct header{.version = _LINUX_CAPABILITY_VERSION_3, .pid = 0};
+    if (::syscall(SYS_capset, &header, capabilities.data()) != 0) {
+        qFatal("The rights of this process cannot be changed");
     }
 }
 
-OrdinaryUser::~OrdinaryUser() {
-    if (isRoot_ && ::setresuid(0, 0, 0) != 0) {
-        qFatal("Can't be root again");
+}  // namespace
+
+OrdinaryUser::OrdinaryUser() : formerBits_(::prctl(PR_GET_SECUREBITS)) {
+    __user_cap_header_struct header{.version = _LINUX_CAPABILITY_VERSION_3, .pid = 0};
+    if (::syscall(SYS_capget, &header, former_.data()) != 0) {
+        qFatal("The rights of this process cannot be read");
     }
+    // access(2) would still answer for the whole power of root.
+    if (::geteuid() == 0 && ::prctl(PR_SET_SECUREBITS, formerBits_ | SECBIT_NO_SETUID_FIXUP) != 0) {
+        qFatal("The rights of this process cannot be changed");
+    }
+    Capabilities ordinary = former_;
+    for (const int right : {CAP_DAC_OVERRIDE, CAP_FOWNER}) {
+        ordinary[CAP_TO_INDEX(right)].effective &= ~CAP_TO_MASK(right);
+    }
+    SetCapabilities(ordinary);
+}
+
+OrdinaryUser::~OrdinaryUser() {
+    SetCapabilities(former_);
+    ::prctl(PR_SET_SECUREBITS, formerBits_);  // an ordinary user cannot, and changed nothing
 }
 
 FullDisk::FullDisk(qint64 bytes) {

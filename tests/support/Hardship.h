@@ -1,20 +1,27 @@
 #pragma once
 
+#include <linux/capability.h>
 #include <sys/resource.h>
 #include <sys/types.h>
 
 #include <QProcess>
+#include <array>
 
 namespace rillbook {
 
-// An ordinary user for its lifetime, whom read-only files bind even where the tests run as root.
+// For its lifetime, this thread cannot write to read-only files and folders, even if the tests run
+// as root. The user stays the same, so that the checkout can be in a folder that only its owner can
+// enter.
 class OrdinaryUser {
 public:
+    using Capabilities = std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3>;
+
     OrdinaryUser();
     ~OrdinaryUser();
 
 private:
-    const bool isRoot_;
+    Capabilities former_{};
+    const int formerBits_;
 };
 
 // For its lifetime, no file of this process grows beyond `bytes`: writing fails as on a full disk.
