@@ -5,9 +5,9 @@
 namespace rillbook {
 
 MsgBoxAnswer MsgBox(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
-                    const QString& title) {
+                    const QString& title, std::optional<MsgBoxAnswer> byEnter) {
     return MessagesDoor().Show(text, buttons, icon,
-                               title.isEmpty() ? TheDesktop().programTitle : title);
+                               title.isEmpty() ? TheDesktop().programTitle : title, byEnter);
 }
 
 void TellFault(const QString& what, const QString& why) {

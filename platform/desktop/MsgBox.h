@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 
 namespace rillbook {
 
@@ -12,13 +13,15 @@ class MsgBoxDoor {
 public:
     virtual ~MsgBoxDoor() = default;
     virtual MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
-                              const QString& title) = 0;
+                              const QString& title, std::optional<MsgBoxAnswer> byEnter) = 0;
 };
 
-// Shows a modal box under the program's title, or another one, and waits. Closing the box otherwise
-// than by a button gives its cancelling answer (No for Yes and No).
+// Shows a modal box over the window in use, under the program's title or another one, and waits.
+// Closing the box otherwise than by a button gives its cancelling answer (No for Yes and No).
+// `byEnter` is the answer of the default button; without one it is the first button.
 MsgBoxAnswer MsgBox(const QString& text, MsgBoxButtons buttons = MsgBoxButtons::Ok,
-                    MsgBoxIcon icon = MsgBoxIcon::None, const QString& title = {});
+                    MsgBoxIcon icon = MsgBoxIcon::None, const QString& title = {},
+                    std::optional<MsgBoxAnswer> byEnter = std::nullopt);
 
 // Says what failed and, behind a colon, why.
 void TellFault(const QString& what, const QString& why);

@@ -6,10 +6,12 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <memory>
 
 #include "platform/desktop/Desktop.h"
@@ -50,7 +52,7 @@ QMessageBox::Icon IconOf(MsgBoxIcon icon) {
     }
 }
 
-// The first button is the default one, the last that of the Escape key and the close box.
+// The last button is that of the Escape key and the close box.
 QList<QMessageBox::StandardButton> ButtonsOf(MsgBoxButtons buttons) {
     switch (buttons) {
         case MsgBoxButtons::YesNo:
@@ -166,8 +168,14 @@ std::unique_ptr<QFileDialog> MakeDialog(const FileRequest& request, const Filter
 }  // namespace
 
 QWidget* WindowOnTop() {
-    QWidget* modal = QApplication::activeModalWidget();
-    return modal != nullptr ? modal : QApplication::activeWindow();
+    if (QWidget* modal = QApplication::activeModalWidget()) {
+        return modal;
+    }
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto main = std::find_if(windows.begin(), windows.end(), [](const QWidget* window) {
+        return window->isVisible() && qobject_cast<const QMainWindow*>(window) != nullptr;
+    });
+    return main != windows.end() ? *main : QApplication::activeWindow();
 }
 
 QtDoors::QtDoors(const QString& programTitle) {
@@ -186,7 +194,7 @@ QtDoors::~QtDoors() {
 }
 
 MsgBoxAnswer QtDoors::Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
-                           const QString& title) {
+                           const QString& title, std::optional<MsgBoxAnswer> byEnter) {
     const NormalPointer pointer;
     QMessageBox box(WindowOnTop());
     box.setWindowTitle(title);
@@ -195,9 +203,11 @@ MsgBoxAnswer QtDoors::Show(const QString& text, MsgBoxButtons buttons, MsgBoxIco
     box.setIcon(IconOf(icon));
     const QList<QMessageBox::StandardButton> choice = ButtonsOf(buttons);
     for (const QMessageBox::StandardButton button : choice) {
-        box.addButton(button);
+        QPushButton* added = box.addButton(button);
+        if (AnswerOf(button) == byEnter.value_or(AnswerOf(choice.first()))) {
+            box.setDefaultButton(added);
+        }
     }
-    box.setDefaultButton(choice.first());
     box.setEscapeButton(choice.last());
     return AnswerOf(box.exec());
 }

@@ -23,7 +23,7 @@ public:
     ~QtDoors() override;
 
     MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
-                      const QString& title) override;
+                      const QString& title, std::optional<MsgBoxAnswer> byEnter) override;
     std::optional<QString> Ask(const FileRequest& request) override;
     QMap<QString, QString> Get(const QString& application, const QString& section) override;
     void Save(const QString& application, const QString& section,
@@ -39,7 +39,8 @@ private:
     QtPrinterDoor printers_;
 };
 
-// The window over which a dialog opens; nullptr if there is none.
+// The window that a new dialog belongs to: the modal one on top, else the main window, whether or
+// not the program is the active one. nullptr if neither is there.
 QWidget* WindowOnTop();
 
 }  // namespace rillbook

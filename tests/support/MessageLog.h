@@ -20,8 +20,8 @@ public:
 
     QStringList texts;
 
-    MsgBoxAnswer Show(const QString& text, MsgBoxButtons, MsgBoxIcon icon,
-                      const QString&) override {
+    MsgBoxAnswer Show(const QString& text, MsgBoxButtons, MsgBoxIcon icon, const QString&,
+                      std::optional<MsgBoxAnswer>) override {
         texts += (icon == MsgBoxIcon::Exclamation ? QStringLiteral("! ") : QString()) + text;
         return answer_;
     }

@@ -77,8 +77,8 @@ void ScriptedDoors::CancelPrinter() {
 }
 
 MsgBoxAnswer ScriptedDoors::Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
-                                 const QString& title) {
-    shownMessages.push_back({text, title, icon, buttons});
+                                 const QString& title, std::optional<MsgBoxAnswer> byEnter) {
+    shownMessages.push_back({text, title, icon, buttons, byEnter});
     if (expectedMessages_.empty()) {
         Fail(u"Unexpected message: %1"_qs.arg(text));
         return CancellingAnswer(buttons);

@@ -32,6 +32,7 @@ public:
         QString title;
         MsgBoxIcon icon;
         MsgBoxButtons buttons;
+        std::optional<MsgBoxAnswer> byEnter;
     };
 
     ScriptedDoors();
@@ -56,7 +57,7 @@ public:
     std::vector<int> pointers;  // every pointer set, in order
 
     MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
-                      const QString& title) override;
+                      const QString& title, std::optional<MsgBoxAnswer> byEnter) override;
     std::optional<QString> Ask(const FileRequest& request) override;
     QMap<QString, QString> Get(const QString&, const QString&) override { return settings; }
     void Save(const QString&, const QString&, const QMap<QString, QString>& texts) override {

@@ -62,15 +62,22 @@ private Q_SLOTS:
 
     void messagesAnswerToKeys() {
         using enum MsgBoxAnswer;
-        const std::tuple<MsgBoxButtons, MsgBoxAnswer, MsgBoxAnswer> rows[] = {
-            {MsgBoxButtons::YesNo, Yes, No},
-            {MsgBoxButtons::YesNoCancel, Yes, Cancel},
-            {MsgBoxButtons::RetryCancel, Retry, Cancel}};
-        for (const auto& [buttons, enter, escape] : rows) {
-            const NextWindow first([](QWidget& box) { QTest::keyClick(&box, Qt::Key_Return); });
-            QCOMPARE(MsgBox(u"Overwrite?"_qs, buttons), enter);
-            const NextWindow second([](QWidget& box) { QTest::keyClick(&box, Qt::Key_Escape); });
-            QCOMPARE(MsgBox(u"Overwrite?"_qs, buttons), escape);
+        const struct {
+            MsgBoxButtons buttons;
+            std::optional<MsgBoxAnswer> byEnter;
+            MsgBoxAnswer enter;
+            MsgBoxAnswer escape;
+        } rows[] = {{MsgBoxButtons::YesNo, {}, Yes, No},
+                    {MsgBoxButtons::YesNo, No, No, No},
+                    {MsgBoxButtons::YesNoCancel, {}, Yes, Cancel},
+                    {MsgBoxButtons::RetryCancel, {}, Retry, Cancel}};
+        for (const auto& row : rows) {
+            for (const auto& [key, answer] :
+                 {std::pair(Qt::Key_Return, row.enter), {Qt::Key_Escape, row.escape}}) {
+                const NextWindow press([k = key](QWidget& box) { QTest::keyClick(&box, k); });
+                QCOMPARE(MsgBox(u"Overwrite?"_qs, row.buttons, MsgBoxIcon::None, {}, row.byEnter),
+                         answer);
+            }
         }
     }
 
