@@ -1,5 +1,7 @@
 #include "import/frmImport.h"
 
+#include <QAbstractItemView>
+#include <QKeyEvent>
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -28,19 +30,19 @@ constexpr int kDescriptionCol = 4;
 constexpr int kFixedWidth = 2;  // the first of the layouts whose fields have widths
 constexpr int kNewChannelWidth = 9;
 constexpr int kMostChannels = 99;
+constexpr int kLargestWidth = 32767;
 constexpr qsizetype kLongestText = 255;
 
 int RowOf(int chan) {
     return chan + 1;
 }
 
-// The width of the date field, if the text is one.
-std::optional<std::int16_t> DateWidth(const QString& text) {
-    const std::optional<double> number = ReadNumber(text);
-    if (!number || *number != std::trunc(*number) || *number < 0 || ToInt16(*number) != *number) {
-        return std::nullopt;
-    }
-    return ToInt16(*number);
+bool IsInWidthRange(double width) {
+    return width >= 0 && width <= kLargestWidth;
+}
+
+QString OutsideWidthRange(const QString& what) {
+    return QStringLiteral("The width of %1 must be between 0 and %2.").arg(what).arg(kLargestWidth);
 }
 
 // A header that has lost its count still stands for one channel.
@@ -67,7 +69,14 @@ frmImport::frmImport(QWidget* parent) : QDialog(parent), ui_(std::make_unique<Ui
     editing_ = new GridCellEditing(*ui_->MSFlexGrid1, {});
     connect(editing_, &GridCellEditing::MovedDown, this, &frmImport::VisibleRows);
     connect(editing_, &GridCellEditing::Restored, this, &frmImport::ShowChannelCount);
-    connect(ui_->cmbFileType, &QComboBox::currentIndexChanged, this, &frmImport::VisibleControls);
+    connect(ui_->cmbFileType, &QComboBox::currentIndexChanged, this, &frmImport::LayoutChanged);
+    connect(ui_->cmbFileType, &QComboBox::activated, this, [this] {
+        if (!stepsThroughLayouts_) {
+            GoToFirstWidth();
+        }
+    });
+    ui_->cmbFileType->view()->installEventFilter(this);
+    ui_->cmbFileType->installEventFilter(this);
     connect(ui_->updChan, &UpDown::Change, this, &frmImport::ChannelCountChanged);
     connect(ui_->cmdOK, &QPushButton::clicked, this, &frmImport::Confirm);
     connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmImport::reject);
@@ -106,15 +115,59 @@ void frmImport::FillChannel(int chan) {
     grid.SetTextMatrix(RowOf(chan), kDescriptionCol, channel.RecSta);
 }
 
-// Widths mean nothing where commas part the fields; their cells keep them.
+bool frmImport::HasWidths() const {
+    return ui_->cmbFileType->currentIndex() >= kFixedWidth;
+}
+
+// Widths mean nothing if commas separate the fields; their cells keep them.
 void frmImport::VisibleControls() {
     editing_->EndEdit();
     MSFlexGrid& grid = *ui_->MSFlexGrid1;
-    const bool hasWidths = ui_->cmbFileType->currentIndex() >= kFixedWidth;
-    grid.SetColWidth(kWidthCol, hasWidths ? 800 : 1);
-    if (!hasWidths && grid.Col() == kWidthCol) {
+    grid.SetColWidth(kWidthCol, HasWidths() ? 800 : 1);
+    if (!HasWidths() && grid.Col() == kWidthCol) {
         grid.SetCol(kUnitsCol);
     }
+}
+
+void frmImport::LayoutChanged() {
+    VisibleControls();
+    if (HasWidths()) {
+        GoTo(kDateRow, kWidthCol);
+    }
+}
+
+void frmImport::GoToFirstWidth() {
+    if (HasWidths()) {
+        GoTo(kDateRow, kWidthCol);
+        ui_->MSFlexGrid1->setFocus();
+    }
+}
+
+int frmImport::ShownCol(int col) const {
+    return col == kWidthCol && !HasWidths() ? kUnitsCol : col;
+}
+
+void frmImport::GoTo(int row, int col) {
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    const int shownCol = ShownCol(col);
+    grid.SetSelection(row, shownCol, row, shownCol);
+    grid.scrollTo(grid.currentIndex());
+}
+
+// A layout that is chosen from the open list, or with Enter, leads to its widths. The arrow keys
+// lead from one layout to the next, and the focus must stay for the next step.
+bool frmImport::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == ui_->cmbFileType && event->type() == QEvent::KeyPress) {
+        stepsThroughLayouts_ = true;
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            GoToFirstWidth();
+            return true;
+        }
+    } else if (watched != ui_->cmbFileType && event->type() == QEvent::Show) {
+        stepsThroughLayouts_ = false;
+    }
+    return QDialog::eventFilter(watched, event);
 }
 
 void frmImport::VisibleRows() {
@@ -154,7 +207,7 @@ StationShape frmImport::TypedShape() const {
     const MSFlexGrid& grid = *ui_->MSFlexGrid1;
     StationShape shape;
     shape.importType = static_cast<std::int16_t>(ui_->cmbFileType->currentIndex());
-    shape.dateWidth = DateWidth(grid.TextMatrix(kDateRow, kWidthCol)).value();
+    shape.dateWidth = ToInt16(ReadTypedNumber(grid.TextMatrix(kDateRow, kWidthCol)));
     for (int chan = 1; chan <= ui_->updChan->Value(); ++chan) {
         const auto cell = [&](int col) { return grid.TextMatrix(RowOf(chan), col); };
         shape.channels.push_back({.width = ToInt16(ReadTypedNumber(cell(kWidthCol))),
@@ -165,18 +218,28 @@ StationShape frmImport::TypedShape() const {
     return shape;
 }
 
-QString frmImport::FaultOfInput() const {
-    MSFlexGrid& grid = *ui_->MSFlexGrid1;
-    if (!DateWidth(grid.TextMatrix(kDateRow, kWidthCol))) {
-        grid.SelectRow(kDateRow, grid.ColWidth(kWidthCol) > 0 ? kWidthCol : kUnitsCol);
-        return QStringLiteral("The width of the date must be a whole number.");
+std::optional<frmImport::InputFault> frmImport::FaultOfInput() const {
+    const MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    const std::optional<double> dateWidth = ReadNumber(grid.TextMatrix(kDateRow, kWidthCol));
+    if (!dateWidth || *dateWidth != std::trunc(*dateWidth)) {
+        return InputFault{QStringLiteral("The width of the date must be a whole number."), kDateRow,
+                          kWidthCol};
+    }
+    if (!IsInWidthRange(*dateWidth)) {
+        return InputFault{OutsideWidthRange(QStringLiteral("the date")), kDateRow, kWidthCol};
     }
     for (int row = RowOf(1); row < grid.Rows(); ++row) {
+        if (!IsInWidthRange(ReadTypedNumber(grid.TextMatrix(row, kWidthCol)))) {
+            return InputFault{
+                OutsideWidthRange(QStringLiteral("channel ") + grid.TextMatrix(row, 0)), row,
+                kWidthCol};
+        }
         for (const int col : {kUnitsCol, kLabelCol, kDescriptionCol}) {
             if (grid.TextMatrix(row, col).size() > kLongestText) {
-                grid.SelectRow(row, col);
-                return QStringLiteral("The texts of a channel can have %1 characters at most.")
-                    .arg(kLongestText);
+                return InputFault{
+                    QStringLiteral("The texts of a channel can have %1 characters at most.")
+                        .arg(kLongestText),
+                    row, col};
             }
         }
     }
@@ -189,14 +252,15 @@ bool frmImport::MayErase() const {
     return (channels >= StationInfo.Channels && channels >= CountReadingColumns()) ||
            MsgBox(QStringLiteral("You have decreased the number of channels. "
                                  "Data will be erased.  Do you want to continue?"),
-                  MsgBoxButtons::YesNo, MsgBoxIcon::Exclamation) == MsgBoxAnswer::Yes;
+                  MsgBoxButtons::YesNo, MsgBoxIcon::Exclamation, {},
+                  MsgBoxAnswer::No) == MsgBoxAnswer::Yes;
 }
 
 void frmImport::Confirm() {
     editing_->EndEdit();
-    const QString fault = FaultOfInput();
-    if (!fault.isEmpty()) {
-        WarnOfInput(fault);
+    if (const std::optional<InputFault> fault = FaultOfInput()) {
+        ui_->MSFlexGrid1->SelectRow(fault->row, ShownCol(fault->col));
+        WarnOfInput(fault->text);
         ui_->MSFlexGrid1->setFocus();
         return;
     }

@@ -8,6 +8,7 @@
 #include "import/frmImport.h"
 #include "platform/qt/CellTextBox.h"
 #include "platform/qt/UpDown.h"
+#include "tests/support/DataRows.h"
 #include "tests/support/FormTest.h"
 
 using namespace rillbook;
@@ -51,7 +52,7 @@ private Q_SLOTS:
         StepChannels(*form_, 1);
         QCOMPARE(FilledRows(*form_).section(u'\n', 3), u"4: 9|||"_qs);
         GoTo(*form_, 1, 1);
-        PressKeys(*form_, u"14⏎12x⏎"_qs);
+        PressKeys(*form_, u"14⏎1,012x⏎"_qs);
         GoTo(*form_, 4, 2);
         PressKeys(*form_, u"mV⏎"_qs);
         QCOMPARE(GridOf(*form_).Row(), 4);  // the last one
@@ -65,7 +66,7 @@ private Q_SLOTS:
             u"3 | 2 | 14"_qs);
         QCOMPARE(station_->Dump("SELECT importwidth, reclabel, recdesc, recsta, digitsout,"
                                 " graphmax, outputseries FROM Information"),
-                 u"12 | ft | Stage | Gauge | 2 | 10 | 11000\n"
+                 u"1012 | ft | Stage | Gauge | 2 | 10 | 11000\n"
                  "7 | C | Temperature | Well | 2 | 10 | 11000\n"
                  "9 | mV | NULL | Battery | 2 | 10 | 11000"_qs);
         QCOMPARE(station_->Dump("Records"), u"2002-01-01 00:00:00 | 1.5 | 2.5 | NULL"_qs);
@@ -124,6 +125,7 @@ private Q_SLOTS:
         doors_->ExpectMessage(kDecrease, MsgBoxAnswer::No);
         Click(*form_, u"cmdOK"_qs);
         QVERIFY(form_->isVisible());
+        QVERIFY(doors_->shownMessages.back().byEnter == MsgBoxAnswer::No);
         QCOMPARE(FolderText(station_->Folder()), before);
         QCOMPARE(StationInfo.Channels, std::int16_t{2});
         doors_->ExpectMessage(kDecrease, MsgBoxAnswer::Yes);
@@ -134,15 +136,31 @@ private Q_SLOTS:
         QCOMPARE(station_->Dump("SELECT recsta FROM Information"), u"Gauge"_qs);
     }
 
-    void refusesADateWidthThatIsNone() {
+    void refusesWidths_data() {
+        const DataRows<int, QString, QString> row("row", "width", "message");
+        const QString range = u"The width of %1 must be between 0 and 32767."_qs;
+        for (const char* width : {"16.5", "", "wide", "1,6"}) {
+            row(1, width, "The width of the date must be a whole number.");
+        }
+        for (const char* width : {"-1", "32768", "1,000,000", "1e300"}) {
+            row(1, width, range.arg(u"the date"_qs));
+        }
+        row(2, "40000", range.arg(u"channel 1"_qs));
+        row(3, "-2", range.arg(u"channel 2"_qs));
+    }
+    void refusesWidths() {
+        QFETCH(int, row);
+        QFETCH(QString, width);
+        QFETCH(QString, message);
         Show();
-        GridOf(*form_).SetTextMatrix(1, 1, u"16.5"_qs);
+        Child<QComboBox>(*form_, u"cmbFileType"_qs).setCurrentIndex(2);
+        TypeCell(*form_, row, 1, width);
         StepChannels(*form_, 1);
-        doors_->ExpectMessage(u"The width of the date must be a whole number."_qs);
+        doors_->ExpectMessage(message);
         Click(*form_, u"cmdOK"_qs);
         QCOMPARE(doors_->shownMessages.back().title, u"Warning"_qs);
-        QCOMPARE(SelectionOf(GridOf(*form_)), u"1,2 in 1,1 to 1,4"_qs);
-        QVERIFY(form_->isVisible());
+        QCOMPARE(SelectionOf(GridOf(*form_)), u"%1,1 in %1,1 to %1,4"_qs.arg(row));
+        QVERIFY(form_->isVisible() && GridOf(*form_).hasFocus());
         QCOMPARE(StationInfo.Channels, std::int16_t{2});
     }
 
