@@ -41,12 +41,13 @@ GraphForm::GraphForm(const Kind& kind, const QString& projectName, CommonDialog&
       projectName_(projectName),
       ui_(std::make_unique<Ui::GraphForm>()) {
     ui_->setupUi(this);
+    // A window without a control for the focus would leave it in the menu bar, which takes Esc.
+    ui_->Picture1->setFocus();
     setObjectName(kind.name);
     ConnectCommonCommands();
     connect(ui_->mnuFilePrint, &QAction::triggered, this, &GraphForm::PrintGraph);
     ui_->mnuEditCopy->setShortcut(QKeySequence::Copy);
     connect(ui_->mnuEditCopy, &QAction::triggered, ui_->Picture1, &PictureBox::CopyToClipboard);
-    connect(ui_->mnuEditRefresh, &QAction::triggered, this, &GraphForm::Rebuild);
     kPlace.Restore(*this);
     setWindowTitle(kind.captionHead + projectName);
     FitPicture();

@@ -39,6 +39,10 @@ void HTMLHelp::HHDisplayIndex(QWidget* form) {
     Display(form, HelpWindow::Side::Index, QStringLiteral("HHDisplayIndex"));
 }
 
+void HTMLHelp::HHDisplayTopic(const QString& topic, QWidget* form) {
+    Display(form, HelpWindow::Side::Contents, QStringLiteral("HHDisplayTopic"), topic);
+}
+
 void HTMLHelp::HHClose() {
     HelpWindow::CloseAll();
 }
@@ -53,7 +57,8 @@ bool HTMLHelp::EnsureFileExists() const {
     return false;
 }
 
-void HTMLHelp::Display(QWidget* form, HelpWindow::Side side, const QString& operation) {
+void HTMLHelp::Display(QWidget* form, HelpWindow::Side side, const QString& operation,
+                       const QString& topic) {
     if (!CHMFile.endsWith(u"chm")) {
         Tell(CHMFile + QStringLiteral(" is not a valid HTML Help file."));
         return;
@@ -71,7 +76,7 @@ void HTMLHelp::Display(QWidget* form, HelpWindow::Side side, const QString& oper
     }
     HHWndHandle = 0;
     try {
-        HHWndHandle = HelpWindow::Display(HHShowOnTop ? form : nullptr, text, side).winId();
+        HHWndHandle = HelpWindow::Display(HHShowOnTop ? form : nullptr, text, side, topic).winId();
     } catch (const HelpFileError&) {
         Tell(QStringLiteral("The file ") + CHMFile +
              QStringLiteral(" cannot be displayed.\n"
@@ -85,6 +90,10 @@ void ShowHelpContents() {
 
 void ShowHelpIndex() {
     HelpOnThisProgram().HHDisplayIndex();
+}
+
+void ShowHelpTopic(const QString& topic) {
+    HelpOnThisProgram().HHDisplayTopic(topic);
 }
 
 void ReleaseHelp() {

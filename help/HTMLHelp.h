@@ -17,18 +17,23 @@ public:
 
     void HHDisplayContents(QWidget* form = nullptr);
     void HHDisplayIndex(QWidget* form = nullptr);
+    // `topic` is a path within the file, perhaps with an anchor.
+    void HHDisplayTopic(const QString& topic, QWidget* form = nullptr);
     // Closes every help window of the program.
     void HHClose();
 
 private:
     bool EnsureFileExists() const;
     // `operation` is the name under which the caller knows it.
-    void Display(QWidget* form, HelpWindow::Side side, const QString& operation);
+    void Display(QWidget* form, HelpWindow::Side side, const QString& operation,
+                 const QString& topic = {});
 };
 
 // The Help commands of all windows, on one object that is made at its first use.
 void ShowHelpContents();
 void ShowHelpIndex();
+// Without a topic, shows the contents.
+void ShowHelpTopic(const QString& topic);
 // Closes the help, and lets go of the object.
 void ReleaseHelp();
 

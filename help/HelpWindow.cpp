@@ -51,7 +51,8 @@ void Fill(QTreeWidget& tree, const QList<SitemapEntry>& entries) {
 
 }  // namespace
 
-HelpWindow& HelpWindow::Display(QWidget* owner, const QString& text, Side side) {
+HelpWindow& HelpWindow::Display(QWidget* owner, const QString& text, Side side,
+                                const QString& topic) {
     const QString path = PathIn(text);
     HelpWindow* window = TheWindow();
     if (window == nullptr || window->path_ != path) {
@@ -66,6 +67,10 @@ HelpWindow& HelpWindow::Display(QWidget* owner, const QString& text, Side side) 
         window->setParent(owner, window->windowFlags());
     }
     window->ShowSide(side);
+    if (!topic.isEmpty()) {
+        window->ui_->page->ShowLocal(topic);
+        window->ui_->page->setFocus();  // to scroll it with the keyboard
+    }
     return *window;
 }
 

@@ -21,11 +21,12 @@ public:
     enum class Side { Contents, Index };
 
     // Shows this side of a help file in the window, which is made if there is none. `text` is the
-    // file's path, which a window type of the file may follow behind ">": all of them show in this
-    // window. A file that is up already keeps its page. With an owner the window stays above it,
-    // and lives no longer. Raises HelpFileError, and leaves what was up, where the file can't be
-    // shown.
-    static HelpWindow& Display(QWidget* owner, const QString& text, Side side);
+    // file's path, which a window type of the file may follow after ">": all of them show in this
+    // window. `topic` is a path within the file, perhaps with an anchor; if it is empty, a file
+    // that is shown already keeps its page. With an owner the window stays above it, and lives no
+    // longer. Raises HelpFileError, with nothing changed, if the file cannot be shown.
+    static HelpWindow& Display(QWidget* owner, const QString& text, Side side,
+                               const QString& topic = {});
     static void CloseAll();
 
     ~HelpWindow() override;

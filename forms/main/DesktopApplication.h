@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <exception>
 
+#include "forms/main/WindowKeys.h"
+
 namespace rillbook {
 
 // Tells the user of a failure that no command foresaw, in one message. One that comes while the
@@ -18,6 +20,9 @@ public:
     DesktopApplication(int& argc, char** argv);
 
     bool notify(QObject* receiver, QEvent* event) override;
+
+private:
+    WindowKeys keys_;
 };
 
 }  // namespace rillbook

@@ -250,6 +250,7 @@ void frmMain::TreeClick() {
 void frmMain::SelectStation(QTreeWidgetItem* station) {
     station->setExpanded(true);
     ui_->TreeView1->setCurrentItem(station);
+    ui_->TreeView1->setFocus();
     TreeClick();
 }
 

@@ -79,6 +79,7 @@ void frmEditRecords::ShowDelete() {
     if (Grid().EndEdit()) {
         frmDelete(*this).exec();
         Grid().FollowRecordset();
+        Grid().setFocus();
     }
 }
 

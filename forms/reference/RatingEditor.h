@@ -17,6 +17,9 @@ class RatingEditor : public QDialog {
 public:
     void reject() override;
 
+    // From when the rating applies, as typed; nothing if that is not a date-time.
+    virtual RatingTime Time() const = 0;
+
 protected:
     explicit RatingEditor(QWidget* parent) : QDialog(parent) {}
 

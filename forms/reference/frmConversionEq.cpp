@@ -20,6 +20,10 @@ frmConversionEq::frmConversionEq(QWidget* parent)
 
 frmConversionEq::~frmConversionEq() = default;
 
+RatingTime frmConversionEq::Time() const {
+    return TypedTime(*ui_->tbDate);
+}
+
 void frmConversionEq::LoadValues() {
     std::optional<EquationRating> rating;
     Read([&] { rating = ReadEquation(StationInfo.OutputChannel, RatingEditDate); });
@@ -34,13 +38,14 @@ void frmConversionEq::LoadValues() {
 }
 
 bool frmConversionEq::CheckValues() const {
-    if (!TypedTime(*ui_->tbDate)) {
+    if (!Time()) {
         WarnOfInput(QStringLiteral("Not a valid Date."));
         ui_->tbDate->setFocus();
         return false;
     }
     if (!IsNumber(ui_->tbC->text())) {
         WarnOfInput(QStringLiteral("C must be numeric."));
+        ui_->tbC->setFocus();
         return false;
     }
     return true;
@@ -48,11 +53,10 @@ bool frmConversionEq::CheckValues() const {
 
 void frmConversionEq::SaveValues() const {
     WriteEquation(StationInfo.OutputChannel, RatingEditDate,
-                  {.time = TypedTime(*ui_->tbDate),
+                  {.time = Time(),
                    .A = ReadTypedNumber(ui_->tbA->text()),
                    .r = ReadTypedNumber(ui_->tbR->text()),
-                   // As it was checked: the leading number of "1,250" would be 1.
-                   .c = ReadNumber(ui_->tbC->text()),
+                   .c = ReadTypedNumber(ui_->tbC->text()),
                    .notes = ui_->tbNotes->text()});
 }
 

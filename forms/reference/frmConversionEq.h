@@ -18,6 +18,8 @@ public:
     explicit frmConversionEq(QWidget* parent = nullptr);
     ~frmConversionEq() override;
 
+    RatingTime Time() const override;
+
 protected:
     bool Check() override { return CheckValues(); }
     void Save() override { SaveValues(); }

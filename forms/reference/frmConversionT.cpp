@@ -1,6 +1,5 @@
 #include "forms/reference/frmConversionT.h"
 
-#include <QKeyEvent>
 #include <QSet>
 
 #include "forms/reference/GridCellEditing.h"
@@ -51,15 +50,8 @@ frmConversionT::frmConversionT(QWidget* parent)
 
 frmConversionT::~frmConversionT() = default;
 
-// Enter belongs to the grid, so that no button is the default one; it still presses the button that
-// has the focus.
-void frmConversionT::keyPressEvent(QKeyEvent* event) {
-    auto* button = qobject_cast<QPushButton*>(focusWidget());
-    if (button != nullptr && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
-        button->click();
-    } else {
-        RatingEditor::keyPressEvent(event);
-    }
+RatingTime frmConversionT::Time() const {
+    return TypedTime(*ui_->tbRatingDate);
 }
 
 void frmConversionT::reject() {
@@ -119,7 +111,7 @@ void frmConversionT::LoadTable() {
 }
 
 bool frmConversionT::CheckTable() {
-    const bool hasDate = TypedTime(*ui_->tbRatingDate).has_value();
+    const bool hasDate = Time().has_value();
     const Fault fault = hasDate ? FaultOfPoints() : Fault{.message = kIncomplete};
     if (fault.message.isEmpty()) {
         return true;
@@ -171,7 +163,7 @@ void frmConversionT::SaveTable() const {
         points.push_back({.depth = ReadNumber(DepthText(row)), .flow = ReadNumber(FlowText(row))});
     }
     WriteTable(StationInfo.OutputChannel, RatingEditDate,
-               {.time = TypedTime(*ui_->tbRatingDate), .notes = ui_->tbNotes->text()}, points);
+               {.time = Time(), .notes = ui_->tbNotes->text()}, points);
 }
 
 }  // namespace rillbook

@@ -22,11 +22,11 @@ public:
 
     // Every way of closing without OK comes here: asks whether to save changed points.
     void reject() override;
+    RatingTime Time() const override;
 
 protected:
     bool Check() override { return CheckTable(); }
     void Save() override { SaveTable(); }
-    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void LoadTable();

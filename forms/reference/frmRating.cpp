@@ -1,6 +1,8 @@
 #include "forms/reference/frmRating.h"
 
 #include <QShortcut>
+#include <algorithm>
+#include <type_traits>
 
 #include "app/SharedState.h"
 #include "forms/reference/frmConversionEq.h"
@@ -45,6 +47,9 @@ void frmRating::ConnectCommands() {
         connect(new QShortcut(key, ui_->MSFlexGrid1, nullptr, nullptr, Qt::WidgetShortcut),
                 &QShortcut::activated, this, &frmRating::EditRow);
     }
+    // Elsewhere the key must not delete a rating: in a text box it deletes a character.
+    ui_->mnuDeleteRow->setShortcutContext(Qt::WidgetShortcut);
+    ui_->MSFlexGrid1->addAction(ui_->mnuDeleteRow);
     connect(ui_->cmdOK, &QPushButton::clicked, this, &frmRating::Confirm);
     connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmRating::reject);
 }
@@ -90,7 +95,12 @@ void frmRating::FillGrid() {
         grid.SetTextMatrix(row, kNotesCol, rating.notes);
         ++row;
     }
-    grid.SetSelection(count, 1, count, 1);
+    GoToRow(count);
+}
+
+void frmRating::GoToRow(int row) {
+    MSFlexGrid& grid = *ui_->MSFlexGrid1;
+    grid.SetSelection(row, kTimeCol, row, kTimeCol);
     grid.scrollTo(grid.currentIndex());
 }
 
@@ -100,6 +110,14 @@ const ListedRating* frmRating::CurrentRating() const {
     return row > 0 && row <= static_cast<int>(ratings_.size())
                ? &ratings_[static_cast<std::size_t>(row) - 1]
                : nullptr;
+}
+
+int frmRating::RowOf(RatingTime time, bool isTable) const {
+    const auto found =
+        std::find_if(ratings_.begin(), ratings_.end(), [&](const ListedRating& rating) {
+            return rating.time == time && rating.isTable == isTable;
+        });
+    return found == ratings_.end() ? 0 : static_cast<int>(found - ratings_.begin()) + 1;
 }
 
 void frmRating::EditRow() {
@@ -115,9 +133,14 @@ void frmRating::EditRow() {
 
 template <typename Editor>
 void frmRating::ShowEditor(RatingTime rating) {
+    const int formerRow = ui_->MSFlexGrid1->Row();
     RatingEditDate = rating;
-    Editor(this).exec();
+    Editor editor(this);
+    const bool isSaved = editor.exec() == QDialog::Accepted;
     FillGrid();
+    constexpr bool isTable = std::is_same_v<Editor, frmConversionT>;
+    GoToRow(isSaved ? RowOf(editor.Time(), isTable) : formerRow);
+    ui_->MSFlexGrid1->setFocus();
 }
 
 void frmRating::DeleteRow() {

@@ -27,9 +27,13 @@ private:
     void FillGrid();
     void EditRow();
     void DeleteRow();
+    // Comes back to the row of the rating that was saved, else to the row that it was called from.
     template <typename Editor>
     void ShowEditor(RatingTime rating);
     const ListedRating* CurrentRating() const;
+    void GoToRow(int row);
+    // 0 if the list has no such rating.
+    int RowOf(RatingTime time, bool isTable) const;
     void Confirm();
 
     std::unique_ptr<Ui::frmRating> ui_;

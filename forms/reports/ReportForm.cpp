@@ -1,6 +1,7 @@
 #include "forms/reports/ReportForm.h"
 
 #include <QAction>
+#include <QShortcut>
 
 #include "compute/Compute.h"
 #include "forms/main/frmAbout.h"
@@ -46,6 +47,12 @@ void ReportForm::ConnectCommonCommands() {
         frmOutputSettings settings(this);
         ShowEditor(settings);
     });
+    if (auto* refresh = findChild<QAction*>(QStringLiteral("mnuEditRefresh"))) {
+        connect(refresh, &QAction::triggered, this, [this] { Rebuild(); });
+    } else {
+        connect(new QShortcut(Qt::Key_F5, this), &QShortcut::activated, this,
+                [this] { Rebuild(); });
+    }
     connect(&Item("mnuHelpContent"), &QAction::triggered, this, &ShowHelpContents);
     connect(&Item("mnuHelpIndex"), &QAction::triggered, this, &ShowHelpIndex);
     connect(&Item("mnuHelpAbout"), &QAction::triggered, this, [this] { frmAbout(this).exec(); });

@@ -19,7 +19,7 @@ protected:
     ReportForm(ReportMode mode, CommonDialog& printerDialog, QWidget* parent);
 
     // Gives the items mnuFileExit, mnuEditRecords, mnuCal, mnuRat, mnuEditSettings and those of
-    // mnuHelp their work.
+    // mnuHelp their work. F5 rebuilds the report, by the item mnuEditRefresh if there is one.
     // REQUIRES: the form has its menus.
     void ConnectCommonCommands();
     // mnuEditCopy, and Ctrl+C, put the selected cells on the clipboard.

@@ -215,6 +215,7 @@ bool frmOutputSettings::SaveGraphLimits() {
     if (min >= max) {
         MsgBox(QStringLiteral("Max value must be greater than Min Value"), MsgBoxButtons::Ok,
                MsgBoxIcon::Exclamation);
+        ui_->tbMax->setFocus();
         return false;
     }
     ChannelInfoData& channel = ChannelInfo[StationInfo.OutputChannel];

@@ -36,7 +36,8 @@ QString PeriodShown(QWidget& form) {
 // Another value for each control that the user can reach.
 void ChangeEverything(QWidget& form) {
     const QString changes =
-        u"tbFactor=0.5 tbLabel=ML tbMax=12.5 tbMin=-1 chkMin chkTotal chbPoints cbxCal cbxRating "
+        u"tbFactor=1,000.5 tbLabel=ML tbMax=1,500 tbMin=-1 chkMin chkTotal chbPoints cbxCal "
+        u"cbxRating "
         "optWeeks"_qs;
     for (const QString& change : changes.split(u' ')) {
         const QString name = change.section(u'=', 0, 0);
@@ -122,11 +123,11 @@ private Q_SLOTS:
     void SavesWhatItsReportShows_data() {
         const DataRows<ReportMode, QString> row("mode", "saved");
         row(ReportMode::AnnualTable,
-            "1/1/2002 to 12/31/2002, 941; 3 | 0.5 | ML | 0 | 10 | 11000 | 1 | 0");
+            "1/1/2002 to 12/31/2002, 941; 3 | 1000.5 | ML | 0 | 10 | 11000 | 1 | 0");
         row(ReportMode::InstantaneousGraph,
-            "1/1/2002 to 1/28/2002, 924; 2 | 1.98 | ac-ft | -1 | 12.5 | 11000 | 1 | 0; measured");
+            "1/1/2002 to 1/28/2002, 924; 2 | 1.98 | ac-ft | -1 | 1500 | 11000 | 1 | 0; measured");
         row(ReportMode::DailyGraph,
-            "1/1/2002 to 1/28/2002, 924; 2 | 1.98 | ac-ft | -1 | 12.5 | 11101 | 1 | 0; measured");
+            "1/1/2002 to 1/28/2002, 924; 2 | 1.98 | ac-ft | -1 | 1500 | 11101 | 1 | 0; measured");
         row(ReportMode::DailyTable,
             "1/1/2002 to 1/28/2002, 924; 3 | 1.98 | ac-ft | 0 | 10 | 11000 | 1 | 0");
     }
@@ -157,7 +158,7 @@ private Q_SLOTS:
         doors_->ExpectMessage(u"Max value must be greater than Min Value"_qs);
         InSettings(ReportMode::DailyGraph, [&](QWidget& form) {
             ChangeEverything(form);
-            TypeText(form, u"tbMin"_qs, u"12.5"_qs);
+            TypeText(form, u"tbMin"_qs, u"1,500"_qs);
             Click(form, u"cmdOK"_qs);
             QVERIFY(form.isVisible() && DialogCancelled);
             QCOMPARE(Settled().section(u';', 0, 0), u"1/1/2002 to 1/28/2002, 924"_qs);
@@ -184,7 +185,8 @@ private Q_SLOTS:
         };
         CompareEach(shownAndSaved,
                     "5 => 0.08 5; 0.1 => 0.00 0.1; 5 0.25 => 0.08 15; 5 0.5 h => 0.08 30; "
-                    "15  => 0.25 60; 15 0 => 0.25 60; 15 often => 0.25 60; 15 -2 => 0.25 60; "
+                    "15  => 0.25 60; 15 0 => 0.25 60; 15 1,000 => 0.25 60000; 15 often => 0.25 60; "
+                    "15 -2 => 0.25 60; "
                     "0 => 0.00 60");
     }
 
@@ -193,11 +195,11 @@ private Q_SLOTS:
         ChannelInfo[kChan].GraphMax = 12345.5;
         InSettings(ReportMode::InstantaneousGraph, [](QWidget& form) {
             QCOMPARE(TextOf(form, u"tbMax"_qs), u"12345,5"_qs);
-            TypeText(form, u"tbMin"_qs, u"-0,25"_qs);
+            TypeText(form, u"tbMin"_qs, u"-1.500,25"_qs);
             Click(form, u"cmdOK"_qs);
         });
         QCOMPARE(Settled().section(u"; "_qs, 1),
-                 u"2 | 1.98 | ac-ft | -0.25 | 12345.5 | 11000 | 0 | 1"_qs);
+                 u"2 | 1.98 | ac-ft | -1500.25 | 12345.5 | 11000 | 0 | 1"_qs);
     }
 
     // DialogCancelled before and after.
