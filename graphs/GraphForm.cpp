@@ -94,12 +94,17 @@ void GraphForm::RebuildSoon() {
 }
 
 void GraphForm::Rebuild() {
+    const QSize size = ui_->Picture1->size();
     hasReadings_ = false;
     try {
         LoadGraph(false, ui_->Picture1->Surface());
         hasReadings_ = InstCount > 0;
     } catch (const std::exception& failure) {
         TellFailure(failure);
+    }
+    // The user can resize the window, or the desktop maximise it, while a message is shown.
+    if (hasReadings_ && ui_->Picture1->size() != size) {
+        RebuildSoon();
     }
 }
 

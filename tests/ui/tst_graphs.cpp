@@ -1,6 +1,7 @@
 #include <QClipboard>
 #include <QRegularExpression>
 
+#include "compute/Compute.h"
 #include "graphs/frmDailyG.h"
 #include "graphs/frmInstG.h"
 #include "platform/qt/PictureBox.h"
@@ -129,6 +130,33 @@ private Q_SLOTS:
             QCoreApplication::processEvents();
             QCOMPARE(Loadings(), std::size_t{1});
         });
+    }
+
+    void DrawsAtTheSizeThatItGotDuringAMessage() {
+        struct ResizingLog : MessageLog {
+            QWidget* form = nullptr;
+            MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
+                              const QString& title) override {
+                if (form != nullptr) {
+                    form->resize(700, 500);
+                    QCoreApplication::processEvents();
+                }
+                return MessageLog::Show(text, buttons, icon, title);
+            }
+        } log;
+        LateReading(*station_);
+        station_->WithJournalRow("2002-01-02", 1, 3, 4);
+        RunPlainSql(station_->Path(), "INSERT INTO Calibration(chan, read2) VALUES (1, 1)");
+        ChannelInfo[1].Calibration = 1;
+        InGraph(false, [&](QWidget& form) {
+            log.form = &form;
+            BeginReport();
+            Loadings();
+            Trigger(form, u"mnuEditRefresh"_qs);
+            QCoreApplication::processEvents();
+            QCOMPARE(Loadings(), std::size_t{2});
+        });
+        QCOMPARE(log.texts.size(), 2);
     }
 
     void PrintsNoEmptyGraph_data() {
