@@ -2,7 +2,7 @@
 
 namespace rillbook {
 
-AdoError::AdoError(int number, const QString& description)
-    : number_(number), description_(description), utf8_(description.toUtf8()) {}
+AdoError::AdoError(int number, const QString& description, AdoCause cause)
+    : number_(number), cause_(cause), description_(description), utf8_(description.toUtf8()) {}
 
 }  // namespace rillbook

@@ -19,16 +19,31 @@ enum AdoErrorNumber : int {
     adErrNotUpdatable = 3251      // the lock type doesn't allow changes
 };
 
+// What a failure concerns.
+enum class AdoCause {
+    Request,   // one value, name, key or statement; the file is in order
+    ReadOnly,  // the file can't be changed
+    Full,      // the disk
+    Locked,    // another connection or program holds the file
+    Damaged,   // not a database, or its pages are inconsistent
+    Access,    // the medium, the system or the memory failed
+    Moved      // the file was removed, or another one is in its place
+};
+
 class AdoError : public std::exception {
 public:
-    AdoError(int number, const QString& description);
+    AdoError(int number, const QString& description, AdoCause cause = AdoCause::Request);
 
     int Number() const { return number_; }
+    AdoCause Cause() const { return cause_; }
+    // Whether other values of the file may fail to be read for the same reason.
+    bool IsOfFile() const { return cause_ >= AdoCause::Locked; }
     const QString& Description() const { return description_; }
     const char* what() const noexcept override { return utf8_.constData(); }
 
 private:
     int number_;
+    AdoCause cause_;
     QString description_;
     QByteArray utf8_;
 };

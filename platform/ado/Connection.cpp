@@ -32,11 +32,13 @@ void Connection::Open(const QString& connectionString, const QString&, const QSt
     connectionString_ = connectionString;
 }
 
-void Connection::Close() {
-    if (database_) {
-        database_->Close();
-        database_.reset();
+QString Connection::Close() {
+    if (!database_) {
+        return {};
     }
+    const QString reason = database_->Close();
+    database_.reset();
+    return reason;
 }
 
 int Connection::State() const {
@@ -47,10 +49,18 @@ bool Connection::IsReadOnly() const {
     return database_ && database_->IsReadOnly();
 }
 
+bool Connection::IsInPlace() const {
+    return RequireOpen(database_).IsInPlace();
+}
+
+void Connection::CopyTo(const QString& path) {
+    RequireOpen(database_).CopyTo(path);
+}
+
 void Connection::Execute(const QString& statement) {
     ado::Database& database = RequireOpen(database_);
     const JetStatement translated = TranslateJetSql(statement);
-    database.RequireLiveTransaction();
+    database.RequireChangeable();
     if (translated.kind == JetStatement::Kind::AlterColumn) {
         ado::AlterColumn(database.handle(), translated);
         return;
@@ -78,10 +88,8 @@ void Connection::BeginExclusiveUse() {
     }
 }
 
-void Connection::EndExclusiveUse() {
-    if (database_) {
-        database_->EndExclusiveUse();
-    }
+Unsynced Connection::EndExclusiveUse() {
+    return database_ ? database_->EndExclusiveUse() : Unsynced();
 }
 
 Transaction::Transaction(Connection& connection) : connection_(&connection) {

@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <memory>
 
+#include "platform/ado/Unsynced.h"
+
 namespace rillbook {
 
 namespace ado {
@@ -15,7 +17,7 @@ class Database;
 //
 // While open for writing, the file is in write-ahead mode with a companion beside it; Close folds
 // the companion back, so that at rest the station is one file in rollback mode. Each Update or
-// Execute outside BeginTrans is final: it survives the death of the process.
+// Execute outside BeginTrans is final, and so is each CommitTrans: it is synced to the disk.
 class Connection {
 public:
     Connection();
@@ -34,14 +36,25 @@ public:
     void Open(const QString& connectionString, const QString& user = {},
               const QString& password = {}, int options = -1);
 
-    // Recordsets that are still open on it become closed. Never raises; a companion that can't be
-    // folded back (disk full) stays, and the next Open folds it. No-op when closed.
-    void Close();
+    // Recordsets that are still open on it become closed. Never raises. Returns why the companion
+    // couldn't be folded back (disk full, medium gone): it stays beside the file with changes in
+    // it, and the next Open folds it. Empty if all is in the file, also if another connection has
+    // it open and folds it back later. No-op when closed. A file that was removed, or that another
+    // one has replaced, gets its changes, and the one in its place isn't touched.
+    QString Close();
 
     // 0 closed, 1 open.
     int State() const;
     QString ConnectionString() const { return connectionString_; }
     bool IsReadOnly() const;
+
+    // False if the path leads to another file by now, or to none, or if another program has written
+    // over the file. A change raises adErrGeneral with AdoCause::Moved then.
+    bool IsInPlace() const;
+
+    // Writes all that the connection holds, compacted, to a new file, whose bytes aren't synced.
+    // Raises AdoError. REQUIRES: open, no transaction.
+    void CopyTo(const QString& path);
 
     // Runs one statement in the program's own dialect (see JetSql.h), or raises.
     void Execute(const QString& statement);
@@ -52,12 +65,14 @@ public:
     void CommitTrans();
     void RollbackTrans();
 
-    // For one long run of appends: holds the file's lock between the rows instead of taking it anew
-    // for each, so that no other program can write meanwhile. Each row stays final by itself. Never
+    // For one long run of appends: holds the file's lock between the rows instead of taking it
+    // again for each, so that no other program can write meanwhile. Each row is final by itself: it
+    // survives the death of the process, but a loss of power only after the end of the run. Never
     // raises.
     void BeginExclusiveUse();
-    // Gives the lock back and folds the companion into the file.
-    void EndExclusiveUse();
+    // Gives the lock back and syncs the rows to the disk. Returns how many of the last ones could
+    // not be brought there, and why.
+    Unsynced EndExclusiveUse();
 
     // For Recordset; null while closed.
     const std::shared_ptr<ado::Database>& database() const { return database_; }

@@ -1,7 +1,6 @@
 #include "platform/ado/Database.h"
 
 #include <QFileInfo>
-#include <QStorageInfo>
 #include <algorithm>
 
 #include "platform/ado/AdoError.h"
@@ -10,43 +9,6 @@
 namespace rillbook::ado {
 
 namespace {
-
-// Pages that the companion may gather before they are folded back. In a run of appends each row
-// writes a page, mostly the same one again, and folding back waits for the disk: the longer
-// interval costs 16 MB of disk, no memory to speak of, and spares three of four waits.
-constexpr qint64 kUsualInterval = 1000;
-constexpr qint64 kAppendInterval = 4000;
-
-// On a disk that is nearly full the companion would leave the file itself no room to grow.
-qint64 AppendIntervalOn(const QString& path) {
-    constexpr qint64 pageSize = 4096;
-    constexpr qint64 shareOfRoom = 8;
-    constexpr qint64 shortest = 8;
-    const qint64 room = QStorageInfo(QFileInfo(path).absolutePath()).bytesAvailable();
-    return room < 0 ? kUsualInterval
-                    : std::clamp(room / pageSize / shareOfRoom, shortest, kAppendInterval);
-}
-
-bool TryRun(sqlite3* handle, const char* sql) noexcept {
-    return sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
-}
-
-void FoldBackAfter(sqlite3* handle, qint64 pages) noexcept {
-    sqlite3_wal_autocheckpoint(handle, static_cast<int>(pages));
-}
-
-// REQUIRES: no transaction, write-ahead mode. A refused exclusive lock leaves the pending one on
-// the file, which keeps every new reader out. SQLite takes it back where it leaves the write-ahead
-// mode, but not here; it takes itself to hold the shared lock, as it then does.
-void GiveUpPendingLock(sqlite3* handle) noexcept {
-    sqlite3_file* file = nullptr;
-    int lock = SQLITE_LOCK_PENDING;  // where the file system layer doesn't tell
-    sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
-    sqlite3_file_control(handle, "main", SQLITE_FCNTL_LOCKSTATE, &lock);
-    if (file != nullptr && file->pMethods != nullptr && lock == SQLITE_LOCK_PENDING) {
-        file->pMethods->xUnlock(file, SQLITE_LOCK_SHARED);
-    }
-}
 
 bool HasTableOf(sqlite3* handle, const QStringList& names) {
     Statement find(handle,
@@ -58,52 +20,133 @@ bool HasTableOf(sqlite3* handle, const QStringList& names) {
     });
 }
 
+// Raises as Database's constructor does.
+Handle OpenSound(const QString& path) {
+    try {
+        Handle handle = OpenUntouched(path);
+        RequireSound(handle.get(), path);
+        return handle;
+    } catch (const AdoError& error) {
+        if (error.Cause() != AdoCause::Damaged || !IsSoundWithoutCompanion(path)) {
+            throw;
+        }
+        throw AdoError(adErrGeneral,
+                       QStringLiteral("%1-wal is beside the file and belongs to another one. Move "
+                                      "it to another folder and open the station again.")
+                           .arg(path),
+                       AdoCause::Damaged);
+    }
+}
+
 }  // namespace
 
-Database::Database(const QString& path, const QStringList& ownTables) : path_(path) {
-    const bool isOpenHere = WriterMark::CountOf(path) > 0;
+Database::Database(const QString& path, const QStringList& ownTables) {
+    const QString file = QFileInfo(path).canonicalFilePath();
+    path_ = file.isEmpty() ? path : file;
+    const bool isOpenHere = WriterMark::CountOf(path_) > 0;
     if (!isOpenHere) {
-        handle_ = OpenUntouched(path);
-        RequireSound(handle_.get(), path);
+        handle_ = OpenSound(path_);
         if (!ownTables.isEmpty() && !HasTableOf(handle_.get(), ownTables)) {
             return;
         }
         handle_.reset();
     }
-    handle_ = OpenForWriting(path);
-    if (handle_) {
-        mark_ = std::make_unique<WriterMark>(path);
-        FoldBackAfter(handle_.get(), kUsualInterval);
-    } else if (isOpenHere) {
+    if (OpenToWrite()) {
+        return;
+    }
+    if (isOpenHere) {
         throw AdoError(adErrGeneral,
                        QStringLiteral("The file can't be opened again: %1").arg(path));
-    } else {
-        handle_ = OpenUntouched(path);
     }
+    handle_ = OpenUntouched(path_);
 }
 
-void Database::Close() noexcept {
+// False if the file can only be read.
+bool Database::OpenToWrite() {
+    Handle handle = OpenForWriting(path_);
+    if (!handle) {
+        return false;
+    }
+    try {
+        companion_ = std::make_unique<WriteAhead>(handle.get(), path_);
+    } catch (const AdoError& error) {
+        const bool hasNoRoom =
+            error.Cause() == AdoCause::Full || sqlite3_errcode(handle.get()) == SQLITE_CANTOPEN;
+        if (hasNoRoom || error.Cause() == AdoCause::ReadOnly) {
+            return false;
+        }
+        throw;
+    }
+    handle_ = std::move(handle);
+    mark_ = std::make_unique<WriterMark>(path_);
+    companionFile_ = IdentityOf(path_ + QStringLiteral("-wal"));
+    return true;
+}
+
+QString Database::Close() noexcept {
     if (!handle_) {
-        return;
+        return {};
     }
     while (!cursors_.empty()) {
         Cursor* cursor = cursors_.back();
         cursors_.pop_back();
         cursor->LetGo();
     }
-    TryRun(handle_.get(), "ROLLBACK");
+    sqlite3_exec(handle_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     inTransaction_ = false;
+    QString reason;
     if (mark_ && mark_->IsOnlyOne()) {
-        TryRun(handle_.get(), "PRAGMA locking_mode = NORMAL");
-        // Fails where another program has the file open; the last one to close does it then.
-        TryRun(handle_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
-        TryRun(handle_.get(), "PRAGMA journal_mode = DELETE");
+        if (HasForeignCompanion()) {
+            companion_->LeaveReplaced();
+        } else {
+            reason = companion_->Leave();
+        }
     }
+    const bool isInPlace = IsInPlace();
+    companion_.reset();
     handle_.reset();
-    if (mark_) {
+    if (mark_ && isInPlace) {
         NoteSound(path_);
     }
     mark_.reset();
+    return reason;
+}
+
+bool Database::IsInPlace() const {
+    if (!mark_) {
+        return true;
+    }
+    int hasMoved = 0;
+    sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+    return hasMoved == 0 && IdentityOf(path_) == mark_->File() && !IsOverwritten();
+}
+
+// While the file is open for writing, its first page names the write-ahead mode. The bytes of a
+// station that was closed, written into the same file, don't. Read through the database's own
+// descriptor: closing another one would drop its locks.
+bool Database::IsOverwritten() const {
+    constexpr int versions = 18;
+    char header[versions + 2] = {};
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    if (file == nullptr || file->pMethods == nullptr) {
+        return false;
+    }
+    const int code = file->pMethods->xRead(file, header, sizeof header, 0);
+    return code == SQLITE_IOERR_SHORT_READ ||
+           (code == SQLITE_OK && (header[versions] != 2 || header[versions + 1] != 2));
+}
+
+// Another file in the place of this one has a companion of its own by now.
+bool Database::HasForeignCompanion() const {
+    const std::optional<FileIdentity> present = IdentityOf(path_ + QStringLiteral("-wal"));
+    return present && present != companionFile_;
+}
+
+void Database::CopyTo(const QString& path) {
+    Statement copying(handle_.get(), "VACUUM INTO ?1");
+    copying.Bind(1, QFileInfo(path).absoluteFilePath());
+    copying.Step();
 }
 
 void Database::Begin() {
@@ -112,7 +155,7 @@ void Database::Begin() {
 }
 
 void Database::Commit() {
-    RequireLiveTransaction();
+    RequireChangeable();
     Run(handle_.get(), "COMMIT");
     inTransaction_ = false;
 }
@@ -124,42 +167,26 @@ void Database::Rollback() {
     }
 }
 
-void Database::RequireLiveTransaction() const {
+void Database::RequireChangeable() const {
     if (inTransaction_ && sqlite3_get_autocommit(handle_.get()) != 0) {
         throw AdoError(adErrGeneral, QStringLiteral("The changes were undone by a failure."));
+    }
+    if (companion_ && !companion_->IsAppending() && !IsInPlace()) {
+        throw AdoError(
+            adErrGeneral,
+            QStringLiteral("The file was removed or replaced by another program: %1").arg(path_),
+            AdoCause::Moved);
     }
 }
 
 void Database::BeginExclusiveUse() noexcept {
-    if (IsReadOnly() || inTransaction_) {
-        return;
-    }
-    FoldBackAfter(handle_.get(), AppendIntervalOn(path_));
-    TryRun(handle_.get(), "PRAGMA locking_mode = EXCLUSIVE");
-    // The lock is taken by the first write. Where another connection has the file open it can't be
-    // had, and no wait would bring it; each row then takes its lock by itself.
-    sqlite3_busy_timeout(handle_.get(), 0);
-    const bool isAlone = TryRun(handle_.get(), "BEGIN IMMEDIATE; COMMIT");
-    sqlite3_busy_timeout(handle_.get(), kPatience);
-    if (!isAlone) {
-        LeaveExclusiveMode();
-        GiveUpPendingLock(handle_.get());
+    if (companion_ && !inTransaction_) {
+        companion_->BeginAppends();
     }
 }
 
-void Database::EndExclusiveUse() noexcept {
-    if (IsReadOnly()) {
-        return;
-    }
-    LeaveExclusiveMode();
-    FoldBackAfter(handle_.get(), kUsualInterval);
-    TryRun(handle_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
-}
-
-void Database::LeaveExclusiveMode() noexcept {
-    TryRun(handle_.get(), "PRAGMA locking_mode = NORMAL");
-    // The lock goes at the end of the next access.
-    TryRun(handle_.get(), "SELECT count(*) FROM sqlite_schema");
+Unsynced Database::EndExclusiveUse() noexcept {
+    return companion_ && companion_->IsAppending() ? companion_->EndAppends() : Unsynced();
 }
 
 }  // namespace rillbook::ado

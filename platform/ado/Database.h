@@ -7,6 +7,7 @@
 
 #include "platform/ado/DatabaseFile.h"
 #include "platform/ado/Statement.h"
+#include "platform/ado/WriteAhead.h"
 
 namespace rillbook::ado {
 
@@ -21,33 +22,41 @@ public:
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
-    // Detaches the cursors, drops an open transaction and folds the companion back where nobody
-    // else has the file.
-    void Close() noexcept;
+    // Detaches the cursors, drops an open transaction and folds the companion back if nobody else
+    // has the file. Returns why that failed, as Connection::Close does.
+    QString Close() noexcept;
 
     sqlite3* handle() const { return handle_.get(); }
     bool IsReadOnly() const { return mark_ == nullptr; }
+    bool IsInPlace() const;
+    void CopyTo(const QString& path);
 
     void Begin();
     void Commit();
     void Rollback();
     // Before every change. A transaction that the database has given up (disk full) takes no more
-    // changes: they would be stored one by one, as if nothing were missing before them.
-    void RequireLiveTransaction() const;
+    // changes: they would be stored one by one, as if nothing were missing before them. A file that
+    // is not in its place takes none either, except in a run of appends, which asks at its ends.
+    void RequireChangeable() const;
 
     void BeginExclusiveUse() noexcept;
-    void EndExclusiveUse() noexcept;
+    Unsynced EndExclusiveUse() noexcept;
 
     // Cursors that must let go of their statements before the file is closed.
     void Attach(Cursor* cursor) { cursors_.push_back(cursor); }
     void Detach(Cursor* cursor) { std::erase(cursors_, cursor); }
 
 private:
-    void LeaveExclusiveMode() noexcept;
+    bool OpenToWrite();
+    bool IsOverwritten() const;
+    bool HasForeignCompanion() const;
 
-    QString path_;
+    QString path_;  // of the file itself, not of a link to it
     Handle handle_;
-    std::unique_ptr<WriterMark> mark_;  // null for a file that can't be written
+    // Both null for a file that can't be written.
+    std::unique_ptr<WriteAhead> companion_;
+    std::unique_ptr<WriterMark> mark_;
+    std::optional<FileIdentity> companionFile_;
     bool inTransaction_ = false;
     std::vector<Cursor*> cursors_;
 };

@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 #include <QUrl>
 #include <QtEndian>
+#include <map>
 #include <optional>
 
 #include "platform/ado/AdoError.h"
@@ -16,8 +17,8 @@ namespace rillbook::ado {
 
 namespace {
 
-[[noreturn]] void RaiseGeneral(const QString& why) {
-    throw AdoError(adErrGeneral, why);
+[[noreturn]] void RaiseGeneral(const QString& why, AdoCause cause = AdoCause::Access) {
+    throw AdoError(adErrGeneral, why, cause);
 }
 
 // Bytes 18 and 19 tell the journal mode, 16 the page size, 28 the count of pages; the count holds
@@ -25,11 +26,15 @@ namespace {
 bool IsWriteAhead(const QString& path, qint64 companionSize) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        RaiseGeneral(QStringLiteral("The file can't be opened: %1").arg(path));
+        RaiseGeneral(QStringLiteral("The file can't be opened: %1").arg(file.errorString()));
     }
     const QByteArray header = file.read(100);
+    if (file.error() != QFileDevice::NoError) {
+        RaiseGeneral(QStringLiteral("The file can't be read: %1").arg(file.errorString()));
+    }
     if (header.size() < 100 || !header.startsWith(QByteArray("SQLite format 3\0", 16))) {
-        RaiseGeneral(QStringLiteral("The file is not a station database: %1").arg(path));
+        RaiseGeneral(QStringLiteral("The file is not a station database: %1").arg(path),
+                     AdoCause::Damaged);
     }
     const auto word = [&header](qsizetype offset) {
         return qFromBigEndian<quint32>(header.constData() + offset);
@@ -39,7 +44,7 @@ bool IsWriteAhead(const QString& path, qint64 companionSize) {
     // With a companion the count may be that of pages which haven't been folded back yet.
     const bool isCounted = word(24) == word(92) && companionSize == 0;
     if (isCounted && file.size() < pageSize * word(28)) {
-        RaiseGeneral(QStringLiteral("The file is cut short: %1").arg(path));
+        RaiseGeneral(QStringLiteral("The file is cut short: %1").arg(path), AdoCause::Damaged);
     }
     return header[18] == 2 || header[19] == 2;
 }
@@ -50,8 +55,8 @@ Handle OpenHandle(const QByteArray& name, int flags, const char* fileSystem = nu
         name.constData(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, fileSystem);
     Handle handle(opened);
     if (result != SQLITE_OK) {
-        RaiseGeneral(
-            QString::fromUtf8(opened != nullptr ? sqlite3_errmsg(opened) : sqlite3_errstr(result)));
+        const char* why = opened != nullptr ? sqlite3_errmsg(opened) : sqlite3_errstr(result);
+        throw ErrorOfCode(result, QString::fromUtf8(why));
     }
     sqlite3_busy_timeout(opened, kPatience);
     // Folding a companion back is left to the connection that writes.
@@ -66,7 +71,8 @@ bool IsReadable(sqlite3* handle) {
 
 Handle RequireReadable(Handle handle) {
     if (!IsReadable(handle.get())) {
-        RaiseGeneral(QString::fromUtf8(sqlite3_errmsg(handle.get())));
+        const AdoError error = LastError(handle.get());
+        RaiseGeneral(error.Description(), error.Cause());
     }
     return handle;
 }
@@ -94,6 +100,12 @@ Handle OpenWithCompanion(const QByteArray& name, bool writable) {
     return RequireReadable(OpenHandle(name, SQLITE_OPEN_READONLY));
 }
 
+// As the file is by itself, without locks: nobody may have it open.
+Handle OpenWithoutCompanion(const QString& path) {
+    const QByteArray uri = "file:" + QUrl::toPercentEncoding(path, "/") + "?immutable=1";
+    return OpenHandle(uri, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+}
+
 bool IsWritable(const QFileInfo& file) {
     return file.isWritable() && QFileInfo(file.absolutePath()).isWritable();
 }
@@ -107,8 +119,9 @@ QString RealPath(const QString& path) {
     return file.canonicalFilePath();
 }
 
-QHash<QString, int>& Writers() {
-    static QHash<QString, int> writers;
+// Never destroyed: a station that is open when the process exits is closed after that.
+std::map<FileIdentity, int>& Writers() {
+    static auto& writers = *new std::map<FileIdentity, int>;
     return writers;
 }
 
@@ -131,7 +144,7 @@ std::optional<FileStamp> StampOf(const QString& path) {
 
 // By inode: few, as a process opens few stations.
 QHash<std::uint64_t, FileStamp>& SoundFiles() {
-    static QHash<std::uint64_t, FileStamp> files;
+    static auto& files = *new QHash<std::uint64_t, FileStamp>;  // never destroyed, as above
     return files;
 }
 
@@ -163,9 +176,7 @@ Handle OpenUntouched(const QString& path) {
     if (isWriteAhead) {
         // Nobody has it open, or the companion would be there; reading it in the ordinary way would
         // make one.
-        const QByteArray uri =
-            "file:" + QUrl::toPercentEncoding(file.filePath(), "/") + "?immutable=1";
-        return RequireReadable(OpenHandle(uri, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI));
+        return RequireReadable(OpenWithoutCompanion(file.filePath()));
     }
     // Opened for writing where possible: a half-done change that a killed program left in the
     // rollback journal is undone by the first reader that may write.
@@ -178,23 +189,9 @@ Handle OpenForWriting(const QString& path) {
     if (!IsWritable(file)) {
         return nullptr;
     }
-    const QByteArray name = QFile::encodeName(file.filePath());
-    Handle handle = OpenHandle(name, SQLITE_OPEN_READWRITE);
+    Handle handle = OpenHandle(QFile::encodeName(file.filePath()), SQLITE_OPEN_READWRITE);
     sqlite3_db_config(handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
-    try {
-        if (sqlite3_db_readonly(handle.get(), "main") != 0 ||
-            Ask(handle.get(), "PRAGMA journal_mode = WAL") != u"wal") {
-            return nullptr;
-        }
-        Run(handle.get(), "PRAGMA synchronous = NORMAL; SELECT count(*) FROM sqlite_schema");
-    } catch (const AdoError&) {
-        const int code = sqlite3_errcode(handle.get());
-        if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
-            throw;
-        }
-        return nullptr;
-    }
-    return handle;
+    return sqlite3_db_readonly(handle.get(), "main") == 0 ? std::move(handle) : nullptr;
 }
 
 Handle OpenForFilling(const QString& path) {
@@ -210,7 +207,7 @@ void RequireSound(sqlite3* handle, const QString& path) {
     }
     const QString verdict = Ask(handle, "PRAGMA quick_check(1)");
     if (verdict != u"ok") {
-        RaiseGeneral(QStringLiteral("The file is damaged: %1").arg(verdict));
+        RaiseGeneral(QStringLiteral("The file is damaged: %1").arg(verdict), AdoCause::Damaged);
     }
     NoteSound(path);
 }
@@ -229,22 +226,45 @@ bool HasCompanion(const QString& path) {
            QFileInfo::exists(file + QStringLiteral("-journal"));
 }
 
-WriterMark::WriterMark(const QString& path) : file_(QFileInfo(path).canonicalFilePath()) {
+bool IsSoundWithoutCompanion(const QString& path) {
+    const QString file = QFileInfo(path).canonicalFilePath();
+    if (QFileInfo(file + QStringLiteral("-wal")).size() == 0) {
+        return false;
+    }
+    try {
+        const Handle alone = RequireReadable(OpenWithoutCompanion(file));
+        return Ask(alone.get(), "PRAGMA quick_check(1)") == u"ok";
+    } catch (const AdoError&) {
+        return false;
+    }
+}
+
+std::optional<FileIdentity> IdentityOf(const QString& path) {
+    struct stat status {};
+    if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
+        return std::nullopt;
+    }
+    return FileIdentity{.device = status.st_dev, .inode = status.st_ino};
+}
+
+WriterMark::WriterMark(const QString& path) : file_(IdentityOf(path).value_or(FileIdentity())) {
     ++Writers()[file_];
 }
 
 WriterMark::~WriterMark() {
     if (--Writers()[file_] == 0) {
-        Writers().remove(file_);
+        Writers().erase(file_);
     }
 }
 
 bool WriterMark::IsOnlyOne() const {
-    return Writers().value(file_) == 1;
+    return Writers().at(file_) == 1;
 }
 
 int WriterMark::CountOf(const QString& path) {
-    return Writers().value(QFileInfo(path).canonicalFilePath());
+    const std::optional<FileIdentity> file = IdentityOf(path);
+    const auto writers = file ? Writers().find(*file) : Writers().end();
+    return writers == Writers().end() ? 0 : writers->second;
 }
 
 }  // namespace rillbook::ado

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <QString>
+#include <compare>
+#include <cstdint>
+#include <optional>
 
 #include "platform/ado/Statement.h"
 
@@ -18,9 +21,8 @@ QString PathInConnection(const QString& connectionString);
 // file is missing, no database, shorter than it says, or locked by another program.
 Handle OpenUntouched(const QString& path);
 
-// REQUIRES: OpenUntouched and RequireSound have passed the file, and the handle they used is closed
-// or lies on it no more. Puts it in write-ahead mode. Null where it can't be written (read-only
-// file or folder, no room for the companion); raises adErrGeneral where another program has it.
+// REQUIRES: OpenUntouched and RequireSound have accepted the file, and their handle is closed. Null
+// if the file or its folder is read-only. Raises adErrGeneral.
 Handle OpenForWriting(const QString& path);
 
 // Opens a file that nobody else knows of yet, to fill it as fast as can be: nothing comes to lie
@@ -39,6 +41,19 @@ void NoteSound(const QString& path);
 // Whether something that a killed program left, or another one uses, belongs to the file.
 bool HasCompanion(const QString& path);
 
+// Whether a damaged database is sound without the write-ahead companion beside it: the companion is
+// that of another file.
+bool IsSoundWithoutCompanion(const QString& path);
+
+// Which file a path leads to, whatever its names are.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    friend auto operator<=>(const FileIdentity&, const FileIdentity&) = default;
+};
+// Nothing if there is no file.
+std::optional<FileIdentity> IdentityOf(const QString& path);
+
 // Stands for one connection of this process that writes to a file. While there is one, the file is
 // known to be sound, and may not be read by other means than the database's: systems of the Unix
 // kind drop all of a process's locks on a file when it closes any descriptor of it.
@@ -50,11 +65,11 @@ public:
     WriterMark& operator=(const WriterMark&) = delete;
 
     static int CountOf(const QString& path);
-    // Also where the file has another name by now, or none.
     bool IsOnlyOne() const;
+    const FileIdentity& File() const { return file_; }
 
 private:
-    QString file_;
+    FileIdentity file_;
 };
 
 }  // namespace rillbook::ado

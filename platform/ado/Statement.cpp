@@ -1,7 +1,5 @@
 #include "platform/ado/Statement.h"
 
-#include "platform/ado/AdoError.h"
-
 namespace rillbook::ado {
 
 namespace {
@@ -12,18 +10,48 @@ int NumberOf(int extendedCode) {
         case SQLITE_CONSTRAINT_PRIMARYKEY:
         case SQLITE_CONSTRAINT_ROWID:
             return adErrDuplicate;
-        case SQLITE_ERROR:
-            return adErrSyntax;
         default:
-            return adErrGeneral;
+            return (extendedCode & 0xff) == SQLITE_ERROR ? adErrSyntax : adErrGeneral;
+    }
+}
+
+AdoCause CauseOf(int extendedCode) {
+    constexpr int primaryCode = 0xff;
+    switch (extendedCode & primaryCode) {
+        case SQLITE_ERROR:
+        case SQLITE_CONSTRAINT:
+        case SQLITE_MISMATCH:
+        case SQLITE_TOOBIG:
+        case SQLITE_RANGE:
+        case SQLITE_SCHEMA:
+            return AdoCause::Request;
+        case SQLITE_READONLY:
+            return extendedCode == SQLITE_READONLY_DBMOVED ? AdoCause::Moved : AdoCause::ReadOnly;
+        case SQLITE_PERM:
+            return AdoCause::ReadOnly;
+        case SQLITE_FULL:
+            return AdoCause::Full;
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+        case SQLITE_PROTOCOL:
+            return AdoCause::Locked;
+        case SQLITE_CORRUPT:
+        case SQLITE_NOTADB:
+        case SQLITE_FORMAT:
+            return AdoCause::Damaged;
+        default:
+            return AdoCause::Access;
     }
 }
 
 }  // namespace
 
-void RaiseLastError(sqlite3* handle) {
-    throw AdoError(NumberOf(sqlite3_extended_errcode(handle)),
-                   QString::fromUtf8(sqlite3_errmsg(handle)));
+AdoError ErrorOfCode(int extendedCode, const QString& description) {
+    return {NumberOf(extendedCode), description, CauseOf(extendedCode)};
+}
+
+AdoError LastError(sqlite3* handle) {
+    return ErrorOfCode(sqlite3_extended_errcode(handle), QString::fromUtf8(sqlite3_errmsg(handle)));
 }
 
 Statement::Statement(sqlite3* handle, const QByteArray& sql) {
@@ -31,7 +59,7 @@ Statement::Statement(sqlite3* handle, const QByteArray& sql) {
     const char* rest = nullptr;
     const int length = static_cast<int>(sql.size()) + 1;  // with the end mark, which saves a copy
     if (sqlite3_prepare_v2(handle, sql.constData(), length, &compiled, &rest) != SQLITE_OK) {
-        RaiseLastError(handle);
+        throw LastError(handle);
     }
     statement_.reset(compiled);
     const QByteArray behind(rest);
@@ -49,8 +77,7 @@ bool Statement::Step() {
         return false;
     }
     sqlite3* handle = sqlite3_db_handle(statement_.get());
-    const AdoError error(NumberOf(sqlite3_extended_errcode(handle)),
-                         QString::fromUtf8(sqlite3_errmsg(handle)));
+    const AdoError error = LastError(handle);
     Reset();
     throw error;
 }
@@ -88,7 +115,13 @@ void Statement::Bind(int parameter, const QString& text) {
 }
 
 QString Statement::Text(int column) const {
-    const void* bytes = sqlite3_column_blob(statement_.get(), column);
+    // Bytes that aren't a text count as UTF-8; a text is converted to it from any encoding.
+    const int type = sqlite3_column_type(statement_.get(), column);
+    const void* bytes = type == SQLITE_BLOB ? sqlite3_column_blob(statement_.get(), column)
+                                            : sqlite3_column_text(statement_.get(), column);
+    if (bytes == nullptr && type == SQLITE_TEXT) {
+        throw ErrorOfCode(SQLITE_NOMEM, QString::fromUtf8(sqlite3_errstr(SQLITE_NOMEM)));
+    }
     return QString::fromUtf8(static_cast<const char*>(bytes),
                              sqlite3_column_bytes(statement_.get(), column));
 }
@@ -110,7 +143,7 @@ QByteArray Statement::DeclaredType(int column) const {
 
 void Run(sqlite3* handle, const char* sql) {
     if (sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
-        RaiseLastError(handle);
+        throw LastError(handle);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "platform/ado/AdoError.h"
 #include "platform/ado/Cell.h"
 
 namespace rillbook::ado {
@@ -15,8 +16,11 @@ struct CloseHandle {
 };
 using Handle = std::unique_ptr<sqlite3, CloseHandle>;
 
-// Raises AdoError with the number that the handle's last failure stands for.
-[[noreturn]] void RaiseLastError(sqlite3* handle);
+// The error of a result code of SQLite, with a description for the user.
+AdoError ErrorOfCode(int extendedCode, const QString& description);
+
+// The error of the handle's last failure.
+AdoError LastError(sqlite3* handle);
 
 // One compiled statement; empty until assigned.
 class Statement {

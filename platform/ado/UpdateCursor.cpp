@@ -282,7 +282,7 @@ void UpdateCursor::Update() {
     if (pending_ == Pending::None) {
         return;
     }
-    database().RequireLiveTransaction();
+    database().RequireChangeable();
     if (pending_ == Pending::NewRow) {
         Insert();
     } else {
@@ -367,7 +367,7 @@ void UpdateCursor::Delete() {
         RaiseNoCurrentRecord();
     }
     ReadKeys();
-    database().RequireLiveTransaction();
+    database().RequireChangeable();
     Statement deletion(database().handle(),
                        "DELETE FROM " + table_ + " WHERE " + keyColumn_ + " = ?1");
     BindKey(deletion, 1, key_);
