@@ -1,4 +1,5 @@
 #include <QLocale>
+#include <cstdlib>
 #include <optional>
 
 #include "app/Application.h"
@@ -19,6 +20,7 @@ void Main() {
     LoadAppSettings();
     FillMonthNames();
     StationConnection = std::make_unique<Connection>();
+    std::atexit(CloseAtExit);
     auto* form = new frmMain;
     form->setAttribute(Qt::WA_DeleteOnClose);
     form->show();

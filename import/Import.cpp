@@ -15,6 +15,7 @@
 #include "platform/desktop/MsgBox.h"
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
+#include "store/StationInPlace.h"
 
 namespace rillbook {
 
@@ -26,7 +27,9 @@ struct ImportCounts {
     std::int32_t duplicates = 0;  // refused by the store's key
     std::int32_t unstored = 0;    // refused by the store for another reason
     QString unstoredReason;       // of the first of them
-    QString readFault;            // why the file couldn't be read to its end; empty where it could
+    std::int64_t stored = 0;
+    Unsynced unsynced;  // of the stored ones
+    QString readFault;  // why the file couldn't be read to its end; empty where it could
 };
 
 // Counts have 32 bits and stay at the limit.
@@ -87,6 +90,7 @@ public:
                 SetChannel(fields_[chan], reading.channels[chan - 1]);
             }
             records_.Update();
+            ++counts_.stored;
             failuresInRow_ = 0;
         } catch (const AdoError& error) {
             CountRefused(error);
@@ -143,13 +147,19 @@ private:
     bool isGivenUp_ = false;
 };
 
-// Holds the station's file for the length of an import.
+// Holds the station's file for the length of an import. At its end the records are on the disk, or
+// counted as those that are not.
 class ExclusiveUse {
 public:
-    ExclusiveUse() { StationConnection->BeginExclusiveUse(); }
-    ~ExclusiveUse() { StationConnection->EndExclusiveUse(); }
+    explicit ExclusiveUse(ImportCounts& counts) : counts_(counts) {
+        StationConnection->BeginExclusiveUse();
+    }
+    ~ExclusiveUse() { counts_.unsynced = StationConnection->EndExclusiveUse(); }
     ExclusiveUse(const ExclusiveUse&) = delete;
     ExclusiveUse& operator=(const ExclusiveUse&) = delete;
+
+private:
+    ImportCounts& counts_;
 };
 
 void ImportLines(QFile& file, RecordAppender& appender, ImportCounts& counts) {
@@ -182,6 +192,11 @@ QString CountText(std::int32_t count) {
 }
 
 void ReportCounts(const ImportCounts& counts) {
+    if (counts.unsynced.commits > 0) {
+        MsgBox(QStringLiteral("%1 of the stored records could not be brought to the disk!\n%2")
+                   .arg(QString::number(counts.unsynced.commits), counts.unsynced.reason),
+               MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+    }
     const std::int32_t readable = counts.lines - counts.duplicates - counts.unreadable;
     MsgBox(CountText(readable) + QStringLiteral(" Readable Records, ") +
            CountText(counts.unreadable) + QStringLiteral(" Unreadable Records(s), and ") +
@@ -200,7 +215,7 @@ void ReportCounts(const ImportCounts& counts) {
 }  // namespace
 
 void ImportFile(const QString& fileName) {
-    if (fileName.isEmpty()) {
+    if (fileName.isEmpty() || !StationIsInPlace()) {
         return;
     }
     ImportCounts counts;
@@ -212,9 +227,15 @@ void ImportFile(const QString& fileName) {
                    MsgBoxIcon::Exclamation);
             return;
         }
-        const ExclusiveUse exclusive;
+        const ExclusiveUse exclusive(counts);
         ImportLines(file, appender, counts);
         appender.Close();
+    }
+    if (!StationConnection->IsInPlace()) {
+        counts.unsynced = StationIsInPlace()
+                              ? Unsynced()
+                              : Unsynced{counts.stored, QStringLiteral("The file was "
+                                                                       "removed or replaced.")};
     }
     ReportCounts(counts);
 }

@@ -6,8 +6,9 @@ namespace rillbook {
 
 // Appends the readings of a logger file to the open station's table Records, in the layout of
 // StationInfo.ImportType, and ends with one message that gives the counts. Each record is final
-// when it is written; a time that is stored already is refused by the table's key and counted. An
-// empty name does nothing. Everything that goes wrong inside is told to the user or counted;
+// when it is written, and on the disk when the counts are shown; otherwise a message before them
+// says how many are not. A time that is stored already is refused by the table's key and counted.
+// An empty name does nothing. Everything that goes wrong inside is told to the user or counted;
 // nothing is raised.
 void ImportFile(const QString& fileName);
 

@@ -11,6 +11,7 @@
 #include "platform/desktop/ReplaceFile.h"
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
+#include "store/StationInPlace.h"
 
 namespace rillbook {
 
@@ -125,6 +126,7 @@ void ReshapeStation(const StationShape& shape) {
     const StationInfoData formerStation = StationInfo;
     const ChannelTable formerChannels = ChannelInfo;
     try {
+        RequireStationInPlace();
         CompactStation();
         Transaction transaction(*StationConnection);
         FitRecords(static_cast<int>(shape.channels.size()));

@@ -1,5 +1,6 @@
 #include "store/FormStuff.h"
 
+#include <QMap>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -9,6 +10,7 @@
 #include "platform/desktop/MsgBox.h"
 #include "store/FieldTexts.h"
 #include "store/StationDatabase.h"
+#include "store/StationInPlace.h"
 #include "store/StationPanel.h"
 
 namespace rillbook {
@@ -79,11 +81,27 @@ void WriteFrom(const QString& text, Recordset& rows, QStringView column) {
     SetTextOrNull(rows.Fields(column), text);
 }
 
-// Calls `step(column, value)` for each column of a channel's row, passing over what fails.
+// Runs one step whose failure is ignored, unless it is one of the file: then the next value may be
+// missing for the same reason. Sets the reason of an ignored failure.
+template <typename Step>
+void TryStep(const Step& step, QString* reason = nullptr) {
+    try {
+        step();
+    } catch (const AdoError& error) {
+        if (error.IsOfFile()) {
+            throw;
+        }
+        if (reason != nullptr) {
+            *reason = error.Description();
+        }
+    }
+}
+
+// Calls `step(column, value)` for each column of a channel's row, ignoring columns that fail.
 template <typename Step>
 void ForEachChannelColumn(ChannelInfoData& channel, Step step) {
     for (const auto& column : kChannelColumns) {
-        Attempt([&] {
+        TryStep([&] {
             std::visit([&](auto member) { step(QStringView(column.name), channel.*member); },
                        column.target);
         });
@@ -93,12 +111,12 @@ void ForEachChannelColumn(ChannelInfoData& channel, Step step) {
 // The same for the columns of the first row that StationInfo holds.
 template <typename Step>
 void ForEachStationColumn(Step step) {
-    Attempt([&] { step(u"importdir", StationInfo.ImportDir); });
-    Attempt([&] { step(u"importtype", StationInfo.ImportType); });
-    Attempt([&] { step(u"importdtwidth", StationInfo.ImportDtWidth); });
-    Attempt([&] { step(u"outputchannel", StationInfo.OutputChannel); });
-    Attempt([&] { step(u"timeincrement", StationInfo.TimeIncrement); });
-    Attempt([&] { step(u"channels", StationInfo.Channels); });
+    TryStep([&] { step(u"importdir", StationInfo.ImportDir); });
+    TryStep([&] { step(u"importtype", StationInfo.ImportType); });
+    TryStep([&] { step(u"importdtwidth", StationInfo.ImportDtWidth); });
+    TryStep([&] { step(u"outputchannel", StationInfo.OutputChannel); });
+    TryStep([&] { step(u"timeincrement", StationInfo.TimeIncrement); });
+    TryStep([&] { step(u"channels", StationInfo.Channels); });
 }
 
 // What the user types into the panel, when it was last read or stored.
@@ -117,9 +135,12 @@ QString WriteInformationRows(Recordset& rows) {
         if (column.target == Item::Channels) {
             continue;
         }
-        const QString reason = Attempt([&] {
-            WriteFrom(TheStationPanel->Text(column.target), rows, QStringView(column.name));
-        });
+        QString reason;
+        TryStep(
+            [&] {
+                WriteFrom(TheStationPanel->Text(column.target), rows, QStringView(column.name));
+            },
+            &reason);
         if (refusal.isEmpty() && (column.target == Item::Name || column.target == Item::Notes)) {
             refusal = reason;
         }
@@ -140,26 +161,36 @@ QString WriteInformationRows(Recordset& rows) {
     return refusal;
 }
 
-// Returns why the rows, or the texts that the user types, could not be stored.
-QString TryToWrite() {
-    UpgradeInformation();
-    QString refusal;
-    // All rows or none: if a row in the middle were refused, the next channel's values would be
-    // written into it.
-    const QString failure = Attempt([&refusal] {
-        Transaction transaction(*StationConnection);
-        refusal = WriteInformation();
-        transaction.Commit();
-    });
-    const QString reason = failure.isEmpty() ? refusal : failure;
-    if (reason.isEmpty()) {
-        storedTexts = TypedTexts();
+// Why the rows, or the texts that the user types, could not be stored.
+struct HeaderFailure {
+    QString reason;           // empty if all were stored, or if the user has had a message
+    bool isOfMedium = false;  // not just a read-only or locked file, or a text that is too long
+};
+
+HeaderFailure TryToWrite() {
+    if (!StationIsInPlace()) {
+        return {};
     }
-    return reason;
+    try {
+        UpgradeInformation();
+        // All rows or none: if a row in the middle were refused, the next channel's values would be
+        // written into it.
+        Transaction transaction(*StationConnection);
+        const QString refusal = WriteInformation();
+        transaction.Commit();
+        if (refusal.isEmpty()) {
+            storedTexts = TypedTexts();
+        }
+        return {.reason = refusal};
+    } catch (const AdoError& error) {
+        const bool isOfMedium = error.Cause() == AdoCause::Full ||
+                                (error.IsOfFile() && error.Cause() != AdoCause::Locked);
+        return {.reason = error.Description(), .isOfMedium = isOfMedium};
+    }
 }
 
 void TryStatement(const QString& statement) {
-    Attempt([&] { StationConnection->Execute(statement); });
+    TryStep([&] { StationConnection->Execute(statement); });
 }
 
 }  // namespace
@@ -195,17 +226,20 @@ QString Attempt(const std::function<void()>& step) {
     }
 }
 
-void ReadStationInfo() {
+namespace {
+
+// Fills StationInfo and ChannelInfo. Returns the texts of the panel.
+QMap<Item, QString> ReadHeader() {
     UpgradeInformation();
     Recordset rows;
-    Attempt([&] {
+    TryStep([&] {
         rows.Open(QStringLiteral("Information"), *StationConnection);
         rows.MoveFirst();
     });
+    QMap<Item, QString> texts;
     for (const auto& column : kPanelColumns) {
-        Attempt([&] {
-            TheStationPanel->SetText(column.target,
-                                     TextOrEmpty(rows.Fields(QStringView(column.name))));
+        TryStep([&] {
+            texts.insert(column.target, TextOrEmpty(rows.Fields(QStringView(column.name))));
         });
     }
     ForEachStationColumn(
@@ -215,7 +249,7 @@ void ReadStationInfo() {
             ReadInto(variable, rows, column);
         });
         bool atEnd = true;
-        Attempt([&] {
+        TryStep([&] {
             rows.MoveNext();
             atEnd = rows.Eof();
         });
@@ -223,7 +257,24 @@ void ReadStationInfo() {
             break;
         }
     }
-    Attempt([&] { rows.Close(); });
+    return texts;
+}
+
+}  // namespace
+
+void ReadStationInfo() {
+    const StationInfoData formerStation = StationInfo;
+    const ChannelTable formerChannels = ChannelInfo;
+    try {
+        const QMap<Item, QString> texts = ReadHeader();
+        for (auto text = texts.cbegin(); text != texts.cend(); ++text) {
+            TheStationPanel->SetText(text.key(), text.value());
+        }
+    } catch (const AdoError&) {
+        StationInfo = formerStation;
+        ChannelInfo = formerChannels;
+        throw;
+    }
     storedTexts = TypedTexts();
 }
 
@@ -237,15 +288,20 @@ QString WriteInformation() {
 }
 
 void WriteStationInfo() {
-    TryToWrite();
+    const HeaderFailure failure = TryToWrite();
+    if (failure.isOfMedium) {
+        TellFault(QStringLiteral("The station data could not be saved"), failure.reason);
+    }
 }
 
 void SaveStationInfo() {
-    const QString reason = TryToWrite();
-    if (!reason.isEmpty() && TypedTexts() != storedTexts) {
+    const HeaderFailure failure = TryToWrite();
+    if (!failure.reason.isEmpty() && TypedTexts() != storedTexts) {
         TellFault(
             QStringLiteral("The name and the notes of %1 could not be stored").arg(StationTitle),
-            reason);
+            failure.reason);
+    } else if (failure.isOfMedium) {
+        TellFault(QStringLiteral("The station data could not be saved"), failure.reason);
     }
 }
 

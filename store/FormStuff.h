@@ -62,14 +62,16 @@ QString ReportDescription(int chan);
 QString Attempt(const std::function<void()>& step);
 
 // Fills StationInfo, ChannelInfo and the panel from the table Information. A step that fails (NULL
-// in a number, a missing row or table) leaves its variable as it was.
+// in a number, a missing row or table) leaves its variable as it was. If the file fails (see
+// AdoError::IsOfFile), raises AdoError, and none of them has changed.
 void ReadStationInfo();
 
-// Writes them back, in one transaction. Does nothing if the file can't be changed.
+// Writes them back, in one transaction, synced to the disk. If the disk or the file fails, the user
+// gets a message; a file that is read-only or locked stays as it is.
 void WriteStationInfo();
 
-// WriteStationInfo, with a message if the user changed the station's name or notes and they could
-// not be stored.
+// WriteStationInfo, with a message also if the user changed the station's name or notes and they
+// could not be stored.
 void SaveStationInfo();
 
 // WriteStationInfo as a part of a larger change: raises AdoError if the rows can't be written.
@@ -81,7 +83,8 @@ QString WriteInformation();
 // reach the table Information with the next WriteStationInfo. A failing query is told to the user.
 void RefreshRecordStats();
 
-// Adds to files of older releases the columns that they lack; harmless on others.
+// Adds to files of older releases the columns that they lack; harmless on others. Raises AdoError
+// if the file fails.
 void UpgradeInformation();
 void UpgradeCalibration();
 

@@ -3,6 +3,7 @@
 #include "platform/ado/Recordset.h"
 #include "store/FieldTexts.h"
 #include "store/StationDatabase.h"
+#include "store/StationInPlace.h"
 
 namespace rillbook {
 
@@ -44,6 +45,7 @@ std::vector<JournalRow> ReadJournal(int chan) {
 }
 
 void WriteJournal(int chan, const std::vector<JournalRow>& rows) {
+    RequireStationInPlace();
     Transaction transaction(*StationConnection);
     StationConnection->Execute(QStringLiteral("DELETE *") + OfChannel(chan));
     Recordset visits;

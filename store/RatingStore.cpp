@@ -6,6 +6,7 @@
 #include "store/FieldTexts.h"
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
+#include "store/StationInPlace.h"
 
 namespace rillbook {
 
@@ -78,6 +79,7 @@ std::vector<ListedRating> ListRatings(int chan) {
 }
 
 void DeleteRating(int chan, RatingTime time) {
+    RequireStationInPlace();
     Transaction transaction(*StationConnection);
     Delete(OfChannel(kPoints, chan) + AtTime(time));
     Delete(OfChannel(kEquations, chan) + AtTime(time));
@@ -98,6 +100,7 @@ std::optional<EquationRating> ReadEquation(int chan, RatingTime time) {
 }
 
 void WriteEquation(int chan, RatingTime former, const EquationRating& rating) {
+    RequireStationInPlace();
     Transaction transaction(*StationConnection);
     for (const RatingTime time : {former, rating.time}) {
         Delete(OfChannel(kEquations, chan) + AtTime(time) + OfKind(false));
@@ -140,6 +143,7 @@ std::optional<TableHead> ReadTableHead(int chan, RatingTime time) {
 
 void WriteTable(int chan, RatingTime former, const TableHead& head,
                 const std::vector<TablePoint>& points) {
+    RequireStationInPlace();
     Transaction transaction(*StationConnection);
     for (const RatingTime time : {former, head.time}) {
         Delete(OfChannel(kEquations, chan) + AtTime(time) + OfKind(true));

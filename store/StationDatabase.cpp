@@ -1,9 +1,12 @@
 #include "store/StationDatabase.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <cstdio>
 
 #include "app/Application.h"
 #include "platform/ado/AdoError.h"
+#include "platform/desktop/Desktop.h"
 #include "platform/desktop/MsgBox.h"
 #include "platform/desktop/ReplaceFile.h"
 #include "store/FileError.h"
@@ -37,10 +40,6 @@ QStringList CompanionsOf(const QString& path) {
     return companions;
 }
 
-namespace {
-
-// A companion of the file that goes would be taken for one of the file that comes. Returns the
-// reason where one can't be removed.
 QString RemoveCompanions(const QString& path) {
     for (const QString& name : CompanionsOf(path)) {
         QFile companion(name);
@@ -51,11 +50,23 @@ QString RemoveCompanions(const QString& path) {
     return {};
 }
 
-}  // namespace
-
 QString ConnectionTo(const QString& path) {
     return QStringLiteral("Provider = Microsoft.Jet.OLEDB.4.0; Data Source = ") + path;
 }
+
+namespace {
+
+// Why a file that exists can't be opened, on a line of its own.
+QString ReasonLine(const QString& path, const AdoError& error) {
+    if (!QFileInfo::exists(path)) {
+        return {};
+    }
+    return u'\n' + (error.Cause() == AdoCause::Locked
+                        ? QStringLiteral("Another program is using the file.")
+                        : error.Description());
+}
+
+}  // namespace
 
 bool OpenDB(const QString& path) {
     StationConnectionString = ConnectionTo(path);
@@ -67,22 +78,62 @@ bool OpenDB(const QString& path) {
     try {
         StationConnection->Open(StationConnectionString);
         ReadStationInfo();
-        TheStationPanel->ShowPanel(true);
-        TheStationPanel->EnableStationMenus(true);
-        return true;
     } catch (const AdoError& error) {
+        StationConnection->Close();
         if (error.Number() == adErrGeneral) {
-            MsgBox(path + QStringLiteral(" not found!"), MsgBoxButtons::Ok,
-                   MsgBoxIcon::Information);
+            MsgBox(path + QStringLiteral(" not found!") + ReasonLine(path, error),
+                   MsgBoxButtons::Ok, MsgBoxIcon::Information);
         }
         return false;
     }
+    TheStationPanel->ShowPanel(true);
+    TheStationPanel->EnableStationMenus(true);
+    return true;
 }
 
 void CloseDB() {
     SaveStationInfo();
-    StationConnection->Close();
+    if (StationConnection->State() == 0) {
+        return;
+    }
+    const QString reason = StationConnection->Close();
+    // A companion that is gone doesn't come back after a loss of power.
+    SyncFolderOf(QFileInfo(StationPath).canonicalFilePath());
+    if (!reason.isEmpty()) {
+        MsgBox(QStringLiteral("The last changes of %1 could not be brought into the file: %2\n"
+                              "They are in %1-wal beside it. Keep the two files together; the next "
+                              "opening brings the changes into the file.")
+                   .arg(StationPath, reason),
+               MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+    }
     ShowNoStation();
+}
+
+namespace {
+
+// Nobody can answer any more.
+class MessagesToStandardError : public MsgBoxDoor {
+public:
+    MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon,
+                      const QString&) override {
+        std::fputs(qPrintable(text + u'\n'), stderr);
+        return buttons == MsgBoxButtons::YesNo ? MsgBoxAnswer::No : MsgBoxAnswer::Cancel;
+    }
+};
+
+}  // namespace
+
+void CloseAtExit() {
+    if (!StationConnection || StationConnection->State() == 0) {
+        return;
+    }
+    MessagesToStandardError messages;
+    TheDesktop().messages = &messages;
+    if (TheStationPanel != nullptr) {
+        SaveStationInfo();
+    }
+    StationConnection->Close();
+    TheDesktop().messages = nullptr;
 }
 
 void ShowNoStation() {
@@ -115,6 +166,7 @@ void CopyStationTemplate(const QString& path) {
     if (!reason.isEmpty()) {
         throw FileError(path, reason);
     }
+    SyncFolderOf(QFileInfo(path).canonicalFilePath());
 }
 
 bool IsUsablePath(const QString& path) {

@@ -19,14 +19,19 @@ extern QString StationTitle;  // file name without folder
 // The connection text of a station's file.
 QString ConnectionTo(const QString& path);
 
-// Opens the station and loads its header; true on success. Tells the user where the file can't be
-// opened. An Access file is made a station first, where the user wants it (see
-// StationConversion.h). StationPath and StationTitle are the caller's to set, on true only.
-// REQUIRES: StationConnection closed.
+// Opens the station and loads its header; true on success. If the file can't be opened or its
+// header can't be read, the user gets a message with the reason, and no station is open. An Access
+// file is made a station first, where the user wants it (see StationConversion.h). StationPath and
+// StationTitle are the caller's to set, on true only. REQUIRES: StationConnection closed.
 bool OpenDB(const QString& path);
 
-// SaveStationInfo, and closes the connection. REQUIRES: StationConnection open.
+// SaveStationInfo, and closes the connection. If the changes can't be brought from the companion
+// into the file, the user gets a message. REQUIRES: StationConnection open.
 void CloseDB();
+
+// The same when the process exits with a station open, for instance because the display is gone:
+// without a message on the screen, and without a window. Not for a program that goes on.
+void CloseAtExit();
 
 // What CloseDB leaves on the screen; by itself, for a station whose file was lost.
 void ShowNoStation();
@@ -43,6 +48,10 @@ QByteArray StationTemplate();
 // What a killed program or another one may leave beside a database file, and an opening of that
 // file under the same name takes in.
 QStringList CompanionsOf(const QString& path);
+
+// Removes them, for a file that comes in the place of that one: they would be taken for its own.
+// Returns the system's reason if one can't be removed; empty if none is left.
+QString RemoveCompanions(const QString& path);
 
 // Puts a copy of the program's template at `path`, replacing what is there together with any
 // companion that a killed program left beside it. Raises FileError; what stood at `path` is whole

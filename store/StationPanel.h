@@ -22,6 +22,8 @@ public:
     virtual void SetText(Item item, const QString& text) = 0;
     virtual void ShowPanel(bool visible) = 0;
     virtual void EnableStationMenus(bool on) = 0;
+    // The open station has another file now, StationPath; it was `former`.
+    virtual void StationRenamed(const QString& former) = 0;
     virtual void SetWindowCaption(const QString& caption) = 0;
 };
 

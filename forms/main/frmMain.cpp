@@ -227,6 +227,13 @@ void frmMain::ShowPanel(bool visible) {
     ui_->Frame1->setVisible(visible);
 }
 
+void frmMain::StationRenamed(const QString& former) {
+    if (QTreeWidgetItem* station = FindStation(*ui_->TreeView1, former)) {
+        delete FindStation(*ui_->TreeView1, StationPath);  // of a file that was written over
+        FillStationNode(station, StationPath, StationTitle);
+    }
+}
+
 void frmMain::SetWindowCaption(const QString& caption) {
     setWindowTitle(caption);
 }

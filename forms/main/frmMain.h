@@ -48,6 +48,7 @@ public:
     void SetText(Item item, const QString& text) override;
     void ShowPanel(bool visible) override;
     void EnableStationMenus(bool on) override;
+    void StationRenamed(const QString& former) override;
     void SetWindowCaption(const QString& caption) override;
 
 protected:

@@ -167,6 +167,7 @@ QString frmDelete::DeleteRange(DateTime from, DateTime to) {
     const Hourglass hourglass;
     const int chan = ui_->cboChannels->currentIndex();
     try {
+        editor_.RequireStation();
         if (chan == 0) {
             DeleteRecords(from, to);
         } else {

@@ -9,6 +9,7 @@
 #include "platform/qt/DataGrid.h"
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
+#include "store/StationInPlace.h"
 #include "ui_frmEditRecords.h"
 
 namespace rillbook {
@@ -25,10 +26,19 @@ frmEditRecords::frmEditRecords(QWidget* parent)
     ui_->setupUi(this);
     connect(ui_->cmdDelete, &QAbstractButton::clicked, this, &frmEditRecords::ShowDelete);
     connect(ui_->cmdOK, &QAbstractButton::clicked, this, &QDialog::accept);
+    connect(ui_->DataGrid1, &DataGrid::Refused, this, [this] {
+        if (!StationConnection->IsInPlace()) {
+            TryToLoad([this] { RequireStation(); });
+        }
+    });
+    TryToLoad([this] { LoadGrid(); });
+}
+
+void frmEditRecords::TryToLoad(const std::function<void()>& load) {
     QString failure;
     try {
         const Hourglass hourglass;
-        LoadGrid();
+        load();
     } catch (const AdoError& error) {
         failure = error.Description();
     }
@@ -49,7 +59,15 @@ QPoint frmEditRecords::DeleteButtonPosition() const {
     return ui_->cmdDelete->mapTo(this, QPoint());
 }
 
+void frmEditRecords::RequireStation() {
+    RequireStationInPlace();
+    if (Adodc1.ConnectionString != StationConnection->ConnectionString()) {
+        LoadGrid();
+    }
+}
+
 void frmEditRecords::LoadGrid() {
+    RequireStationInPlace();  // the connection below opens what the path leads to
     DataGrid& grid = Grid();
     grid.SetAllowRowSizing(false);
     setWindowTitle(QStringLiteral("Edit Records - ") + StationTitle);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <functional>
 #include <memory>
 
 #include "platform/qt/Adodc.h"
@@ -25,6 +26,9 @@ public:
     // The rows of the grid, on a connection of their own.
     rillbook::Adodc Adodc1;
     DataGrid& Grid() const;
+    // Before a change: raises AdoError if the station's file is not in its place. If the user saves
+    // the station under another name then, the grid shows the rows of that file.
+    void RequireStation();
     // Within the form, in pixels.
     QPoint DeleteButtonPosition() const;
 
@@ -34,6 +38,8 @@ public:
 
 private:
     void LoadGrid();
+    // If that raises AdoError, the user gets a message, and there is nothing to edit.
+    void TryToLoad(const std::function<void()>& load);
     void ShowDelete();
 
     std::unique_ptr<Ui::frmEditRecords> ui_;

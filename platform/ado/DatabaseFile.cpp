@@ -33,7 +33,7 @@ bool IsWriteAhead(const QString& path, qint64 companionSize) {
         RaiseGeneral(QStringLiteral("The file can't be read: %1").arg(file.errorString()));
     }
     if (header.size() < 100 || !header.startsWith(QByteArray("SQLite format 3\0", 16))) {
-        RaiseGeneral(QStringLiteral("The file is not a station database: %1").arg(path),
+        RaiseGeneral(QStringLiteral("The file is not a station database."),
                      AdoCause::Damaged);
     }
     const auto word = [&header](qsizetype offset) {
@@ -44,7 +44,7 @@ bool IsWriteAhead(const QString& path, qint64 companionSize) {
     // With a companion the count may be that of pages which haven't been folded back yet.
     const bool isCounted = word(24) == word(92) && companionSize == 0;
     if (isCounted && file.size() < pageSize * word(28)) {
-        RaiseGeneral(QStringLiteral("The file is cut short: %1").arg(path), AdoCause::Damaged);
+        RaiseGeneral(QStringLiteral("The file is cut short."), AdoCause::Damaged);
     }
     return header[18] == 2 || header[19] == 2;
 }

@@ -173,6 +173,7 @@ void DataGrid::TellFailures() {
     while (!failures_.isEmpty()) {
         MsgBox(failures_.takeFirst(), MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
     }
+    Q_EMIT Refused();
 }
 
 bool DataGrid::EndEdit() {

@@ -51,6 +51,10 @@ public:
 
     void keyboardSearch(const QString&) override {}
 
+Q_SIGNALS:
+    // The user has been shown why something was refused.
+    void Refused();
+
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void keyPressEvent(QKeyEvent* event) override;

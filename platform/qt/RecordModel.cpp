@@ -25,6 +25,10 @@ void RecordModel::Bind(Recordset& rows) {
     beginResetModel();
     rows_ = &rows;
     rowCount_ = static_cast<int>(rows.RecordCount());
+    types_.clear();
+    headings_.clear();
+    changedRow_ = -1;
+    near_.clear();
     for (int col = 0; col < rows.FieldCount(); ++col) {
         types_.push_back(rows.Fields(col).Type());
         headings_ += rows.Fields(col).Name();

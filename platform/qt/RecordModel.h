@@ -19,8 +19,9 @@ class RecordModel : public QAbstractTableModel {
 public:
     using QAbstractTableModel::QAbstractTableModel;
 
-    // The recordset outlives the model and is walked by nobody else while a row is changed.
-    // REQUIRES: it is open and updatable, its key the first column. Raises AdoError.
+    // Shows these rows, also in the place of others; a changed row of those is dropped. The
+    // recordset outlives the model and is walked by nobody else while a row is changed. REQUIRES:
+    // it is open and updatable, its key the first column. Raises AdoError.
     void Bind(Recordset& rows);
 
     int rowCount(const QModelIndex& parent = {}) const override;

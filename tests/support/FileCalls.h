@@ -12,7 +12,8 @@ namespace rillbook {
 
 // Watches the calls by which this process uses the files of one folder, whoever makes them: SQLite,
 // Qt, the C++ library or Rillbook. A test program that links rillbook_filecalls replaces these
-// functions of the C library. While no watch lives they only pass on.
+// functions of the C library. While no watch lives they only pass on, except that a sync never
+// waits for the disk.
 //
 // Fails the calls one by one:
 //

@@ -26,11 +26,13 @@ public:
     QMap<Item, QString> texts;
     bool visible = false;
     bool menusEnabled = false;
+    QString formerPath;
 
     QString Text(Item item) const override { return texts.value(item); }
     void SetText(Item item, const QString& text) override { texts.insert(item, text); }
     void ShowPanel(bool on) override { visible = on; }
     void EnableStationMenus(bool on) override { menusEnabled = on; }
+    void StationRenamed(const QString& former) override { formerPath = former; }
     void SetWindowCaption(const QString&) override {}
 };
 

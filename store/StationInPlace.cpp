@@ -1,0 +1,124 @@
+#include "store/StationInPlace.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include "platform/ado/AdoError.h"
+#include "platform/ado/DatabaseFile.h"
+#include "platform/desktop/CommonDialog.h"
+#include "platform/desktop/MsgBox.h"
+#include "platform/desktop/ReplaceFile.h"
+#include "platform/desktop/Screen.h"
+#include "store/StationDatabase.h"
+#include "store/StationPanel.h"
+
+namespace rillbook {
+
+namespace {
+
+void Require(const QString& reason) {
+    if (!reason.isEmpty()) {
+        throw AdoError(adErrGeneral, reason, AdoCause::Access);
+    }
+}
+
+// Puts what the connection holds at a path, complete and synced, or raises AdoError and leaves what
+// is there.
+void CopyStationTo(const QString& path) {
+    const Hourglass hourglass;
+    const QString draft = path + QStringLiteral("qvx");
+    QFile::remove(draft);  // left by a program that was killed
+    try {
+        StationConnection->CopyTo(draft);
+        // The pages of a file that was written over may belong to two stations.
+        ado::RequireSound(ado::OpenUntouched(draft).get(), draft);
+        Require(SyncFile(draft));
+        Require(RemoveCompanions(path));
+        Require(MoveOver(draft, path));
+    } catch (const AdoError&) {
+        QFile::remove(draft);
+        throw;
+    }
+}
+
+// The name that the user gives; empty if the user cancels.
+QString AskForName() {
+    CommonDialog dialog;
+    dialog.DialogTitle = QStringLiteral("Save Station As");
+    dialog.Filter = QStringLiteral("Access Files (*.mdb)|*.mdb|All Files (*.*)|*.*");
+    dialog.Flags = cdlOFNOverwritePrompt | cdlOFNHideReadOnly;
+    dialog.InitDir = QFileInfo(StationPath).absolutePath();
+    try {
+        dialog.ShowSave();
+    } catch (const DialogCancelledError&) {
+        return {};
+    }
+    return dialog.FileName;
+}
+
+QString FaultOfName(const QString& path) {
+    const QString station = QFileInfo(StationPath).canonicalFilePath();
+    if (!station.isEmpty() && QFileInfo(path).canonicalFilePath() == station) {
+        return QStringLiteral("Another file has this name now.");
+    }
+    return IsUsablePath(path) ? QString()
+                              : QStringLiteral("The name of a station can't hold a double quote.");
+}
+
+// Makes the copy the open station.
+void SwitchTo(const QString& path) {
+    const QString former = StationPath;
+    StationConnection->Close();
+    StationConnectionString = ConnectionTo(path);
+    StationPath = path;
+    StationTitle = QFileInfo(path).fileName();
+    StationConnection->Open(StationConnectionString);
+    TheStationPanel->StationRenamed(former);
+}
+
+bool SaveElsewhere() {
+    for (;;) {
+        const QString path = AskForName();
+        if (path.isEmpty()) {
+            return false;
+        }
+        QString fault = FaultOfName(path);
+        try {
+            if (fault.isEmpty()) {
+                CopyStationTo(path);
+                SwitchTo(path);
+                return true;
+            }
+        } catch (const AdoError& error) {
+            fault = error.Description();
+        }
+        TellFault(QStringLiteral("The station could not be saved as %1").arg(path), fault);
+        if (StationConnection->State() == 0) {
+            ShowNoStation();
+            return false;
+        }
+    }
+}
+
+}  // namespace
+
+bool StationIsInPlace() {
+    return StationConnection->IsInPlace() ||
+           (MsgBox(
+                QStringLiteral("%1 was removed or replaced by another program while it was open. "
+                               "Nothing can be saved in it. Save the station under another name?")
+                    .arg(StationPath),
+                MsgBoxButtons::YesNo, MsgBoxIcon::Exclamation) == MsgBoxAnswer::Yes &&
+            SaveElsewhere());
+}
+
+void RequireStationInPlace() {
+    if (!StationIsInPlace()) {
+        throw AdoError(adErrGeneral,
+                       QStringLiteral("The file was removed or replaced by another program: %1")
+                           .arg(StationPath),
+                       AdoCause::Moved);
+    }
+}
+
+}  // namespace rillbook
