@@ -1,5 +1,6 @@
 #include "platform/ado/Database.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <algorithm>
 
@@ -20,21 +21,32 @@ bool HasTableOf(sqlite3* handle, const QStringList& names) {
     });
 }
 
-// Raises as Database's constructor does.
-Handle OpenSound(const QString& path) {
+// Whether the database is sound, and one of the program's, only without the companion beside it.
+bool IsCompanionOfAnother(const QString& path, const QStringList& ownTables) {
+    const Handle alone = OpenSoundWithoutCompanion(path);
+    return alone && (ownTables.isEmpty() || HasTableOf(alone.get(), ownTables));
+}
+
+[[noreturn]] void RaiseCompanionOfAnother(const QString& path) {
+    throw AdoError(
+        adErrGeneral,
+        QStringLiteral("%1-wal is beside the file and belongs to another one. Move it to "
+                       "another folder and open the station again.")
+            .arg(path),
+        AdoCause::Damaged);
+}
+
+// Opens a file to read it. Raises as Database's constructor does.
+Handle OpenSound(const QString& path, const QStringList& ownTables) {
     try {
         Handle handle = OpenUntouched(path);
         RequireSound(handle.get(), path);
         return handle;
     } catch (const AdoError& error) {
-        if (error.Cause() != AdoCause::Damaged || !IsSoundWithoutCompanion(path)) {
-            throw;
+        if (error.Cause() == AdoCause::Damaged && IsCompanionOfAnother(path, ownTables)) {
+            RaiseCompanionOfAnother(path);
         }
-        throw AdoError(adErrGeneral,
-                       QStringLiteral("%1-wal is beside the file and belongs to another one. Move "
-                                      "it to another folder and open the station again.")
-                           .arg(path),
-                       AdoCause::Damaged);
+        throw;
     }
 }
 
@@ -45,8 +57,11 @@ Database::Database(const QString& path, const QStringList& ownTables) {
     path_ = file.isEmpty() ? path : file;
     const bool isOpenHere = WriterMark::CountOf(path_) > 0;
     if (!isOpenHere) {
-        handle_ = OpenSound(path_);
+        handle_ = OpenSound(path_, ownTables);
         if (!ownTables.isEmpty() && !HasTableOf(handle_.get(), ownTables)) {
+            if (IsCompanionOfAnother(path_, ownTables)) {
+                RaiseCompanionOfAnother(path_);
+            }
             return;
         }
         handle_.reset();
@@ -95,16 +110,24 @@ QString Database::Close() noexcept {
     sqlite3_exec(handle_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     inTransaction_ = false;
     QString reason;
-    if (mark_ && mark_->IsOnlyOne()) {
-        if (HasForeignCompanion()) {
-            companion_->LeaveReplaced();
-        } else {
-            reason = companion_->Leave();
-        }
-    }
+    const bool isLast = mark_ && mark_->IsOnlyOne();
+    const bool isForeign = isLast && HasForeignCompanion();
+    const bool isOverwritten = isLast && IsOverwritten();
     const bool isInPlace = IsInPlace();
+    if (isOverwritten) {
+        companion_->Abandon();
+    } else if (isForeign) {
+        companion_->LeaveReplaced();
+    } else if (isLast) {
+        reason = companion_->Leave();
+    }
     companion_.reset();
     handle_.reset();
+    if (isOverwritten && !isForeign) {
+        // It would be taken for that of the bytes that are there now.
+        QFile::remove(path_ + QStringLiteral("-wal"));
+        QFile::remove(path_ + QStringLiteral("-shm"));
+    }
     if (mark_ && isInPlace) {
         NoteSound(path_);
     }

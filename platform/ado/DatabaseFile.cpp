@@ -33,8 +33,7 @@ bool IsWriteAhead(const QString& path, qint64 companionSize) {
         RaiseGeneral(QStringLiteral("The file can't be read: %1").arg(file.errorString()));
     }
     if (header.size() < 100 || !header.startsWith(QByteArray("SQLite format 3\0", 16))) {
-        RaiseGeneral(QStringLiteral("The file is not a station database."),
-                     AdoCause::Damaged);
+        RaiseGeneral(QStringLiteral("The file is not a station database."), AdoCause::Damaged);
     }
     const auto word = [&header](qsizetype offset) {
         return qFromBigEndian<quint32>(header.constData() + offset);
@@ -226,16 +225,17 @@ bool HasCompanion(const QString& path) {
            QFileInfo::exists(file + QStringLiteral("-journal"));
 }
 
-bool IsSoundWithoutCompanion(const QString& path) {
+Handle OpenSoundWithoutCompanion(const QString& path) {
     const QString file = QFileInfo(path).canonicalFilePath();
     if (QFileInfo(file + QStringLiteral("-wal")).size() == 0) {
-        return false;
+        return nullptr;
     }
     try {
-        const Handle alone = RequireReadable(OpenWithoutCompanion(file));
-        return Ask(alone.get(), "PRAGMA quick_check(1)") == u"ok";
+        Handle alone = RequireReadable(OpenWithoutCompanion(file));
+        const bool isSound = Ask(alone.get(), "PRAGMA quick_check(1)") == u"ok";
+        return isSound ? std::move(alone) : nullptr;
     } catch (const AdoError&) {
-        return false;
+        return nullptr;
     }
 }
 

@@ -41,9 +41,9 @@ void NoteSound(const QString& path);
 // Whether something that a killed program left, or another one uses, belongs to the file.
 bool HasCompanion(const QString& path);
 
-// Whether a damaged database is sound without the write-ahead companion beside it: the companion is
-// that of another file.
-bool IsSoundWithoutCompanion(const QString& path);
+// Opens a database that has a write-ahead companion, to read it as it is without that. Null if it
+// has none, or isn't sound by itself. REQUIRES: nobody has it open for writing.
+Handle OpenSoundWithoutCompanion(const QString& path);
 
 // Which file a path leads to, whatever its names are.
 struct FileIdentity {

@@ -164,6 +164,10 @@ QString WriteAhead::Leave() noexcept {
 void WriteAhead::LeaveReplaced() noexcept {
     TryRun(handle_, "PRAGMA locking_mode = NORMAL");
     FoldBack(SQLITE_CHECKPOINT_TRUNCATE);
+    Abandon();
+}
+
+void WriteAhead::Abandon() noexcept {
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
 

@@ -36,8 +36,10 @@ public:
     // Returns why the companion had to stay with changes in it; empty if it is gone, or if another
     // connection is to fold it back. The handle can only be closed afterwards.
     QString Leave() noexcept;
-    // The same for a file that another one has replaced: nothing beside the new one is touched.
+    // The same if the companion's name is another file's by now: nothing but this file is touched.
     void LeaveReplaced() noexcept;
+    // The file has the bytes of another one by now: it isn't touched at all.
+    void Abandon() noexcept;
 
 private:
     static int AfterCommit(void* self, sqlite3*, const char*, int pages);

@@ -57,7 +57,9 @@ private Q_SLOTS:
         const QString before = FolderText(station.Folder());
         const QString path = station.Folder() + u"/other.mdb"_qs;
         const auto refused = [&] {
-            doors_->ExpectMessage(path + u" not found!"_qs);
+            doors_->ExpectMessage(
+                path + u" not found!"_qs +
+                (QFile::exists(path) ? u"\nThe file is not a station database."_qs : QString()));
             return !OpenDB(path) && StationConnection->State() == 0 && !station.panel.visible;
         };
         QVERIFY(refused());
