@@ -167,12 +167,14 @@ StationFixture& StationFixture::WithReadings(const char* begin, double stepMinut
                                              const std::vector<Reading>& readings, int chan) {
     const auto first = static_cast<std::int64_t>(std::llround(At(begin) * 86400.0));
     const auto step = static_cast<std::int64_t>(std::llround(stepMinutes * 60.0));
+    Transaction oneSync(*StationConnection);
     for (std::size_t i = 0; i < readings.size(); ++i) {
         Cells cells(static_cast<std::size_t>(chan) + 1, Null{});
         cells.front() = MomentOf(0, first + static_cast<std::int64_t>(i) * step);
         cells.back() = CellOf(readings[i]);
         Append("Records", cells);
     }
+    oneSync.Commit();
     return *this;
 }
 
