@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 #include <cstdint>
 #include <limits>
@@ -164,7 +165,7 @@ private:
 
 void ImportLines(QFile& file, RecordAppender& appender, ImportCounts& counts) {
     const LoggerLayout layout = StationLayout();
-    if (layout.type < 0 || layout.type > 3) {
+    if (!IsKnownLayout(layout.type)) {
         return;
     }
     // A fixed layout never looks behind the line width.
@@ -206,6 +207,11 @@ void ReportCounts(const ImportCounts& counts) {
                    .arg(QString::number(counts.unstored), counts.unstoredReason),
                MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
     }
+    if (!IsKnownLayout(StationInfo.ImportType)) {
+        MsgBox(QStringLiteral("The layout of the station's logger files is unknown!\n"
+                              "Open the import setup and choose the Import File Type."),
+               MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
+    }
     if (!counts.readFault.isEmpty()) {
         MsgBox(QStringLiteral("The file could not be read to its end!\n%1").arg(counts.readFault),
                MsgBoxButtons::Ok, MsgBoxIcon::Exclamation);
@@ -222,7 +228,9 @@ void ImportFile(const QString& fileName) {
     {
         RecordAppender appender(counts);
         QFile file(fileName);
-        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        // Opening or reading a pipe or a device may never end.
+        if (!QFileInfo(fileName).isFile() ||
+            !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
             MsgBox(QStringLiteral("Not able to open that file!"), MsgBoxButtons::Ok,
                    MsgBoxIcon::Exclamation);
             return;

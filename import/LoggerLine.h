@@ -23,6 +23,10 @@ struct LoggerLayout {
     std::size_t LineWidth() const;
 };
 
+constexpr bool IsKnownLayout(int type) {
+    return type >= 0 && type <= 3;
+}
+
 struct LoggerReading {
     DateTime moment = 0;
     std::vector<std::optional<double>> channels;  // channel 1 first; nothing where no number stands

@@ -1,14 +1,12 @@
 #include "import/StationShape.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <algorithm>
 
 #include "platform/ado/AdoError.h"
-#include "platform/ado/DatabaseFile.h"
 #include "platform/ado/JetEngine.h"
 #include "platform/ado/Recordset.h"
-#include "platform/desktop/ReplaceFile.h"
+#include "platform/desktop/FileDraft.h"
 #include "store/FormStuff.h"
 #include "store/StationDatabase.h"
 #include "store/StationInPlace.h"
@@ -18,20 +16,18 @@ namespace rillbook {
 namespace {
 
 // Puts a compacted copy in the place of the closed station. Until the copy is complete and on the
-// disk, the station isn't touched.
+// disk the station is unchanged, and until the copy has its place nobody else can open the station.
 void CompactFile() {
     // Not in the place of a link to it.
     const QString station = QFileInfo(StationPath).canonicalFilePath();
-    if (ado::HasCompanion(station)) {
-        throw AdoError(adErrGeneral, QStringLiteral("The file is in use: %1").arg(station));
+    FileDraft copy(station);
+    QString reason = copy.Create();
+    if (reason.isEmpty()) {
+        JetEngine engine;
+        engine.CompactDatabase(ConnectionTo(station), ConnectionTo(copy.Path()));
+        reason = copy.TakePlace();
     }
-    const QString copy = station + QStringLiteral("qvx");
-    QFile::remove(copy);  // left by a program that was killed
-    JetEngine().CompactDatabase(ConnectionTo(station), ConnectionTo(copy));
-    QFile::setPermissions(copy, QFile::permissions(station));
-    const QString reason = MoveOver(copy, station);
     if (!reason.isEmpty()) {
-        QFile::remove(copy);
         throw AdoError(adErrGeneral, reason);
     }
 }

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "forms/reference/GridCellEditing.h"
+#include "import/LoggerLine.h"
 #include "platform/ado/AdoError.h"
 #include "platform/desktop/MsgBox.h"
 #include "platform/desktop/Screen.h"
@@ -64,7 +65,8 @@ frmImport::frmImport(QWidget* parent) : QDialog(parent), ui_(std::make_unique<Ui
          QStringLiteral("CSV (Type 2): MM/DD/YY, HH:MM, Chan1, Chan2, ..."),
          QStringLiteral("Fixed Width: MM/DD/YY HH:MM  Chan1  Chan2 ..."),
          QStringLiteral("Campbell Sci: YYYY  MM DD  HHMM  Chan1  Chan2 ..    ")});
-    ui_->cmbFileType->setCurrentIndex(StationInfo.ImportType);
+    ui_->cmbFileType->setCurrentIndex(IsKnownLayout(StationInfo.ImportType) ? StationInfo.ImportType
+                                                                            : -1);
     FillGrid();
     editing_ = new GridCellEditing(*ui_->MSFlexGrid1, {});
     connect(editing_, &GridCellEditing::MovedDown, this, &frmImport::VisibleRows);
@@ -206,7 +208,9 @@ void frmImport::ShowChannelCount() {
 StationShape frmImport::TypedShape() const {
     const MSFlexGrid& grid = *ui_->MSFlexGrid1;
     StationShape shape;
-    shape.importType = static_cast<std::int16_t>(ui_->cmbFileType->currentIndex());
+    const int chosen = ui_->cmbFileType->currentIndex();
+    // An unknown layout stays until the user chooses one.
+    shape.importType = chosen < 0 ? StationInfo.ImportType : static_cast<std::int16_t>(chosen);
     shape.dateWidth = ToInt16(ReadTypedNumber(grid.TextMatrix(kDateRow, kWidthCol)));
     for (int chan = 1; chan <= ui_->updChan->Value(); ++chan) {
         const auto cell = [&](int col) { return grid.TextMatrix(RowOf(chan), col); };

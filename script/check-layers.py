@@ -17,7 +17,7 @@ LAYERS = {
     "platform/text": ["platform/text"],
     "platform/access": ["platform/access", "platform/text"],
     "platform/ado": ["platform/ado", "platform/text"],
-    "platform/desktop": ["platform/desktop"],
+    "platform/desktop": ["platform/desktop", "platform/text"],
     "platform/qt": ["platform"],
     "app/main.cpp": ["app", "forms", "platform", "store"],
     "app/SharedState.cpp": ["app", "compute", "graphs", "platform", "store"],

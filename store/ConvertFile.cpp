@@ -1,14 +1,11 @@
 #include "store/ConvertFile.h"
 
-#include <sys/file.h>
-
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include <QThread>
-#include <cerrno>
 
 #include "platform/ado/AdoError.h"
+#include "platform/desktop/FileDraft.h"
 #include "platform/desktop/KeptFile.h"
 #include "platform/desktop/ReplaceFile.h"
 #include "store/FileError.h"
@@ -23,60 +20,6 @@ void Require(const QString& reason) {
         throw ConversionError(reason);
     }
 }
-
-// The station to be, beside the file whose place it takes; goes with this object unless it has
-// taken it. One that a killed program left is written anew; the lock tells it from one that another
-// program is at.
-class Draft {
-public:
-    explicit Draft(const QString& file) : file_(file + QStringLiteral("qvx")) {
-        const QByteArray bytes = StationTemplate();
-        if (file_.open(QIODevice::ReadOnly)) {
-            Lock();
-            file_.close();
-        }
-        Remove();
-        if (!file_.open(QIODevice::NewOnly | QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-            throw ConversionError(
-                QStringLiteral("The folder can't be written to: %1").arg(file_.errorString()));
-        }
-        Lock();
-        file_.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        if (const qint64 written = file_.write(bytes); written != bytes.size()) {
-            const QString reason =
-                written < 0 ? file_.errorString() : QStringLiteral("The disk is full");
-            Remove();
-            throw ConversionError(reason);
-        }
-    }
-    ~Draft() { Remove(); }
-    Draft(const Draft&) = delete;
-    Draft& operator=(const Draft&) = delete;
-
-    QString Path() const { return file_.fileName(); }
-
-private:
-    // The reading part of a program that was killed may hold it a moment longer.
-    void Lock() const {
-        for (int attempt = 1; ::flock(file_.handle(), LOCK_EX | LOCK_NB) != 0; ++attempt) {
-            if (errno != EWOULDBLOCK) {
-                return;  // no locks in this file system
-            }
-            if (attempt == 10) {
-                throw ConversionError(QStringLiteral("Another program is converting the file."));
-            }
-            QThread::msleep(50);
-        }
-    }
-
-    void Remove() const {
-        for (const QString& name : CompanionsOf(Path()) + QStringList(Path())) {
-            QFile::remove(name);
-        }
-    }
-
-    QFile file_;
-};
 
 // Changes of the file meanwhile would be lost.
 class Unchanged {
@@ -109,22 +52,24 @@ QString NameOfKept(const QString& file, int number) {
 
 ConvertedFile Convert(const QString& file) {
     const Unchanged source(file);
-    const Draft draft(file);
+    FileDraft draft(file);
+    // An Access file from a read-only disk may be read-only itself; the user works with its
+    // station.
+    Require(draft.Create(file, true));
+    Require(draft.Write(StationTemplate()));
     const TableReader read = [&file](access::TableSink& sink) {
         access::ReadTables(file, StationTables(), sink);
     };
     ConvertedFile result;
     result.left = FillStation(draft.Path(), read);
     RequireSameStation(draft.Path(), read);
-    // An Access file from a read-only disk may be read-only itself; its station is to be worked
-    // with.
-    QFile::setPermissions(draft.Path(), QFile::permissions(file) | QFileDevice::WriteOwner);
+    // The station is on the disk before the Access file gets its second name.
     Require(SyncFile(draft.Path()));
     source.Require();
     const KeptFile kept =
         KeepUnderName(file, [&file](int number) { return NameOfKept(file, number); });
     Require(kept.reason);
-    if (const QString reason = MoveOver(draft.Path(), file); !reason.isEmpty()) {
+    if (const QString reason = draft.TakePlace(); !reason.isEmpty()) {
         if (kept.isNew) {
             QFile::remove(kept.path);
         }

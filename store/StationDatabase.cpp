@@ -6,7 +6,9 @@
 
 #include "app/Application.h"
 #include "platform/ado/AdoError.h"
+#include "platform/ado/DatabaseFile.h"
 #include "platform/desktop/Desktop.h"
+#include "platform/desktop/FileDraft.h"
 #include "platform/desktop/MsgBox.h"
 #include "platform/desktop/ReplaceFile.h"
 #include "store/FileError.h"
@@ -27,17 +29,6 @@ const QStringList& StationTables() {
                                     QStringLiteral("Calibration"), QStringLiteral("ConversionEq"),
                                     QStringLiteral("ConversionT")};
     return tables;
-}
-
-QStringList CompanionsOf(const QString& path) {
-    QStringList companions;
-    for (const QString& suffix :
-         {QStringLiteral("-wal"), QStringLiteral("-shm"), QStringLiteral("-journal")}) {
-        if (QFile::exists(path + suffix)) {
-            companions += path + suffix;
-        }
-    }
-    return companions;
 }
 
 QString RemoveCompanions(const QString& path) {
@@ -75,9 +66,15 @@ bool OpenDB(const QString& path) {
     if (!conversion.MakeStation(path)) {
         return false;
     }
+    // Left by a program that was killed, or closed on a full disk, perhaps before the header got
+    // the statistics of what had been imported.
+    const bool wasLeftOpen = ado::HasCompanion(path);
     try {
         StationConnection->Open(StationConnectionString);
         ReadStationInfo();
+        if (wasLeftOpen) {
+            RefreshRecordStats();
+        }
     } catch (const AdoError& error) {
         StationConnection->Close();
         if (error.Number() == adErrGeneral) {

@@ -45,12 +45,8 @@ const QStringList& StationTables();
 // The bytes of the program's template, a station without readings. Raises FileError.
 QByteArray StationTemplate();
 
-// What a killed program or another one may leave beside a database file, and an opening of that
-// file under the same name takes in.
-QStringList CompanionsOf(const QString& path);
-
-// Removes them, for a file that comes in the place of that one: they would be taken for its own.
-// Returns the system's reason if one can't be removed; empty if none is left.
+// Removes the companions of a file that another one is to replace: they would be taken for those of
+// the new file. Returns the system's reason if one can't be removed; empty if none is left.
 QString RemoveCompanions(const QString& path);
 
 // Puts a copy of the program's template at `path`, replacing what is there together with any

@@ -1,13 +1,12 @@
 #include "store/StationInPlace.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include "platform/ado/AdoError.h"
 #include "platform/ado/DatabaseFile.h"
 #include "platform/desktop/CommonDialog.h"
+#include "platform/desktop/FileDraft.h"
 #include "platform/desktop/MsgBox.h"
-#include "platform/desktop/ReplaceFile.h"
 #include "platform/desktop/Screen.h"
 #include "store/StationDatabase.h"
 #include "store/StationPanel.h"
@@ -26,19 +25,14 @@ void Require(const QString& reason) {
 // is there.
 void CopyStationTo(const QString& path) {
     const Hourglass hourglass;
-    const QString draft = path + QStringLiteral("qvx");
-    QFile::remove(draft);  // left by a program that was killed
-    try {
-        StationConnection->CopyTo(draft);
-        // The pages of a file that was written over may belong to two stations.
-        ado::RequireSound(ado::OpenUntouched(draft).get(), draft);
-        Require(SyncFile(draft));
-        Require(RemoveCompanions(path));
-        Require(MoveOver(draft, path));
-    } catch (const AdoError&) {
-        QFile::remove(draft);
-        throw;
-    }
+    const QFileInfo present(path);
+    const QString place = present.exists() ? present.canonicalFilePath() : path;
+    FileDraft draft(place);
+    Require(draft.Create());
+    StationConnection->CopyTo(draft.Path());
+    // The pages of a file that was written over may belong to two stations.
+    ado::RequireSound(ado::OpenUntouched(draft.Path()).get(), draft.Path());
+    Require(draft.TakePlace([&place] { return RemoveCompanions(place); }));
 }
 
 // The name that the user gives; empty if the user cancels.

@@ -17,7 +17,13 @@ namespace {
 
 using Cause = ReadError::Cause;
 
-constexpr std::chrono::seconds kPatience{120};  // for a file on a slow network
+constexpr std::chrono::minutes kWaiting{2};  // for a file on a slow network
+constexpr std::chrono::minutes kWhole{5};
+
+// What a station's tables may come to, handed over as numbers of 64 bits and UTF-8: the densest
+// table of whole numbers of one byte stays below it.
+constexpr qint64 kBytesPerByte = 32;
+constexpr qint64 kBytesOfAnyFile = qint64{16} << 20U;
 
 // For reading, and never blocks on what is no file.
 class OpenFile {
@@ -38,6 +44,11 @@ public:
     bool IsFile() const {
         struct stat status {};
         return descriptor_ >= 0 && ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+    }
+
+    qint64 Size() const {
+        struct stat status {};
+        return ::fstat(descriptor_, &status) == 0 ? qint64{status.st_size} : 0;
     }
 
     FileKind Kind() const {
@@ -97,7 +108,10 @@ void ReadTables(const QString& path, const QStringList& wanted, TableSink& sink)
     }
     HelperProcess helper(
         QCoreApplication::applicationDirPath() + QStringLiteral("/rillbook-access"), wanted,
-        file.Descriptor(), kPatience);
+        file.Descriptor(),
+        {.waiting = kWaiting,
+         .whole = kWhole,
+         .bytes = kBytesOfAnyFile + kBytesPerByte * file.Size()});
     TakeAll(helper, wanted, sink);
 }
 

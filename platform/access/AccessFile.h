@@ -57,7 +57,7 @@ public:
         Encrypted,
         InUse,    // another program holds it open
         Damaged,  // the library tells damage, what it gives doesn't hang together, or it died
-        TooMuch,  // more time or memory than any station needs
+        TooMuch,  // more time, memory or data than any station needs
         NoHelper  // rillbook-access isn't installed beside the program, or doesn't start
     };
     ReadError(Cause cause, const QString& text)

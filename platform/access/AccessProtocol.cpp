@@ -33,7 +33,8 @@ QString SentenceOf(Cause cause) {
         case Cause::Damaged:
             return QStringLiteral("The file is damaged.");
         case Cause::TooMuch:
-            return QStringLiteral("Reading the file takes more time or memory than any station's.");
+            return QStringLiteral(
+                "Reading the file takes more time, memory or room than any station's.");
         case Cause::NoHelper:
             break;
     }

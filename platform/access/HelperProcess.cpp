@@ -8,6 +8,7 @@
 
 #include <QByteArrayList>
 #include <QFile>
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <ctime>
@@ -84,8 +85,8 @@ private:
 }  // namespace
 
 HelperProcess::HelperProcess(const QString& program, const QStringList& arguments, int input,
-                             std::chrono::milliseconds patience)
-    : left_(patience) {
+                             const Limits& limits)
+    : left_(limits.waiting), end_(Clock::now() + limits.whole), bytesLeft_(limits.bytes) {
     int ends[2] = {-1, -1};
     if (::pipe2(ends, O_CLOEXEC) != 0) {
         Raise(Cause::NoHelper);
@@ -125,19 +126,28 @@ void HelperProcess::Kill() {
     }
 }
 
+std::chrono::nanoseconds HelperProcess::Left() const {
+    return std::min(left_, std::chrono::nanoseconds(end_ - Clock::now()));
+}
+
 QByteArrayView HelperProcess::Read() {
     for (;;) {
         const Clock::time_point begin = Clock::now();
-        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left_);
-        const timespec wait{.tv_sec = seconds.count(), .tv_nsec = (left_ - seconds).count()};
+        const std::chrono::nanoseconds longest = Left();
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(longest);
+        const timespec wait{.tv_sec = seconds.count(), .tv_nsec = (longest - seconds).count()};
         pollfd waited{.fd = output_, .events = POLLIN, .revents = 0};
-        const int ready = left_.count() > 0 ? ::ppoll(&waited, 1, &wait, nullptr) : 0;
+        const int ready = longest.count() > 0 ? ::ppoll(&waited, 1, &wait, nullptr) : 0;
         left_ -= Clock::now() - begin;
         if (ready == 0) {
             Raise(Cause::TooMuch);
         }
         if (ready > 0) {
             const ssize_t count = ::read(output_, bytes_.data(), bytes_.size());
+            bytesLeft_ -= std::max<ssize_t>(count, 0);
+            if (bytesLeft_ < 0) {
+                Raise(Cause::TooMuch);
+            }
             if (count >= 0) {
                 return {bytes_.data(), static_cast<qsizetype>(count)};
             }
@@ -154,7 +164,7 @@ HelperProcess::Exit HelperProcess::Wait() {
     int status = 0;
     pid_t ended = 0;
     while ((ended = ::waitpid(process_, &status, WNOHANG)) == 0) {
-        if (left_.count() <= 0) {
+        if (Left().count() <= 0) {
             Raise(Cause::TooMuch);
         }
         ::nanosleep(&kStepTime, nullptr);

@@ -18,16 +18,22 @@ namespace rillbook::access {
 // is at.
 class HelperProcess {
 public:
-    // `patience` is how long it is waited for in all, the time between two calls left out. Raises
-    // ReadError NoHelper where it doesn't start.
+    // A damaged or hostile file may keep it busy for ever, or make it write more than the disk
+    // holds.
+    struct Limits {
+        std::chrono::milliseconds waiting;  // for its output, in all
+        std::chrono::milliseconds whole;    // from its start on, the caller's own work included
+        qint64 bytes;                       // of its output
+    };
+    // Raises ReadError NoHelper if it doesn't start.
     HelperProcess(const QString& program, const QStringList& arguments, int input,
-                  std::chrono::milliseconds patience);
+                  const Limits& limits);
     ~HelperProcess();
     HelperProcess(const HelperProcess&) = delete;
     HelperProcess& operator=(const HelperProcess&) = delete;
 
-    // What it has written since, waited for where there is nothing yet; empty at its end. Stands
-    // until the next call. Raises TooMuch once the patience is used up.
+    // Waits for what it writes next; empty at its end. Valid until the next call. Raises TooMuch if
+    // a limit is passed.
     QByteArrayView Read();
 
     enum class Exit : std::uint8_t { Good, NotStarted, OutOfTime, Bad };
@@ -36,10 +42,13 @@ public:
 
 private:
     void Kill();
+    std::chrono::nanoseconds Left() const;
 
     pid_t process_ = -1;
     int output_ = -1;
-    std::chrono::nanoseconds left_;
+    std::chrono::nanoseconds left_;  // of the waiting
+    std::chrono::steady_clock::time_point end_;
+    qint64 bytesLeft_;
     std::array<char, 1 << 16> bytes_;
 };
 

@@ -84,7 +84,10 @@ bool Database::OpenToWrite() {
     }
     try {
         companion_ = std::make_unique<WriteAhead>(handle.get(), path_);
+        RequireInPlace(handle.get());
     } catch (const AdoError& error) {
+        companion_.reset();
+        RequireInPlace(handle.get());
         const bool hasNoRoom =
             error.Cause() == AdoCause::Full || sqlite3_errcode(handle.get()) == SQLITE_CANTOPEN;
         if (hasNoRoom || error.Cause() == AdoCause::ReadOnly) {
@@ -96,6 +99,15 @@ bool Database::OpenToWrite() {
     mark_ = std::make_unique<WriterMark>(path_);
     companionFile_ = IdentityOf(path_ + QStringLiteral("-wal"));
     return true;
+}
+
+// After a wait for its lock, the file may have given its name to another one. The companion of that
+// name is the other one's then, and SQLite would use it for this one.
+void Database::RequireInPlace(sqlite3* handle) const {
+    if (HasMoved(handle)) {
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        RaiseInUse(path_);
+    }
 }
 
 QString Database::Close() noexcept {
@@ -113,7 +125,6 @@ QString Database::Close() noexcept {
     const bool isLast = mark_ && mark_->IsOnlyOne();
     const bool isForeign = isLast && HasForeignCompanion();
     const bool isOverwritten = isLast && IsOverwritten();
-    const bool isInPlace = IsInPlace();
     if (isOverwritten) {
         companion_->Abandon();
     } else if (isForeign) {
@@ -128,9 +139,6 @@ QString Database::Close() noexcept {
         QFile::remove(path_ + QStringLiteral("-wal"));
         QFile::remove(path_ + QStringLiteral("-shm"));
     }
-    if (mark_ && isInPlace) {
-        NoteSound(path_);
-    }
     mark_.reset();
     return reason;
 }
@@ -139,9 +147,7 @@ bool Database::IsInPlace() const {
     if (!mark_) {
         return true;
     }
-    int hasMoved = 0;
-    sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
-    return hasMoved == 0 && IdentityOf(path_) == mark_->File() && !IsOverwritten();
+    return !HasMoved(handle_.get()) && IdentityOf(path_) == mark_->File() && !IsOverwritten();
 }
 
 // While the file is open for writing, its first page names the write-ahead mode. The bytes of a

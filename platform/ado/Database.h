@@ -48,6 +48,7 @@ public:
 
 private:
     bool OpenToWrite();
+    void RequireInPlace(sqlite3* handle) const;
     bool IsOverwritten() const;
     bool HasForeignCompanion() const;
 

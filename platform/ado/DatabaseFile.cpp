@@ -4,10 +4,11 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 #include <QRegularExpression>
 #include <QUrl>
 #include <QtEndian>
+#include <algorithm>
+#include <ctime>
 #include <map>
 #include <optional>
 
@@ -23,7 +24,7 @@ namespace {
 
 // Bytes 18 and 19 tell the journal mode, 16 the page size, 28 the count of pages; the count holds
 // only if 24 (changes of the file) and 92 (changes when it was counted) are equal.
-bool IsWriteAhead(const QString& path, qint64 companionSize) {
+bool IsWriteAhead(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         RaiseGeneral(QStringLiteral("The file can't be opened: %1").arg(file.errorString()));
@@ -41,7 +42,8 @@ bool IsWriteAhead(const QString& path, qint64 companionSize) {
     const quint16 storedSize = qFromBigEndian<quint16>(header.constData() + 16);
     const qint64 pageSize = storedSize == 1 ? 65536 : storedSize;
     // With a companion the count may be that of pages which haven't been folded back yet.
-    const bool isCounted = word(24) == word(92) && companionSize == 0;
+    const bool isCounted =
+        word(24) == word(92) && QFileInfo(path + QStringLiteral("-wal")).size() == 0;
     if (isCounted && file.size() < pageSize * word(28)) {
         RaiseGeneral(QStringLiteral("The file is cut short."), AdoCause::Damaged);
     }
@@ -112,8 +114,11 @@ bool IsWritable(const QFileInfo& file) {
 // The companion stands beside the file itself, not beside a link to it.
 QString RealPath(const QString& path) {
     const QFileInfo file(path);
-    if (!file.isFile()) {
+    if (!file.exists()) {
         RaiseGeneral(QStringLiteral("There is no such file: %1").arg(path));
+    }
+    if (!file.isFile()) {
+        RaiseGeneral(QStringLiteral("It is not a regular file: %1").arg(path));
     }
     return file.canonicalFilePath();
 }
@@ -124,32 +129,87 @@ std::map<FileIdentity, int>& Writers() {
     return writers;
 }
 
-// What tells that a file is the same one with the same bytes, also under another name.
+// Equal stamps mean the same file with the same bytes, also under another name, unless it changed
+// twice within the resolution of the clock that its times come from.
 struct FileStamp {
-    std::uint64_t inode = 0;
+    FileIdentity file;
     std::int64_t size = 0;
-    std::int64_t changed = 0;  // nanoseconds
+    std::int64_t modified = 0;  // nanoseconds since 1970
+    std::int64_t changed = 0;   // its bytes, or its mode, owner or names
     friend bool operator==(const FileStamp&, const FileStamp&) = default;
 };
+
+std::int64_t Nanoseconds(const timespec& time) {
+    return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
 
 std::optional<FileStamp> StampOf(const QString& path) {
     struct stat status {};
     if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
         return std::nullopt;
     }
-    return FileStamp{status.st_ino, status.st_size,
-                     status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec};
+    return FileStamp{{status.st_dev, status.st_ino},
+                     status.st_size,
+                     Nanoseconds(status.st_mtim),
+                     Nanoseconds(status.st_ctim)};
 }
 
-// By inode: few, as a process opens few stations.
-QHash<std::uint64_t, FileStamp>& SoundFiles() {
-    static auto& files = *new QHash<std::uint64_t, FileStamp>;  // never destroyed, as above
+// The clock of file times has steps of up to two seconds, on sticks.
+bool IsSettled(const FileStamp& stamp) {
+    constexpr std::int64_t kLongestStep = 2'000'000'000;
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return Nanoseconds(now) - std::max(stamp.modified, stamp.changed) >= kLongestStep;
+}
+
+// Few, as a process opens few stations.
+std::map<FileIdentity, FileStamp>& SoundFiles() {
+    static auto& files = *new std::map<FileIdentity, FileStamp>;  // never destroyed, as above
     return files;
 }
 
-bool IsKnownToBeSound(const QString& path) {
-    const std::optional<FileStamp> stamp = StampOf(path);
-    return stamp && !HasCompanion(path) && SoundFiles().value(stamp->inode) == *stamp;
+bool IsKnownToBeSound(const FileStamp& stamp) {
+    const auto known = SoundFiles().find(stamp.file);
+    return known != SoundFiles().end() && known->second == stamp;
+}
+
+bool IsBusy(sqlite3* handle) {
+    const int code = sqlite3_errcode(handle);
+    return code == SQLITE_BUSY || code == SQLITE_LOCKED;
+}
+
+Handle OpenUntouchedOnce(const QFileInfo& file) {
+    const QByteArray name = QFile::encodeName(file.filePath());
+    const bool isWriteAhead = IsWriteAhead(file.filePath());
+    if (QFileInfo::exists(file.filePath() + QStringLiteral("-wal"))) {
+        return OpenWithCompanion(name, IsWritable(file));
+    }
+    if (isWriteAhead) {
+        // Nobody has it open, or the companion would be there; reading it in the ordinary way would
+        // make one.
+        const QByteArray uri =
+            "file:" + QUrl::toPercentEncoding(file.filePath(), "/") + "?immutable=1";
+        return RequireReadable(OpenHandle(uri, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI));
+    }
+    // Opened for writing where possible: a half-done change that a killed program left in the
+    // rollback journal is undone by the first reader that may write.
+    return RequireReadable(
+        OpenHandle(name, IsWritable(file) ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY));
+}
+
+void RunAlone(sqlite3* handle, const char* sql, const QString& path) {
+    if (sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+        if (IsBusy(handle)) {
+            RaiseInUse(path);
+        }
+        RaiseLastError(handle);
+    }
+}
+
+// Moves what a killed program, or a closing on a full disk, left in the companion into the file.
+void FoldBack(const QByteArray& name, const QString& path) {
+    const Handle handle = OpenHandle(name, SQLITE_OPEN_READWRITE);
+    RunAlone(handle.get(), "PRAGMA wal_checkpoint(TRUNCATE); PRAGMA journal_mode = DELETE", path);
 }
 
 }  // namespace
@@ -166,21 +226,30 @@ QString PathInConnection(const QString& connectionString) {
 
 Handle OpenUntouched(const QString& path) {
     const QFileInfo file(RealPath(path));
+    constexpr int kAttempts = 3;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        Handle handle = OpenUntouchedOnce(file);
+        if (!HasMoved(handle.get())) {
+            return handle;
+        }
+    }
+    RaiseInUse(path);
+}
+
+Handle OpenAlone(const QString& path) {
+    const QFileInfo file(RealPath(path));
     const QByteArray name = QFile::encodeName(file.filePath());
-    const QFileInfo companion(file.filePath() + QStringLiteral("-wal"));
-    const bool isWriteAhead = IsWriteAhead(file.filePath(), companion.size());
-    if (companion.exists()) {
-        return OpenWithCompanion(name, IsWritable(file));
+    if (IsWriteAhead(file.filePath())) {
+        RequireSound(OpenUntouched(path).get(), path);
+        FoldBack(name, path);
     }
-    if (isWriteAhead) {
-        // Nobody has it open, or the companion would be there; reading it in the ordinary way would
-        // make one.
-        return RequireReadable(OpenWithoutCompanion(file.filePath()));
+    Handle handle = OpenHandle(name, SQLITE_OPEN_READWRITE);
+    // In exclusive mode the lock outlives its transaction.
+    RunAlone(handle.get(), "PRAGMA main.locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT", path);
+    if (HasCompanion(path) || HasMoved(handle.get())) {
+        RaiseInUse(path);
     }
-    // Opened for writing where possible: a half-done change that a killed program left in the
-    // rollback journal is undone by the first reader that may write.
-    return RequireReadable(
-        OpenHandle(name, IsWritable(file) ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY));
+    return handle;
 }
 
 Handle OpenForWriting(const QString& path) {
@@ -201,22 +270,28 @@ Handle OpenForFilling(const QString& path) {
 }
 
 void RequireSound(sqlite3* handle, const QString& path) {
-    if (IsKnownToBeSound(path)) {
+    // With a companion, the file by itself may be half of what was found sound.
+    const std::optional<FileStamp> stamp = HasCompanion(path) ? std::nullopt : StampOf(path);
+    if (stamp && IsKnownToBeSound(*stamp)) {
         return;
     }
     const QString verdict = Ask(handle, "PRAGMA quick_check(1)");
     if (verdict != u"ok") {
         RaiseGeneral(QStringLiteral("The file is damaged: %1").arg(verdict), AdoCause::Damaged);
     }
-    NoteSound(path);
+    if (stamp && IsSettled(*stamp)) {
+        SoundFiles().insert_or_assign(stamp->file, *stamp);
+    }
 }
 
-void NoteSound(const QString& path) {
-    const std::optional<FileStamp> stamp = StampOf(path);
-    // With a companion, the file by itself may be half of what was found sound.
-    if (stamp && !HasCompanion(path)) {
-        SoundFiles().insert(stamp->inode, *stamp);
-    }
+bool HasMoved(sqlite3* handle) {
+    int hasMoved = 0;
+    return sqlite3_file_control(handle, "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved) == SQLITE_OK &&
+           hasMoved != 0;
+}
+
+void RaiseInUse(const QString& path) {
+    RaiseGeneral(QStringLiteral("The file is in use: %1").arg(path), AdoCause::Locked);
 }
 
 bool HasCompanion(const QString& path) {

@@ -29,14 +29,23 @@ Handle OpenForWriting(const QString& path);
 // beside it, and after a failure or the death of the process it is worth nothing.
 Handle OpenForFilling(const QString& path);
 
-// Raises adErrGeneral where the pages don't hang together as they should. A file that is known to
-// be sound, has no companion and hasn't changed since isn't read again. REQUIRES: the handle is the
-// path's.
+// Opens a closed database so that no other connection can read or write it until the handle is
+// closed. A companion is folded back first. Raises adErrGeneral if another program has the file
+// open, or if it can't be written. REQUIRES, until the handle is closed: no other descriptor of the
+// file is closed in this process (see WriterMark).
+Handle OpenAlone(const QString& path);
+
+// Raises adErrGeneral if the pages of the file are inconsistent. A file that was found sound, has
+// no companion and is unchanged is not read again; one that changed less than two seconds before
+// its check is, as a later change might have the same time. REQUIRES: the handle is the path's.
 void RequireSound(sqlite3* handle, const QString& path);
 
-// A file that this process has just checked, written whole or closed is known to be sound, unless
-// something lies beside it.
-void NoteSound(const QString& path);
+// Whether the file of a connection has lost its name, or another file has taken it. What is written
+// by such a connection would be lost.
+bool HasMoved(sqlite3* handle);
+
+// Raises adErrGeneral for a file that another program has locked.
+[[noreturn]] void RaiseInUse(const QString& path);
 
 // Whether something that a killed program left, or another one uses, belongs to the file.
 bool HasCompanion(const QString& path);

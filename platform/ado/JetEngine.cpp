@@ -1,48 +1,57 @@
 #include "platform/ado/JetEngine.h"
 
-#include <unistd.h>
-
 #include <QFile>
 #include <QFileInfo>
-#include <filesystem>
-#include <system_error>
+#include <algorithm>
+#include <cerrno>
 
 #include "platform/ado/AdoError.h"
 #include "platform/ado/DatabaseFile.h"
+#include "platform/text/SystemReason.h"
 
 namespace rillbook {
 
 namespace {
 
-// The copy takes the station's place: it must be on the disk before the station goes.
-void RequireOnDisk(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || ::fsync(file.handle()) != 0) {
-        throw AdoError(adErrGeneral, QStringLiteral("The copy can't be written: %1").arg(path));
-    }
+// If all pages are in use, copying them as they are takes a fraction of the time.
+bool IsCompact(sqlite3* handle) {
+    return ado::Ask(handle, "PRAGMA freelist_count") == u"0";
 }
 
-// Nothing is to be won from pages that are all in use: copied as they are, they are there several
-// times sooner.
-bool IsCompact(sqlite3* handle, const QString& path) {
-    return !ado::HasCompanion(path) && ado::Ask(handle, "PRAGMA journal_mode") == u"delete" &&
-           ado::Ask(handle, "PRAGMA freelist_count") == u"0";
-}
-
-void CopyPages(sqlite3* handle, const QString& source, const QString& target) {
-    // Nobody can write meanwhile. The copying opens the file anew, and its closing ends this lock.
+// By the connection's own descriptor: closing another one would end its lock.
+void CopyPages(sqlite3* handle, const QString& target) {
     ado::Run(handle, "BEGIN; SELECT count(*) FROM sqlite_schema");
-    std::error_code error;
-    std::filesystem::copy_file(QFile::encodeName(source).toStdString(),
-                               QFile::encodeName(target).toStdString(), error);
-    if (error) {
-        throw AdoError(adErrGeneral, QString::fromStdString(error.message()));
+    sqlite3_file* source = nullptr;
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &source);
+    sqlite3_int64 size = 0;
+    if (source->pMethods->xFileSize(source, &size) != SQLITE_OK) {
+        throw AdoError(adErrGeneral, SystemReason(sqlite3_system_errno(handle)));
     }
+    QFile copy(target);
+    if (!copy.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        throw AdoError(adErrGeneral, copy.errorString());
+    }
+    constexpr sqlite3_int64 kBlock = 1 << 20;
+    QByteArray block;
+    for (sqlite3_int64 at = 0; at < size; at += block.size()) {
+        block.resize(static_cast<qsizetype>(std::min(kBlock, size - at)));
+        if (source->pMethods->xRead(source, block.data(), static_cast<int>(block.size()), at) !=
+            SQLITE_OK) {
+            throw AdoError(adErrGeneral, QStringLiteral("The file can't be read to its end"));
+        }
+        if (copy.write(block) != block.size()) {
+            throw AdoError(adErrGeneral, copy.error() == QFileDevice::NoError
+                                             ? SystemReason(ENOSPC)
+                                             : SystemReason(errno));
+        }
+    }
+    ado::Run(handle, "COMMIT");
 }
 
 void CopyCompacted(sqlite3* handle, const QString& target) {
     ado::Statement compaction(handle, "VACUUM INTO ?1");
-    compaction.Bind(1, QFileInfo(target).absoluteFilePath());
+    const QString path = QFileInfo(target).absoluteFilePath();
+    compaction.Bind(1, path);
     compaction.Step();
 }
 
@@ -51,23 +60,22 @@ void CopyCompacted(sqlite3* handle, const QString& target) {
 void JetEngine::CompactDatabase(const QString& sourceConnection, const QString& targetConnection) {
     const QString source = ado::PathInConnection(sourceConnection);
     const QString target = ado::PathInConnection(targetConnection);
-    if (QFileInfo::exists(target)) {
+    if (QFileInfo(target).size() > 0) {
         throw AdoError(adErrGeneral, QStringLiteral("The file exists already: %1").arg(target));
     }
     if (ado::WriterMark::CountOf(source) > 0) {
         throw AdoError(adErrGeneral, QStringLiteral("The file is open: %1").arg(source));
     }
-    const ado::Handle handle = ado::OpenUntouched(source);
-    ado::RequireSound(handle.get(), source);
+    source_ = ado::OpenAlone(source);
     try {
-        if (IsCompact(handle.get(), source)) {
-            CopyPages(handle.get(), source, target);
+        ado::RequireSound(source_.get(), source);
+        if (IsCompact(source_.get())) {
+            CopyPages(source_.get(), target);
         } else {
-            CopyCompacted(handle.get(), target);
+            CopyCompacted(source_.get(), target);
         }
-        RequireOnDisk(target);
-        ado::NoteSound(target);
     } catch (const AdoError&) {
+        source_.reset();
         QFile::remove(target);
         QFile::remove(target + QStringLiteral("-journal"));
         throw;

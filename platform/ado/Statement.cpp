@@ -1,5 +1,9 @@
 #include "platform/ado/Statement.h"
 
+#include <cerrno>
+
+#include "platform/text/SystemReason.h"
+
 namespace rillbook::ado {
 
 namespace {
@@ -44,6 +48,37 @@ AdoCause CauseOf(int extendedCode) {
     }
 }
 
+int LastErrorOf(sqlite3_file* file) {
+    int error = 0;
+    if (file != nullptr && file->pMethods != nullptr && file->pMethods->xFileControl != nullptr) {
+        file->pMethods->xFileControl(file, SQLITE_FCNTL_LAST_ERRNO, &error);
+    }
+    return error;
+}
+
+// A quota that is used up reaches the caller as a failed write. By then errno has other values, but
+// the file keeps its own.
+bool HasFilledDisk(sqlite3* handle) {
+    sqlite3_file* file = nullptr;
+    sqlite3_file* companion = nullptr;
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_JOURNAL_POINTER, &companion);
+    return rillbook::IsDiskFull(LastErrorOf(file)) || rillbook::IsDiskFull(LastErrorOf(companion));
+}
+
+bool IsDiskFull(sqlite3* handle) {
+    switch (const int code = sqlite3_extended_errcode(handle); code) {
+        case SQLITE_FULL:
+        case SQLITE_IOERR_SHMSIZE:  // the index of the companion could not be made longer
+            return true;
+        case SQLITE_IOERR_WRITE:
+            return HasFilledDisk(handle);
+        default:
+            return (code & 0xFF) == SQLITE_CANTOPEN &&
+                   rillbook::IsDiskFull(sqlite3_system_errno(handle));
+    }
+}
+
 }  // namespace
 
 AdoError ErrorOfCode(int extendedCode, const QString& description) {
@@ -51,7 +86,15 @@ AdoError ErrorOfCode(int extendedCode, const QString& description) {
 }
 
 AdoError LastError(sqlite3* handle) {
-    return ErrorOfCode(sqlite3_extended_errcode(handle), QString::fromUtf8(sqlite3_errmsg(handle)));
+    const int code = sqlite3_extended_errcode(handle);
+    if (IsDiskFull(handle)) {
+        return {NumberOf(code), SystemReason(ENOSPC), AdoCause::Full};
+    }
+    return ErrorOfCode(code, QString::fromUtf8(sqlite3_errmsg(handle)));
+}
+
+void RaiseLastError(sqlite3* handle) {
+    throw LastError(handle);
 }
 
 Statement::Statement(sqlite3* handle, const QByteArray& sql) {
@@ -76,8 +119,7 @@ bool Statement::Step() {
     if (result == SQLITE_DONE) {
         return false;
     }
-    sqlite3* handle = sqlite3_db_handle(statement_.get());
-    const AdoError error = LastError(handle);
+    const AdoError error = LastError(sqlite3_db_handle(statement_.get()));
     Reset();
     throw error;
 }

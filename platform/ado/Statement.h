@@ -21,6 +21,7 @@ AdoError ErrorOfCode(int extendedCode, const QString& description);
 
 // The error of the handle's last failure.
 AdoError LastError(sqlite3* handle);
+[[noreturn]] void RaiseLastError(sqlite3* handle);
 
 // One compiled statement; empty until assigned.
 class Statement {

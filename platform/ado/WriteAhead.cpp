@@ -3,8 +3,10 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 #include <algorithm>
+#include <cerrno>
 
 #include "platform/ado/DatabaseFile.h"
+#include "platform/text/SystemReason.h"
 
 namespace rillbook::ado {
 
@@ -39,7 +41,8 @@ bool IsLocked(int code) {
 }
 
 QString ReasonOf(int code) {
-    return QString::fromUtf8(sqlite3_errstr(code & 0xff));
+    return (code & 0xff) == SQLITE_FULL ? SystemReason(ENOSPC)
+                                        : QString::fromUtf8(sqlite3_errstr(code & 0xff));
 }
 
 // REQUIRES: no transaction, write-ahead mode. A refused exclusive lock leaves the pending one on

@@ -8,11 +8,14 @@
 #include <QFileInfo>
 #include <cerrno>
 
+#include "platform/desktop/FileDraft.h"
 #include "platform/desktop/ReplaceFile.h"
 
 namespace rillbook {
 
 namespace {
+
+constexpr qint64 kBlock = 1 << 20;
 
 // Compares with the name itself, since a link would lead to the file that replaces this one.
 bool IsNameOf(const QString& path, const QString& name) {
@@ -26,11 +29,11 @@ bool IsNameOf(const QString& path, const QString& name) {
 bool HasSameBytes(const QString& path, const QString& other) {
     QFile file(path);
     QFile otherFile(other);
-    if (QFileInfo(other).isSymLink() || !file.open(QIODevice::ReadOnly) ||
+    const QFileInfo otherInfo(other);
+    if (otherInfo.isSymLink() || !otherInfo.isFile() || !file.open(QIODevice::ReadOnly) ||
         !otherFile.open(QIODevice::ReadOnly) || file.size() != otherFile.size()) {
         return false;
     }
-    constexpr qint64 kBlock = 1 << 20;
     while (!file.atEnd()) {
         const QByteArray block = file.read(kBlock);
         if (block.isEmpty() || block != otherFile.read(block.size())) {
@@ -45,49 +48,32 @@ bool IsTaken(const QString& path) {
     return file.exists() || file.isSymLink();
 }
 
-QString CopyBytes(QFile& from, QFile& to) {
-    constexpr qint64 kBlock = 1 << 20;
-    while (!from.atEnd()) {
-        const QByteArray block = from.read(kBlock);
-        if (block.isEmpty()) {
-            return from.errorString();
-        }
-        const qint64 written = to.write(block);
-        if (written != block.size()) {
-            return written < 0 ? to.errorString() : QStringLiteral("The disk is full");
-        }
+QString CopyBytes(const QString& path, FileDraft& copy) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        return file.errorString();
     }
-    return ::fsync(to.handle()) == 0 ? QString() : qt_error_string();
+    QByteArray block;
+    do {
+        block = file.read(kBlock);
+        if (const QString reason = copy.Write(block); !reason.isEmpty()) {
+            return reason;
+        }
+    } while (!block.isEmpty());
+    return file.error() == QFileDevice::NoError ? QString() : file.errorString();
 }
 
-// Writes to the new name followed by "qvx" until the copy is complete, so that what a killed
-// program leaves isn't taken for the file. REQUIRES: the new name is reserved.
+// REQUIRES: the new name is reserved.
 QString CopyTo(const QString& path, const QString& copy) {
-    const QString unfinished = copy + QStringLiteral("qvx");
-    QFile::remove(unfinished);
-    QFile from(path);
-    QFile to(unfinished);
-    if (!from.open(QIODevice::ReadOnly)) {
-        return from.errorString();
+    FileDraft draft(copy);
+    QString reason = draft.Create(path);
+    if (reason.isEmpty()) {
+        reason = CopyBytes(path, draft);
     }
-    // The file may be private.
-    if (!to.open(QIODevice::NewOnly | QIODevice::WriteOnly | QIODevice::Unbuffered,
-                 QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
-        return to.errorString();
-    }
-    QString reason = CopyBytes(from, to);
-    to.close();
-    if (reason.isEmpty() && !HasSameBytes(path, unfinished)) {
+    if (reason.isEmpty() && !HasSameBytes(path, draft.Path())) {
         reason = QStringLiteral("The copy differs from the file");
     }
-    if (reason.isEmpty()) {
-        QFile::setPermissions(unfinished, QFile::permissions(path));
-        reason = MoveOver(unfinished, copy);
-    }
-    if (!reason.isEmpty()) {
-        QFile::remove(unfinished);
-    }
-    return reason;
+    return reason.isEmpty() ? draft.TakePlace() : reason;
 }
 
 // Tries one name. Neither isNew nor a reason: another file has that name.
@@ -103,6 +89,9 @@ KeptFile TryName(const QString& path, const QString& name) {
         if (reserved.open(QIODevice::NewOnly | QIODevice::WriteOnly)) {
             reserved.close();
             kept.reason = CopyTo(path, name);
+            if (!kept.reason.isEmpty()) {
+                reserved.remove();
+            }
             return kept;
         }
         if (!IsTaken(name)) {

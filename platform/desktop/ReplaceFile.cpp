@@ -5,40 +5,44 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
-#include <cstdio>
+#include <cerrno>
+
+#include "platform/desktop/FileDraft.h"
+#include "platform/text/SystemReason.h"
 
 namespace rillbook {
 
-QString ReplaceFile(const QString& path, const QByteArray& bytes,
-                    const std::function<QString()>& beforeRename) {
-    QSaveFile file(path);
-    // Unbuffered: what a full disk cut off of a buffer would be no error to commit().
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        return file.errorString();
-    }
-    const qint64 written = file.write(bytes);
-    if (written >= 0 && written < bytes.size()) {
-        return QStringLiteral("The disk is full");
-    }
-    if (written < 0) {
-        return file.errorString();
-    }
-    const QString objection = beforeRename ? beforeRename() : QString();
-    if (!objection.isEmpty()) {
-        return objection;
-    }
-    return file.commit() ? QString() : file.errorString();
+namespace {
+
+// Not in the place of a link to it.
+QString BehindLinks(const QString& path) {
+    const QFileInfo file(path);
+    return file.exists()      ? file.canonicalFilePath()
+           : file.isSymLink() ? file.symLinkTarget()
+                              : file.absoluteFilePath();
 }
 
-QString MoveOver(const QString& finished, const QString& path) {
-    if (std::rename(QFile::encodeName(finished).constData(), QFile::encodeName(path).constData()) !=
-        0) {
-        return qt_error_string();
+}  // namespace
+
+QString NotAFileText() {
+    return QStringLiteral("It is not a regular file");
+}
+
+QString ReplaceFile(const QString& path, const QByteArray& bytes,
+                    const std::function<QString()>& beforeRename) {
+    const QFileInfo file(BehindLinks(path));
+    if (file.exists() && !file.isFile()) {
+        return NotAFileText();
     }
-    // The new name, too, must outlast a loss of power before anything is written under it.
-    SyncFolderOf(path);
-    return {};
+    if (file.exists() && !file.isWritable()) {
+        return SystemReason(EACCES);
+    }
+    FileDraft draft(file.filePath());
+    QString reason = draft.Create();
+    if (reason.isEmpty()) {
+        reason = draft.Write(bytes);
+    }
+    return reason.isEmpty() ? draft.TakePlace(beforeRename) : reason;
 }
 
 QString SyncFile(const QString& path) {
@@ -46,7 +50,7 @@ QString SyncFile(const QString& path) {
     if (!file.open(QIODevice::ReadOnly)) {
         return file.errorString();
     }
-    return ::fsync(file.handle()) == 0 ? QString() : qt_error_string();
+    return ::fsync(file.handle()) == 0 ? QString() : SystemReason(errno);
 }
 
 void SyncFolderOf(const QString& path) {

@@ -455,7 +455,7 @@ private Q_SLOTS:
         WriteBytes(file.fileName(), stream);
         Lines lines;
         QTEST(CauseOf([&] {
-                  HelperProcess helper(u"/bin/cat"_qs, {}, file.handle(), 10s);
+                  HelperProcess helper(u"/bin/cat"_qs, {}, file.handle(), {10s, 10s, 1 << 20});
                   TakeAll(helper, {u"Records"_qs}, lines);
               }),
               "cause");
@@ -472,6 +472,13 @@ private Q_SLOTS:
         row("/bin/sh", {u"-c"_qs, u"kill -SEGV $$"_qs}, "damaged");
         row("/bin/sh", {u"-c"_qs, u"kill -XCPU $$"_qs}, "too much");
         row("/bin/sh", {u"-c"_qs, u"printf 'N\\0\\0\\0\\0Z\\0\\0\\0\\0'; exit 1"_qs}, "damaged");
+        // An endless table, written as fast as possible, or slowly.
+        const QString table =
+            u"printf 'N\\0\\0\\0\\0T\\13\\0\\0\\0\\1\\0\\0\\0x\\0\\1\\0\\0\\0y'; while %1; "
+            "do printf 'R\\1\\0\\0\\0\\0'; done"_qs;
+        for (const char* pace : {":", "sleep 0.02"}) {
+            row("/bin/sh", {u"-c"_qs, table.arg(QLatin1String(pace))}, "too much");
+        }
         row("/bin/sh", {u"-c"_qs, u"test -e /proc/$$/fd/7 -o -n \"$HOME\" && exit 127"_qs},
             "damaged");
     }
@@ -482,12 +489,15 @@ private Q_SLOTS:
         QElapsedTimer timer;
         timer.start();
         const int inherited = fcntl(STDIN_FILENO, F_DUPFD, 7);
-        Lines lines;
-        QTEST(CauseOf([&] {
-                  HelperProcess helper(program, arguments, STDIN_FILENO, 500ms);
-                  TakeAll(helper, {}, lines);
-              }),
-              "cause");
+        for (const HelperProcess::Limits& limits :
+             {HelperProcess::Limits{500ms, 10s, 1 << 20}, {10s, 500ms, 1 << 20}}) {
+            Lines lines;
+            QTEST(CauseOf([&] {
+                      HelperProcess helper(program, arguments, STDIN_FILENO, limits);
+                      TakeAll(helper, {u"x"_qs}, lines);
+                  }),
+                  "cause");
+        }
         ::close(inherited);
         QVERIFY(timer.elapsed() < 5000);
         QVERIFY(!HasChild());

@@ -347,9 +347,9 @@ private Q_SLOTS:
         row("later kind",
             "The file is of a later kind of Access (\".accdb\"), which can't be read.");
         row("companion", "creek.mdb-wal lies beside the file and belongs to another station.");
-        row("conversion elsewhere", "Another program is converting the file.");
+        row("conversion elsewhere", "Another program is writing the file.");
         row("full disk", "The disk is full");
-        row("disk that fills up", "disk I/O error");
+        row("disk that fills up", "The disk is full");
         row("read-only folder", "The folder can't be written to: Permission denied");
     }
     void leavesTheFileAlone() {

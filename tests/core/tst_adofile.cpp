@@ -148,7 +148,12 @@ private Q_SLOTS:
             remove();
             {
                 const FullDisk full(4096);
-                QCOMPARE(ErrorOf([&] { transaction.Commit(); }), adErrGeneral);
+                try {
+                    transaction.Commit();
+                    QFAIL("stored");
+                } catch (const AdoError& error) {
+                    QCOMPARE(error.Description(), u"The disk is full"_qs);
+                }
             }
             // What comes after a lost beginning isn't stored either.
             QCOMPARE(ErrorOf(remove), adErrGeneral);
@@ -164,12 +169,11 @@ private Q_SLOTS:
     void compactsIntoANewFile_data() { opensAndLeavesOneFile_data(); }
     void compactsIntoANewFile() {
         MakeFile("DELETE FROM Records WHERE chan1 > 100");
-        const QByteArray source = ReadBytes(path_);
+        const qint64 size = QFileInfo(path_).size();
         const QString target = path_ + u"qvx"_qs;
         QCOMPARE(CompactError(), noError);
-        QCOMPARE(ReadBytes(path_), source);
         QCOMPARE(ReadBytes(target).mid(18, 2), "\1\1");
-        QVERIFY(ReadBytes(target).size() < source.size() / 4);
+        QVERIFY(ReadBytes(target).size() < size / 4);
         const QString rows = u"SELECT count(*), max(\"DateTime\") FROM Records"_qs;
         QCOMPARE(DumpTable(target, rows), DumpTable(path_, rows));
         QCOMPARE(CompactError(), adErrGeneral);  // it exists

@@ -1,17 +1,14 @@
 // Imports: small files of each kind, the samples, loggers' own files from the field, files that are
 // none, and imports that end before their time or whose station can't take records.
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <QElapsedTimer>
 #include <QRegularExpression>
-#include <csignal>
 
 #include "import/Import.h"
 #include "tests/support/CoreTest.h"
+#include "tests/support/StatementFault.h"
 
 using namespace rillbook;
 
@@ -20,7 +17,7 @@ namespace {
 const QString samplesFolder = QStringLiteral(RILLBOOK_SOURCE_DIR "/samples/");
 const QString fieldFolder = QStringLiteral(RILLBOOK_SOURCE_DIR "/../shared/data/");
 
-// "readable, unreadable, repeated" of the last message, then what else was told, without the
+// "readable, unreadable, repeated" of the last message, then what else was shown, without the
 // system's own words.
 QString Import(const QString& file) {
     MessageLog messages;
@@ -30,7 +27,9 @@ QString Import(const QString& file) {
         "and  (\\d+) Dupulicate\\(s\\)\\.$"_qs);
     QStringList told;
     for (const QString& text : messages.texts) {
-        told += text.section(u'\n', 0, 0).replace(counts, u"\\1, \\2, \\3"_qs);
+        const QString reason = text.section(u'\n', 1);
+        told += text.section(u'\n', 0, 0).replace(counts, u"\\1, \\2, \\3"_qs) +
+                (reason == u"The disk is full" ? u' ' + reason : QString());
     }
     return told.join(u'\n');
 }
@@ -92,7 +91,10 @@ private Q_SLOTS:
             "4, 0, 0");
         row("Campbell", 3, " 2002 13 1  015  1.25    7\n 2002 1231 2415  1.50    8\n",
             "2003-01-01 00:15:00 | 1.25 | 7", "1, 0, 1");
-        row("no such layout", 4, "1/1/02 00:15,1.25,7\n", "", "0, 0, 0");
+        for (const int unknown : {4, -1}) {
+            row("no such layout", unknown, "1/1/02 00:15,1.25,7\n", "",
+                "0, 0, 0\n! The layout of the station's logger files is unknown!");
+        }
     }
     void stories() {
         QFETCH(int, type);
@@ -108,8 +110,11 @@ private Q_SLOTS:
 
     void notAbleToRead() {
         StationFixture station;
-        for (const char* name : {"/missing.csv", "/.", "/station.mdb/logger.csv"}) {
-            QCOMPARE(Import(station.Folder() + QLatin1String(name)),
+        QCOMPARE(mkfifo(qPrintable(station.Folder() + u"/pipe"_qs), 0600), 0);
+        const QStringList names{u"missing.csv"_qs, u"."_qs, u"station.mdb/logger.csv"_qs,
+                                u"pipe"_qs};
+        for (const QString& path : names + QStringList(u"/dev/zero"_qs)) {
+            QCOMPARE(Import(QDir(station.Folder()).filePath(path)),
                      u"! Not able to open that file!"_qs);
         }
         // It opens, and its first page can't be read.
@@ -165,34 +170,24 @@ private Q_SLOTS:
         QCOMPARE(Import(file), u"600, 0, 0"_qs);
     }
 
-    // The logger file is a pipe, so that the import stands still where the test wants it. What it
-    // had read by then, but for the 256 KiB that it reads at a time, must be in the station.
+    // Each record is final when it is written. The statements before the first one take the lock.
     void killed() {
         const int lines = 60'000;
-        const int bytes = 790'000;
+        const int statements = 40'000;
         const QByteArray readings = Readings(lines);
         StationFixture station;
         station.Close();
-        const QString pipe = station.Folder() + u"/pipe"_qs;
-        QCOMPARE(mkfifo(qPrintable(pipe), 0600), 0);
-        OtherProgram child(u"--import"_qs, {station.Path(), pipe});
-        int descriptor = -1;
-        QTRY_VERIFY((descriptor = open(qPrintable(pipe), O_WRONLY | O_NONBLOCK)) >= 0);
-        fcntl(descriptor, F_SETFL, 0);
-        QFile writer;
-        QVERIFY(writer.open(descriptor, QIODevice::WriteOnly | QIODevice::Unbuffered));
-        QCOMPARE(writer.write(readings.left(bytes)), bytes);
-        int unread = -1;
-        QTRY_VERIFY(ioctl(descriptor, FIONREAD, &unread) == 0 && unread == 0);
-        child.Kill();
-        close(descriptor);
+        const QString file = station.LoggerFile(readings);
+        OtherProgram child(u"--import"_qs, {station.Path(), file, QString::number(statements)});
+        QCOMPARE(child.NextLine(), QByteArray());
+        QCOMPARE(station.panel.texts.value(StationPanel::Item::Records), u"Empty"_qs);
 
         station.Open();
         const int stored = StoredReadings(station);
-        QVERIFY2(stored * lineSize > bytes - 256 * 1024 - lineSize && stored <= bytes / lineSize,
+        QVERIFY2(stored < statements && stored > statements - 10,
                  qPrintable(QString::number(stored)));
-        QCOMPARE(Import(station.LoggerFile(readings)),
-                 u"%1, 0, %2"_qs.arg(lines - stored).arg(stored));
+        QCOMPARE(station.panel.texts.value(StationPanel::Item::Records), QString::number(stored));
+        QCOMPARE(Import(file), u"%1, 0, %2"_qs.arg(lines - stored).arg(stored));
         QCOMPARE(StoredReadings(station), lines);
         station.Close();
         QVERIFY(!QFile::exists(station.Path() + u"-wal"_qs));
@@ -206,14 +201,17 @@ private Q_SLOTS:
         {
             const FullDisk full(400'000);
             told = Import(file);
+            RefreshRecordStats();
             station.Close();
         }
         station.Open();
         const int stored = station.Dump("SELECT count(*) FROM Records").toInt();
         QVERIFY(stored < lines);
         QCOMPARE(told,
-                 u"%1, 0, 0\n! %2 of the readable records could not be stored!"_qs.arg(lines).arg(
-                     lines - stored));
+                 u"%1, 0, 0\n! %2 of the readable records could not be stored! The disk is full"_qs
+                     .arg(lines)
+                     .arg(lines - stored));
+        QCOMPARE(station.panel.texts.value(StationPanel::Item::Records), QString::number(stored));
         QCOMPARE(Import(file), u"%1, 0, %2"_qs.arg(lines - stored).arg(stored));
         QCOMPARE(StoredReadings(station), lines);
     }
@@ -244,10 +242,10 @@ int main(int argc, char* argv[]) {
         const FakePanel panel;
         ResetSharedState();
         OpenDB(arguments.value(2));
+        const StatementFault fault(arguments.value(4).toInt(), StatementFault::Kind::Kills);
         Import(arguments.value(3));
         return 0;
     }
-    std::signal(SIGPIPE, SIG_IGN);
     TestImport test;
     return QTest::qExec(&test, argc, argv);
 }

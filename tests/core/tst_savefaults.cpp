@@ -62,6 +62,9 @@ void Fill(StationFixture& station) {
         .WithJournalRow("2002-02-01", 2, 7, 8)
         .WithEquation("2002-01-01", 1, 0.1, 1.5, 20)
         .WithTable("2002-03-01", 1, {{1, 10}, {2, 20}}, u"old"_qs);
+    // As the opening after a kill would count them.
+    RefreshRecordStats();
+    WriteStationInfo();
 }
 
 QString Content(const StationFixture& station) {

@@ -108,6 +108,10 @@ bool FileCalls::Strikes(Kind kind) {
         return false;
     }
     ++count_;
+    if (BeforeEach) {
+        const Unwatched unwatched;
+        BeforeEach(kind);
+    }
     if (keeps_ && (kind & (Read | Lock | Map)) == 0) {
         KeepMedium();
     }

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QMap>
 #include <QString>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -62,6 +63,9 @@ public:
     void Fail(int call, Lasting lasting = Lasting::Once, int error = 5 /* EIO */,
               unsigned kinds = Any);
     bool HasStruck() const { return hasStruck_; }
+
+    // Runs before each call of the kinds that are counted; its own calls aren't watched.
+    std::function<void(Kind)> BeforeEach;
 
     // What is in the folder after a loss of power.
     struct Medium {

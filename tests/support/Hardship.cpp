@@ -58,6 +58,12 @@ OtherProgram::OtherProgram(const QString& deed, const QStringList& objects) {
     process_.start(QCoreApplication::applicationFilePath(), QStringList(deed) + objects);
 }
 
+QByteArray OtherProgram::NextLine() {
+    while (!process_.canReadLine() && process_.waitForReadyRead(20'000)) {
+    }
+    return process_.readLine().trimmed();
+}
+
 void OtherProgram::Kill() {
     process_.kill();
     process_.waitForFinished();

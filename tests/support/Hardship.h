@@ -41,6 +41,8 @@ public:
     OtherProgram(const QString& deed, const QStringList& objects);
     ~OtherProgram() { Kill(); }
     void Kill();
+    // Waits for the next line that it writes to its standard output; empty at its end.
+    QByteArray NextLine();
 
 private:
     QProcess process_;

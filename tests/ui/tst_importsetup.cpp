@@ -185,6 +185,21 @@ private Q_SLOTS:
         QCOMPARE(FolderText(station_->Folder()), before);
     }
 
+    void keepsAnUnknownLayoutUntilOneIsChosen() {
+        for (const int unknown : {7, -1}) {
+            StationInfo.ImportType = static_cast<std::int16_t>(unknown);
+            Show();
+            QCOMPARE(Child<QComboBox>(*form_, u"cmbFileType"_qs).currentIndex(), -1);
+            Click(*form_, u"cmdOK"_qs);
+            QCOMPARE(station_->Dump("SELECT importtype FROM Information LIMIT 1"),
+                     QString::number(unknown));
+        }
+        Show();
+        Child<QComboBox>(*form_, u"cmbFileType"_qs).setCurrentIndex(1);
+        Click(*form_, u"cmdOK"_qs);
+        QCOMPARE(station_->Dump("SELECT importtype FROM Information LIMIT 1"), u"1"_qs);
+    }
+
     // Readings of which the header doesn't know aren't erased without a question either.
     void asksForWhatTheHeaderForgot() {
         StationInfo.Channels = 1;

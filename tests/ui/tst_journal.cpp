@@ -110,7 +110,8 @@ private Q_SLOTS:
             "The journal could not be saved: Notes of 1/5/2002: The text is longer than 255 "
             "characters.",
             "1,7 in 1,1 to 1,7");
-        row("↑→→→→→→windy⏎", "The journal could not be saved: disk I/O error", "2,7 in 2,7 to 2,7");
+        row("↑→→→→→→windy⏎", "The journal could not be saved: The disk is full",
+            "2,7 in 2,7 to 2,7");
     }
     void Refuses() {
         QFETCH(QString, keys);
@@ -119,7 +120,7 @@ private Q_SLOTS:
             const bool failure = message.contains(u"saved"_qs);
             Press(form, keys);
             {
-                const FullDisk disk(message.endsWith(u"I/O error"_qs) ? 4096 : 100'000'000);
+                const FullDisk disk(message.endsWith(u"disk is full"_qs) ? 4096 : 100'000'000);
                 Trigger(form, u"mnuEditCopy"_qs);  // ends the edit
                 const QString typed = FilledRows(form);
                 doors_->ExpectMessage(u"Save changes?"_qs, MsgBoxAnswer::Yes);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+namespace rillbook {
+
+// Whether an errno means that the disk, or this user's share of it, has no room for the bytes.
+bool IsDiskFull(int error);
+
+// The reason behind an errno, for the user: "The disk is full", else the system's own text.
+QString SystemReason(int error);
+
+}  // namespace rillbook
