@@ -41,7 +41,7 @@ const std::vector<Save>& Saves() {
              WriteTable(1, At("2002-03-01"), {.time = At("2003-03-01"), .notes = u"new"_qs},
                         {{5, 50}, {6, 60}});
          }},
-        {"rating deleted", [](auto&) { DeleteRating(1, At("2003-03-01"), true); }},
+        {"rating deleted", [](auto&) { DeleteRating(1, At("2003-03-01")); }},
         {"record edited",
          [](auto&) {
              Connection editor;
@@ -165,6 +165,13 @@ class TestFileFaults : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    // Before there is another station.
+    void initTestCase() {
+        for (std::size_t saves = 0; saves <= Saves().size(); ++saves) {
+            After(saves);
+        }
+    }
+
     void failingSave_data() { AddSaves(); }
     void failingSave() {
         QFETCH(std::size_t, save);
@@ -306,6 +313,55 @@ private Q_SLOTS:
                                     .arg(saves)
                                     .arg(found.records + found.others)));
         }
+    }
+
+    // A new station, a project and a station saved elsewhere: complete, and under their names.
+    void lossOfPowerAfterANewFile() {
+        const QTemporaryDir elsewhere;
+        ScriptedDoors doors;
+        StationFixture station;
+        station.WithRecord("2002-01-01", {1.5});
+        const QString path = station.Folder() + u"/new.mdb"_qs;
+        FileCalls calls(station.Folder());
+        calls.KeepMedia();
+        CopyStationTemplate(path);
+        calls.Report();
+        WriteProjectFile(station.Folder() + u"/p.prj"_qs, {});
+        calls.Report();
+        QFile::remove(station.Path());
+        doors.ExpectMessage(station.Path() +
+                                u" was removed or replaced by another program while it "
+                                "was open. Nothing can be saved in it. Save the "
+                                "station under another name?"_qs,
+                            MsgBoxAnswer::Yes);
+        doors.AnswerFileDialog(station.Folder() + u"/saved.mdb"_qs);
+        QVERIFY(StationIsInPlace());
+        calls.Report();
+        CloseDB();
+        const QByteArray project = ReadBytes(station.Folder() + u"/p.prj"_qs);
+        for (const FileCalls::Medium& medium : calls.Media()) {
+            medium.WriteTo(elsewhere.path());
+            const QString place = QString::number(medium.call);
+            const QString copy = elsewhere.filePath(u"new.mdb"_qs);
+            QVERIFY2(medium.reports < 1 || ReadBytes(copy) == StationTemplate(), qPrintable(place));
+            QVERIFY2(medium.reports < 2 || medium.files[u"p.prj"_qs] == project, qPrintable(place));
+            QVERIFY2(medium.reports < 3 ||
+                         DumpTable(elsewhere.filePath(u"saved.mdb"_qs), u"Records"_qs) ==
+                             u"2002-01-01 00:00:00 | 1.5"_qs,
+                     qPrintable(place));
+        }
+    }
+
+    void reportsRecordsThatAreNotOnTheDisk() {
+        Trial trial(5);
+        FileCalls calls(trial.station.Folder());
+        calls.Fail(1, Lasting::FromThenOn, EIO, FileCalls::Sync);
+        Saves()[5].run(trial.station);
+        QCOMPARE(trial.messages.texts,
+                 QStringList({u"! 9 of the stored records could not be brought to the disk!\n"
+                              "disk I/O error"_qs,
+                              kCounts}));
+        calls.Fail(0);
     }
 
 private:

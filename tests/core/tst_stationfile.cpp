@@ -111,7 +111,7 @@ private Q_SLOTS:
              [](auto&) {
                  WriteTable(1, 5, {.time = 5, .notes = {}}, {{1, 1}});
              }},
-            {"rating", [](auto&) { DeleteRating(1, 5, true); }},
+            {"rating", [](auto&) { DeleteRating(1, 5); }},
             {"setup",
              [](auto&) { ReshapeStation({.importType = 0, .dateWidth = 1, .channels = {{}}}); }},
             {"header", [](auto&) { WriteStationInfo(); }},

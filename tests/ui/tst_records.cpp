@@ -243,6 +243,32 @@ private Q_SLOTS:
             "; ! Nothing was deleted: -; ! Nothing was deleted: -"_qs);
     }
 
+    // The row that was typed is refused; all others, and what is typed next, are in the new file.
+    void GoesOnInAnotherFile() {
+        const QString elsewhere = station_->Folder() + u"/elsewhere.mdb"_qs;
+        ScriptedDoors doors;
+        doors.ExpectMessage(
+            u"The record of 1/1/2002 could not be stored: The file was removed or replaced by "
+            "another program: "_qs +
+            station_->Path());
+        doors.ExpectMessage(
+            station_->Path() +
+                u" was removed or replaced by another program while it was open. "
+                "Nothing can be saved in it. Save the station under another name?"_qs,
+            MsgBoxAnswer::Yes);
+        doors.AnswerFileDialog(elsewhere);
+        QStringList notes;
+        InEditor([&](QWidget& form) {
+            QFile::remove(station_->Path());
+            Do(form, u"→7⏎"_qs, notes);
+            QCoreApplication::processEvents();
+            Do(form, u"→8⏎"_qs, notes);
+        });
+        station_->Close();
+        QCOMPARE(DumpTable(elsewhere, u"SELECT chan1 FROM Records"_qs), u"8\n1.5\n-1"_qs);
+        QVERIFY(!QFile::exists(station_->Path()));
+    }
+
     // The window's connection beside the station's.
     void WritesInTurn() {
         MessageLog log;
