@@ -301,7 +301,7 @@ private Q_SLOTS:
             media = calls.Media();
         }
         QVERIFY(trial.IsReportedAsDone());
-        QVERIFY(media.size() > 100);
+        QVERIFY(media.size() > 50);
         for (const FileCalls::Medium& medium : media) {
             medium.WriteTo(trial.station.Folder());
             const auto saves = static_cast<std::size_t>(medium.reports);
