@@ -30,7 +30,7 @@ struct ImportCounts {
     QString unstoredReason;       // of the first of them
     std::int64_t stored = 0;
     Unsynced unsynced;  // of the stored ones
-    QString readFault;  // why the file couldn't be read to its end; empty where it could
+    QString readFault;  // why the file couldn't be read to its end; empty if it could
 };
 
 // Counts have 32 bits and stay at the limit.

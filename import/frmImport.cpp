@@ -162,7 +162,7 @@ bool frmImport::eventFilter(QObject* watched, QEvent* event) {
     if (watched == ui_->cmbFileType && event->type() == QEvent::KeyPress) {
         stepsThroughLayouts_ = true;
         const int key = static_cast<QKeyEvent*>(event)->key();
-        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+        if ((key == Qt::Key_Return || key == Qt::Key_Enter) && HasWidths()) {
             GoToFirstWidth();
             return true;
         }

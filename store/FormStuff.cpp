@@ -305,30 +305,34 @@ void SaveStationInfo() {
     }
 }
 
+RecordStatistics ReadRecordStatistics() {
+    Recordset rows;
+    rows.CursorType = adOpenStatic;
+    rows.LockType = adLockReadOnly;
+    rows.Open(QStringLiteral("SELECT DateTime FROM "
+                             "Records"
+                             " ORDER BY DateTime "),
+              *StationConnection);
+    RecordStatistics statistics;
+    if (!rows.Eof()) {
+        statistics.first = ShortDateText(rows.Fields(0).Number());
+        rows.MoveLast();
+        statistics.last = ShortDateText(rows.Fields(0).Number());
+        statistics.count = QString::number(rows.RecordCount());
+    }
+    rows.Close();
+    return statistics;
+}
+
+void ShowRecordStatistics(const RecordStatistics& statistics) {
+    TheStationPanel->SetText(Item::BeginDate, statistics.first);
+    TheStationPanel->SetText(Item::EndDate, statistics.last);
+    TheStationPanel->SetText(Item::Records, statistics.count);
+}
+
 void RefreshRecordStats() {
     try {
-        Recordset rows;
-        rows.CursorType = adOpenStatic;
-        rows.LockType = adLockReadOnly;
-        rows.Open(QStringLiteral("SELECT DateTime FROM "
-                                 "Records"
-                                 " ORDER BY DateTime "),
-                  *StationConnection);
-        if (rows.Eof()) {
-            TheStationPanel->SetText(Item::BeginDate, {});
-            TheStationPanel->SetText(Item::EndDate, {});
-            TheStationPanel->SetText(Item::Records, QStringLiteral("Empty"));
-        } else {
-            // All three, or where one can't be read none of them.
-            const QString first = ShortDateText(rows.Fields(0).Number());
-            rows.MoveLast();
-            const QString last = ShortDateText(rows.Fields(0).Number());
-            const QString count = QString::number(rows.RecordCount());
-            TheStationPanel->SetText(Item::BeginDate, first);
-            TheStationPanel->SetText(Item::EndDate, last);
-            TheStationPanel->SetText(Item::Records, count);
-        }
-        rows.Close();
+        ShowRecordStatistics(ReadRecordStatistics());
     } catch (const AdoError& error) {
         TellFault(QStringLiteral("The records could not be counted"), error.Description());
     }

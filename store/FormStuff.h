@@ -79,8 +79,17 @@ void SaveStationInfo();
 // and the columns that UpgradeInformation adds.
 QString WriteInformation();
 
-// Sets the panel's count of records and their first and last date from the table Records; they
-// reach the table Information with the next WriteStationInfo. A failing query is told to the user.
+// The count of records and their first and last date, as the panel shows them.
+struct RecordStatistics {
+    QString count = QStringLiteral("Empty");
+    QString first;
+    QString last;
+};
+// Reads them from the table Records. Raises AdoError.
+RecordStatistics ReadRecordStatistics();
+// They reach the table Information with the next WriteStationInfo.
+void ShowRecordStatistics(const RecordStatistics& statistics);
+// Reads and shows them, or shows a message if they cannot be read.
 void RefreshRecordStats();
 
 // Adds to files of older releases the columns that they lack; harmless on others. Raises AdoError

@@ -8,8 +8,8 @@
 
 namespace rillbook {
 
-// When a rating comes into force. A file of another program may hold a rating without a date-time,
-// or one with part of a second: all of these are told apart exactly, not by their texts.
+// When a rating takes effect. A file of another program may hold a rating without a date-time, or
+// one with part of a second: times are compared exactly, not by their texts.
 using RatingTime = std::optional<DateTime>;
 
 // The rating that an editor opens; kNewRating for a new one.

@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <cstdio>
+#include <optional>
 
 #include "app/Application.h"
 #include "platform/ado/AdoError.h"
@@ -57,6 +58,19 @@ QString ReasonLine(const QString& path, const AdoError& error) {
                         : error.Description());
 }
 
+// Nothing if a record without a proper time prevents it. An error of the file is raised, and
+// refuses the opening.
+std::optional<RecordStatistics> StatisticsOfLeftStation() {
+    try {
+        return ReadRecordStatistics();
+    } catch (const AdoError& error) {
+        if (error.IsOfFile()) {
+            throw;
+        }
+        return std::nullopt;
+    }
+}
+
 }  // namespace
 
 bool OpenDB(const QString& path) {
@@ -71,9 +85,11 @@ bool OpenDB(const QString& path) {
     const bool wasLeftOpen = ado::HasCompanion(path);
     try {
         StationConnection->Open(StationConnectionString);
+        const std::optional<RecordStatistics> counted =
+            wasLeftOpen ? StatisticsOfLeftStation() : std::nullopt;
         ReadStationInfo();
-        if (wasLeftOpen) {
-            RefreshRecordStats();
+        if (counted) {
+            ShowRecordStatistics(*counted);
         }
     } catch (const AdoError& error) {
         StationConnection->Close();
@@ -111,8 +127,8 @@ namespace {
 // Nobody can answer any more.
 class MessagesToStandardError : public MsgBoxDoor {
 public:
-    MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon,
-                      const QString&) override {
+    MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon, const QString&,
+                      std::optional<MsgBoxAnswer>) override {
         std::fputs(qPrintable(text + u'\n'), stderr);
         return buttons == MsgBoxButtons::YesNo ? MsgBoxAnswer::No : MsgBoxAnswer::Cancel;
     }

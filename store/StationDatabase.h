@@ -21,7 +21,7 @@ QString ConnectionTo(const QString& path);
 
 // Opens the station and loads its header; true on success. If the file can't be opened or its
 // header can't be read, the user gets a message with the reason, and no station is open. An Access
-// file is made a station first, where the user wants it (see StationConversion.h). StationPath and
+// file is made a station first, if the user wants it (see StationConversion.h). StationPath and
 // StationTitle are the caller's to set, on true only. REQUIRES: StationConnection closed.
 bool OpenDB(const QString& path);
 
@@ -30,7 +30,7 @@ bool OpenDB(const QString& path);
 void CloseDB();
 
 // The same when the process exits with a station open, for instance because the display is gone:
-// without a message on the screen, and without a window. Not for a program that goes on.
+// without a message on the screen, and without a window. Only for a process that exits.
 void CloseAtExit();
 
 // What CloseDB leaves on the screen; by itself, for a station whose file was lost.

@@ -1,6 +1,7 @@
 #include "store/StationInPlace.h"
 
 #include <QFileInfo>
+#include <utility>
 
 #include "platform/ado/AdoError.h"
 #include "platform/ado/DatabaseFile.h"
@@ -21,8 +22,8 @@ void Require(const QString& reason) {
     }
 }
 
-// Puts what the connection holds at a path, complete and synced, or raises AdoError and leaves what
-// is there.
+// Puts what the connection holds at a path, complete and synced, or raises AdoError and leaves the
+// present file unchanged.
 void CopyStationTo(const QString& path) {
     const Hourglass hourglass;
     const QFileInfo present(path);
@@ -61,13 +62,12 @@ QString FaultOfName(const QString& path) {
 
 // Makes the copy the open station.
 void SwitchTo(const QString& path) {
-    const QString former = StationPath;
-    StationConnection->Close();
-    StationConnectionString = ConnectionTo(path);
-    StationPath = path;
+    const QString former = std::exchange(StationPath, path);
     StationTitle = QFileInfo(path).fileName();
-    StationConnection->Open(StationConnectionString);
+    StationConnectionString = ConnectionTo(path);
+    StationConnection->Close();
     TheStationPanel->StationRenamed(former);
+    StationConnection->Open(StationConnectionString);
 }
 
 bool SaveElsewhere() {
@@ -86,24 +86,33 @@ bool SaveElsewhere() {
         } catch (const AdoError& error) {
             fault = error.Description();
         }
-        TellFault(QStringLiteral("The station could not be saved as %1").arg(path), fault);
         if (StationConnection->State() == 0) {
+            TellFault(QStringLiteral("The station was saved as %1, but cannot be opened").arg(path),
+                      fault);
             ShowNoStation();
             return false;
         }
+        TellFault(QStringLiteral("The station could not be saved as %1").arg(path), fault);
     }
 }
 
 }  // namespace
 
 bool StationIsInPlace() {
-    return StationConnection->IsInPlace() ||
-           (MsgBox(
-                QStringLiteral("%1 was removed or replaced by another program while it was open. "
-                               "Nothing can be saved in it. Save the station under another name?")
-                    .arg(StationPath),
-                MsgBoxButtons::YesNo, MsgBoxIcon::Exclamation) == MsgBoxAnswer::Yes &&
-            SaveElsewhere());
+    if (StationConnection->IsInPlace()) {
+        return true;
+    }
+    // Only a clear No gives the station up: without a copy, all that it holds is lost.
+    while (StationConnection->State() != 0 &&
+           MsgBox(QStringLiteral("%1 was removed or replaced by another program while it was open. "
+                                 "Nothing can be saved in it. Save the station under another name?")
+                      .arg(StationPath),
+                  MsgBoxButtons::YesNo, MsgBoxIcon::Exclamation) == MsgBoxAnswer::Yes) {
+        if (SaveElsewhere()) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void RequireStationInPlace() {

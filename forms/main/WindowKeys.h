@@ -12,8 +12,7 @@ namespace rillbook {
 // - Enter presses the button that has the focus, whether or not it is a default button.
 // - F1 shows the help topic of the window in front.
 // - F10 opens the first menu. Alt with the first letter of a menu opens the menu if its caption
-// marks
-//   no letter.
+//   marks no letter.
 // - Alt with a letter types nothing.
 // - Esc in a menu closes it and leaves the menu bar.
 class WindowKeys : public QObject {

@@ -229,7 +229,10 @@ void frmMain::ShowPanel(bool visible) {
 
 void frmMain::StationRenamed(const QString& former) {
     if (QTreeWidgetItem* station = FindStation(*ui_->TreeView1, former)) {
-        delete FindStation(*ui_->TreeView1, StationPath);  // of a file that was written over
+        QTreeWidgetItem* other = FindStation(*ui_->TreeView1, StationPath);
+        if (other != station) {
+            delete other;  // of a file that was written over
+        }
         FillStationNode(station, StationPath, StationTitle);
     }
 }
@@ -249,8 +252,11 @@ void frmMain::TreeClick() {
     const bool isOpen =
         StationConnection->State() != 0 && IsSameFile(NodeKey(station), StationPath);
     if (!isOpen && SwitchToStation(NodeKey(station), station->text(0))) {
-        // Its channels may be others by now, for example in a backup that was put back.
-        FillStationNode(station, StationPath, StationTitle);
+        // Its channels may be others by now, for example in a backup that was put back. Leaving a
+        // station whose file is gone may have replaced its node.
+        if (QTreeWidgetItem* opened = FindStation(*ui_->TreeView1, StationPath)) {
+            FillStationNode(opened, StationPath, StationTitle);
+        }
     }
 }
 
@@ -329,6 +335,9 @@ void frmMain::ImportLoggerFile() {
     StationInfo.ImportDir = ChosenFolder();
     const Hourglass hourglass;
     ImportFile(dlgCommonDialog.FileName);
+    if (StationConnection->State() == 0) {
+        return;  // its file is gone, and the copy did not open
+    }
     RefreshRecordStats();
     WriteStationInfo();
 }

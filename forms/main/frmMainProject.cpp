@@ -165,9 +165,10 @@ frmMain::LeftStation frmMain::LeaveStation() {
     if (StationConnection->State() == 0) {
         return {};
     }
-    const LeftStation left{StationPath, StationTitle, StationInfo.OutputChannel};
+    const std::int16_t channel = StationInfo.OutputChannel;
     CloseOpenStation();
-    return left;
+    // Closing saves a station whose file is gone under another name.
+    return {StationPath, StationTitle, channel};
 }
 
 void frmMain::ReturnTo(const LeftStation& left) {
@@ -288,11 +289,15 @@ bool frmMain::AddStaToTree() {
 }
 
 void frmMain::RemoveStation() {
+    if (ui_->TreeView1->currentItem() == nullptr) {
+        return;
+    }
+    CloseOpenStation();
+    // Only now: closing a station whose file is gone may have replaced its node.
     QTreeWidgetItem* node = ui_->TreeView1->currentItem();
     if (node == nullptr) {
         return;
     }
-    CloseOpenStation();
     QTreeWidgetItem* station = StationOf(node);
     // The tree then selects the next station, or the one before if it is the last.
     ui_->TreeView1->setCurrentItem(station);

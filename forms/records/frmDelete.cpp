@@ -28,23 +28,23 @@ void ForEachRow(Recordset& rows, DateTime from, DateTime to, Visit visit) {
         return;
     }
     const Field time = rows.Fields(0);
-    std::int64_t behind = 0;  // the row after the last one visited
+    std::int64_t rowAfter = 0;  // to return to; 0 if the cursor needs no return
     // To the end: rows whose time was changed keep the place in which they were read.
     while (!rows.Eof()) {
         const DateTime moment = time.Number();
         if (moment < from) {
             rows.Find(QStringLiteral("DateTime >= #") + SqlDateText(from) + u'#');
         } else if (moment > to) {
-            behind = rows.AbsolutePosition();
+            rowAfter = rows.AbsolutePosition();
             rows.Find(QStringLiteral("DateTime <= #") + SqlDateText(to) + u'#');
         } else {
             visit();
             rows.MoveNext();
-            behind = 0;
+            rowAfter = 0;
         }
     }
-    if (behind > 0) {
-        rows.SetAbsolutePosition(behind);
+    if (rowAfter > 0) {
+        rows.SetAbsolutePosition(rowAfter);
     }
 }
 

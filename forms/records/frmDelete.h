@@ -21,7 +21,8 @@ class frmDelete;
 class frmDelete : public QDialog {
     Q_OBJECT
 public:
-    // Works on the editor's recordset, beside which it stands. REQUIRES: no row is being changed.
+    // Works on the recordset of the editor, and is shown beside its Delete button. REQUIRES: no row
+    // is being changed.
     explicit frmDelete(frmEditRecords& editor);
     ~frmDelete() override;
 

@@ -61,7 +61,8 @@ QPoint frmEditRecords::DeleteButtonPosition() const {
 
 void frmEditRecords::RequireStation() {
     RequireStationInPlace();
-    if (Adodc1.ConnectionString != StationConnection->ConnectionString()) {
+    if (Adodc1.ConnectionString != StationConnection->ConnectionString() ||
+        !Adodc1.Connection.IsInPlace()) {
         LoadGrid();
     }
 }

@@ -177,7 +177,7 @@ void frmOutputSettings::DateChange() {
         ui_->tbN->setText(QString::number(largest));
     }
     ui_->updN->SetMax(largest);
-    // A text that is no date yet leaves the end of the former one.
+    // While the text is not a date, the end date of the former value stays.
     const DateTime begin = ui_->DTPicker1->Meant().value_or(ui_->DTPicker1->Value());
     ui_->tbEndDate->setText(MonthDayYearText(PeriodEnd(begin, unit, count)));
 }

@@ -18,8 +18,8 @@ namespace rillbook::access {
 // is at.
 class HelperProcess {
 public:
-    // A damaged or hostile file may keep it busy for ever, or make it write more than the disk
-    // holds.
+    // A damaged or hostile file may keep the process busy for ever, or make it write more than
+    // the disk can hold.
     struct Limits {
         std::chrono::milliseconds waiting;  // for its output, in all
         std::chrono::milliseconds whole;    // from its start on, the caller's own work included

@@ -17,7 +17,7 @@ class Database;
 //
 // While open for writing, the file is in write-ahead mode with a companion beside it; Close folds
 // the companion back, so that at rest the station is one file in rollback mode. Each Update or
-// Execute outside BeginTrans is final, and so is each CommitTrans: it is synced to the disk.
+// Execute outside BeginTrans is final, and so is each CommitTrans: both are synced to the disk.
 class Connection {
 public:
     Connection();

@@ -88,8 +88,8 @@ bool Database::OpenToWrite() {
     } catch (const AdoError& error) {
         companion_.reset();
         RequireInPlace(handle.get());
-        const bool hasNoRoom =
-            error.Cause() == AdoCause::Full || sqlite3_errcode(handle.get()) == SQLITE_CANTOPEN;
+        const bool hasNoRoom = error.Cause() == AdoCause::Full ||
+                               (sqlite3_errcode(handle.get()) & 0xff) == SQLITE_CANTOPEN;
         if (hasNoRoom || error.Cause() == AdoCause::ReadOnly) {
             return false;
         }

@@ -174,7 +174,7 @@ bool IsKnownToBeSound(const FileStamp& stamp) {
 }
 
 bool IsBusy(sqlite3* handle) {
-    const int code = sqlite3_errcode(handle);
+    const int code = sqlite3_errcode(handle) & 0xff;
     return code == SQLITE_BUSY || code == SQLITE_LOCKED;
 }
 
@@ -191,8 +191,8 @@ Handle OpenUntouchedOnce(const QFileInfo& file) {
             "file:" + QUrl::toPercentEncoding(file.filePath(), "/") + "?immutable=1";
         return RequireReadable(OpenHandle(uri, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI));
     }
-    // Opened for writing where possible: a half-done change that a killed program left in the
-    // rollback journal is undone by the first reader that may write.
+    // Opened for writing if possible: a half-done change that a killed program left in the rollback
+    // journal is undone by the first reader that may write.
     return RequireReadable(
         OpenHandle(name, IsWritable(file) ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY));
 }

@@ -151,9 +151,8 @@ void Statement::Bind(int parameter, double value) {
 }
 
 void Statement::Bind(int parameter, const QString& text) {
-    // The database keeps UTF-8 and copies while it converts, so that the text may change later.
     sqlite3_bind_text16(statement_.get(), parameter, text.utf16(),
-                        static_cast<int>(text.size() * qsizetype{sizeof(QChar)}), SQLITE_STATIC);
+                        static_cast<int>(text.size() * qsizetype{sizeof(QChar)}), SQLITE_TRANSIENT);
 }
 
 QString Statement::Text(int column) const {

@@ -36,7 +36,7 @@ public:
     bool Step();
     void Reset() noexcept;
 
-    // Parameters count from 1. A bound text must stay as it is until the next Reset.
+    // Parameters count from 1.
     void Bind(int parameter, const Cell& cell);
     void Bind(int parameter, std::int64_t value);
     void Bind(int parameter, double value);

@@ -62,7 +62,9 @@ void GiveUpPendingLock(sqlite3* handle) noexcept {
 
 WriteAhead::WriteAhead(sqlite3* handle, const QString& path)
     : handle_(handle), path_(path), interval_(kUsualInterval) {
-    if (Ask(handle, "PRAGMA journal_mode = WAL") != u"wal") {
+    // The statement names the new mode before it has stored it: only its end shows a full disk.
+    Run(handle, "PRAGMA journal_mode = WAL");
+    if (Ask(handle, "PRAGMA journal_mode") != u"wal") {
         throw AdoError(adErrGeneral,
                        QStringLiteral("The file system has no write-ahead mode: %1").arg(path),
                        AdoCause::ReadOnly);
@@ -145,7 +147,7 @@ Unsynced WriteAhead::EndAppends() noexcept {
 
 void WriteAhead::LeaveExclusiveMode() noexcept {
     TryRun(handle_, "PRAGMA locking_mode = NORMAL");
-    // The lock goes at the end of the next access.
+    // SQLite releases the lock at the end of the next access.
     TryRun(handle_, "SELECT count(*) FROM sqlite_schema");
 }
 

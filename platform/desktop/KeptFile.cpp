@@ -86,7 +86,8 @@ KeptFile TryName(const QString& path, const QString& name) {
     if (errno != EEXIST) {
         // An empty file reserves the name until the copy replaces it.
         QFile reserved(name);
-        if (reserved.open(QIODevice::NewOnly | QIODevice::WriteOnly)) {
+        if (reserved.open(QIODevice::NewOnly | QIODevice::WriteOnly,
+                          QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
             reserved.close();
             kept.reason = CopyTo(path, name);
             if (!kept.reason.isEmpty()) {
@@ -106,6 +107,10 @@ KeptFile TryName(const QString& path, const QString& name) {
 
 KeptFile KeepUnderName(const QString& path, const std::function<QString(int)>& name) {
     KeptFile kept;
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
+        kept.reason = NotAFileText();
+        return kept;
+    }
     int number = 0;
     do {
         kept = TryName(path, name(++number));

@@ -33,12 +33,12 @@ QDate CalendarDayOf(DateTime moment) {
 // What an edit put in the place of before[from, to); nothing if it changed more than that.
 std::optional<QString> Replacement(const QString& before, qsizetype from, qsizetype to,
                                    const QString& after) {
-    const qsizetype behind = before.size() - to;
-    if (after.size() < from + behind || !after.startsWith(QStringView(before).left(from)) ||
-        !after.endsWith(QStringView(before).right(behind))) {
+    const qsizetype kept = before.size() - to;  // after the edit
+    if (after.size() < from + kept || !after.startsWith(QStringView(before).left(from)) ||
+        !after.endsWith(QStringView(before).right(kept))) {
         return std::nullopt;
     }
-    return after.mid(from, after.size() - behind - from);
+    return after.mid(from, after.size() - kept - from);
 }
 
 // On the screen of the widget, under it or above it.

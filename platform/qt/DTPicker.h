@@ -19,17 +19,17 @@ class UpDown;
 // A picker of a date, or of a date and time, with a drop-down calendar.
 //
 // It is a line edit with a parser for the whole text, not a section edit: a section edit gives each
-// typed character a meaning of its own, moves on when a section is full, and moves on again at the
+// typed character a separate meaning, moves on when a section is full, and moves on again at the
 // separator that the user types next, so that a date typed as it is shown becomes another date.
 //
 // Left, Right and a click select a section of the shown text; Up, Down, the wheel and the spin
 // buttons step it. What is typed or pasted replaces the section as long as it fits into it; as soon
 // as it does not (a second number, a separator), it replaces the whole text. After that, and after
-// any other edit, the text is edited as in any line edit. PickerFormat says what a text means.
+// any other edit, the text is edited as in any line edit. PickerFormat reads the text.
 //
-// Enter, the loss of the focus, a step and the calendar take the text. One that is no date is
-// refused: the former date is shown again, with a message at the picker. Esc takes the former date
-// back, and closes the window only if nothing was typed.
+// Enter, the loss of the focus, a step and the calendar take the text. A text that is not a date
+// is refused: the former date is shown again, with a message at the picker. Esc takes the former
+// date back, and closes the window only if nothing was typed.
 class DTPicker : public QLineEdit {
     Q_OBJECT
 public:
@@ -40,7 +40,7 @@ public:
     // format shows the time. Seconds that the format does not show are those that SetValue brought;
     // they are 0 after another time was chosen or a whole text was typed.
     DateTime Value() const;
-    // The date that the text means now, being typed or not; nothing while it is no date.
+    // The date that the text means now, also while it is being typed; nothing if it is not a date.
     std::optional<DateTime> Meant() const;
     // Years outside 1801 to 9999 become the nearest moment inside. Drops a text that is being
     // typed.

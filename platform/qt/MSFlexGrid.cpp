@@ -288,7 +288,7 @@ void MSFlexGrid::Leave(bool forward) {
     focusNextPrevChild(forward);
 }
 
-// An input method may only compose where its text can go.
+// An input method may compose only if the user can type into the current cell's column.
 void MSFlexGrid::FollowTypedCell() {
     setAttribute(Qt::WA_InputMethodEnabled, IsTyped(Col()));
 }

@@ -104,7 +104,7 @@ Filters ReadFilter(const QString& filter) {
     return filters;
 }
 
-// A dialog for a file that exists. Completes a typed name only if there is no file of that name.
+// A dialog for a file that exists. Completes a typed name only if no file has that name.
 class OpenDialog : public QFileDialog {
 public:
     OpenDialog(QWidget* parent, const QString& title, const QString& folder, const QString& suffix)

@@ -29,6 +29,8 @@ void RecordModel::Bind(Recordset& rows) {
     headings_.clear();
     changedRow_ = -1;
     near_.clear();
+    deleted_.clear();
+    readingFailed_ = false;
     for (int col = 0; col < rows.FieldCount(); ++col) {
         types_.push_back(rows.Fields(col).Type());
         headings_ += rows.Fields(col).Name();

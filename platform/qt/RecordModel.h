@@ -43,7 +43,7 @@ public:
     // Runs `deletion`, by which these rows leave the table. They keep the texts that they show, and
     // can no longer be changed. Raises what `deletion` raises, and nothing has changed then.
     void DeleteRows(const std::vector<int>& rows, const std::function<void()>& deletion);
-    // What is shown is read anew.
+    // Reads all shown rows again.
     void ReadAnew();
 
 Q_SIGNALS:
@@ -66,7 +66,7 @@ private:
     mutable QCache<int, QStringList> near_{2000};
     // By row, texts in UTF-8 with a zero byte between them: there may be hundreds of thousands.
     QHash<int, QByteArray> deleted_;
-    mutable bool readingFailed_ = false;  // told once
+    mutable bool readingFailed_ = false;  // reported once
 };
 
 }  // namespace rillbook

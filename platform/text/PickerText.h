@@ -45,8 +45,8 @@ public:
     // A moment outside the years is shown as the nearest inside.
     PickerText Show(DateTime moment) const;
 
-    // The date of a typed text; nothing if the text is no date or outside the years, so that a text
-    // has one meaning or none.
+    // The date of a typed text; nothing if the text is not a date or outside the years, so that a
+    // text has one meaning or none.
     //
     // Month, day and year, separated by any mix of / - . , and blanks. A month is a number or an
     // English name of three letters or more. The month comes first, unless the year does, with four

@@ -268,7 +268,7 @@ private Q_SLOTS:
         QVERIFY(failures > 0);
     }
 
-    // What a killed program leaves doesn't stand in the way of the next try, which removes it.
+    // What a killed program leaves does not hinder the next try, which removes it.
     void killedAtEachCall_data() {
         const DataRows<QString> row("operation");
         for (const QString& operation : kOperations) {
@@ -432,7 +432,7 @@ private Q_SLOTS:
         WriteBytes(path, "old");
         ::chmod(qPrintable(path), 0664);
         QFile::setPermissions(folder.path(), QFile::Permissions(0x7777));
-        if (::geteuid() != 0 || ::chown(qPrintable(path), 65534, 12345) != 0) {
+        if (::geteuid() != 0 || ::chown(qPrintable(path), static_cast<uid_t>(-1), 12345) != 0) {
             QSKIP("Only the administrator has files of other groups");
         }
         {
@@ -448,8 +448,8 @@ private Q_SLOTS:
         const QString file = folder.filePath(u"file"_qs);
         WriteBytes(file, "bytes");
         QCOMPARE(mkfifo(qPrintable(pipe), 0600), 0);
-        QCOMPARE(ReadProjectFile(pipe, {}).fault, NotAFileText());
-        QVERIFY_EXCEPTION_THROWN(KeepOldProjectFile(pipe), FileError);
+        QVERIFY(!ReadProjectFile(pipe).isProject);
+        QVERIFY_EXCEPTION_THROWN(WriteProjectFile(pipe, {}, OldProject::Keep), FileError);
         QCOMPARE(ReplaceFile(pipe, "new"), NotAFileText());
         QVERIFY(!QFileInfo(pipe).isFile());
         QCOMPARE(ErrorOf([&] { Connection().Open(u"Data Source = "_qs + pipe); }), adErrGeneral);

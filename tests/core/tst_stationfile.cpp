@@ -157,7 +157,7 @@ private Q_SLOTS:
         }
     }
 
-    // As when the display goes away.
+    // As after the loss of the display.
     void closesTheStationAtExit() {
         StationFixture station;
         station.Close();

@@ -31,10 +31,10 @@ namespace rillbook {
 //     FileCalls calls(folder);
 //     calls.KeepMedia();
 //     ... an operation ...
-//     calls.Report();   // the user was told that it is saved
+//     calls.Report();   // the program reported that it is saved
 //     for (const FileCalls::Medium& medium : calls.Media()) { medium.WriteTo(other); ... }
 //
-// At most one watch lives at a time, and its calls come from one thread. Other processes aren't
+// At most one watch exists at a time, and its calls come from one thread. Other processes aren't
 // watched, nor is memory that is mapped from a file.
 class FileCalls {
 public:

@@ -66,7 +66,7 @@ bool IsLocking(int command, const void* argument) {
 
 }  // namespace
 
-// The mode follows only where a file may be made; reading it in any case is harmless here.
+// The mode follows only if the call may make a file; reading it in any case is harmless here.
 #define RILLBOOK_OPEN(name)                                                       \
     int name(const char* path, int flags, ...) {                                  \
         va_list rest;                                                             \
@@ -90,7 +90,7 @@ bool IsLocking(int command, const void* argument) {
         return real(handle, command, argument);                                   \
     }
 
-// A function whose watched argument comes first or, where it is another, last of `watched`.
+// A function whose watched argument is the first of `watched` or, if it is another one, the last.
 #define RILLBOOK_CALL(result, name, kind, watched, parameters, arguments) \
     result name parameters {                                              \
         static auto* const real = Real(&name, #name);                     \

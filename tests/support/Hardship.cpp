@@ -31,7 +31,7 @@ OrdinaryUser::OrdinaryUser() : formerBits_(::prctl(PR_GET_SECUREBITS)) {
         qFatal("The rights of this process cannot be changed");
     }
     Capabilities ordinary = former_;
-    for (const int right : {CAP_DAC_OVERRIDE, CAP_FOWNER}) {
+    for (const int right : {CAP_CHOWN, CAP_DAC_OVERRIDE, CAP_FOWNER}) {
         ordinary[CAP_TO_INDEX(right)].effective &= ~CAP_TO_MASK(right);
     }
     SetCapabilities(ordinary);

@@ -53,8 +53,8 @@ MSFlexGrid& GridOf(QWidget& form);
 QString SelectionOf(const MSFlexGrid& grid);
 // Its rows that hold a text behind the fixed column, "2: 1/5/2002|1.5||clear" a line.
 QString FilledRows(QWidget& form);
-// Presses keys in whatever has the form's focus, or gets it when the window becomes active. Signs
-// stand for keys: → ← ↑ ↓ ⇞ ⇟ ⇱ for the cursor's, ⏎ Enter, ⎋ Esc, ⌫ Delete, ✎ F2, ⇥ Tab; ⌃ and ⇧
+// Presses keys in whatever has the form's focus, or gets it when the window becomes active. These
+// signs are keys: → ← ↑ ↓ ⇞ ⇟ ⇱ for the cursor's, ⏎ Enter, ⎋ Esc, ⌫ Delete, ✎ F2, ⇥ Tab; ⌃ and ⇧
 // hold Ctrl and Shift for the next key.
 void PressKeys(QWidget& form, const QString& keys);
 // Types a text into a cell of the grid, in place of what it holds, and presses Enter; the empty

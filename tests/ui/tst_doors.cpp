@@ -141,7 +141,7 @@ private Q_SLOTS:
     }
 
     // Also those of other keys, and those that were typed into the file by hand. A lock file that a
-    // killed program left behind delays nothing.
+    // killed program left delays nothing.
     void settingsKeepTexts() {
         const QString file = SettingsFile();
         QVERIFY(QDir(folder_->path()).mkdir(u"Rillbook"_qs));

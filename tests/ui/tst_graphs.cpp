@@ -136,12 +136,12 @@ private Q_SLOTS:
         struct ResizingLog : MessageLog {
             QWidget* form = nullptr;
             MsgBoxAnswer Show(const QString& text, MsgBoxButtons buttons, MsgBoxIcon icon,
-                              const QString& title) override {
+                              const QString& title, std::optional<MsgBoxAnswer> byEnter) override {
                 if (form != nullptr) {
                     form->resize(700, 500);
                     QCoreApplication::processEvents();
                 }
-                return MessageLog::Show(text, buttons, icon, title);
+                return MessageLog::Show(text, buttons, icon, title, byEnter);
             }
         } log;
         LateReading(*station_);

@@ -305,8 +305,8 @@ private Q_SLOTS:
     void opensTheSelectedStationThatIsClosed() {
         Program program({u"a.mdb"_qs, u"b.mdb"_qs}, 2);
         const auto openLater = [&](const std::function<void()>& choose) {
-            QFile::rename(program.File(u"a.mdb"_qs), program.File(u"gone.mdb"_qs));
             program.ClickNode(1, 0);
+            QFile::rename(program.File(u"a.mdb"_qs), program.File(u"gone.mdb"_qs));
             program.doors.ExpectMessage(program.File(u"a.mdb"_qs) + u" not found!"_qs);
             QStringList story{program.ClickNode(0, 2)};
             QTest::mouseClick(program.Tree().viewport(), Qt::RightButton);
@@ -360,6 +360,11 @@ private Q_SLOTS:
         QCOMPARE(program.Usable({u"Frame1"_qs, u"mnuFileImport"_qs}).size(), 2);
         // A station that is lost while it is added again is reported once.
         QFile::remove(program.File(u"a.mdb"_qs));
+        program.doors.ExpectMessage(
+            program.File(u"a.mdb"_qs) +
+                u" was removed or replaced by another program while it was open. Nothing can be "
+                "saved in it. Save the station under another name?"_qs,
+            MsgBoxAnswer::No);
         program.FailToAdd(u"a.mdb"_qs);
         QVERIFY(program.Story().endsWith(u"none open"_qs));
     }

@@ -60,7 +60,7 @@ const char* const kDays =
     "Jan 1, 1801 => 1801-01-01 00:00:00; Dec 31, 9999 => 9999-12-31 00:00:00; "
     "Oct, 2010; Oct 2010; 10/2010; Oct 01; Ma 15, 2004; " NEVER_A_DATE " => former";
 
-// The day behind the month is 1.
+// The hidden day of the month is 1.
 const char* const kMonths =
     "Oct, 2010; Oct 2010; oct 10; 10/2010; 10-10; 2010-10; 2010/10; 2010 Oct; October, 2010; "
     "Oct. 2010; Oct2010; 10.2010; 10,10; 1 Oct 2010; Oct 31, 2010 => 2010-10-01 00:00:00; "

@@ -222,7 +222,7 @@ private Q_SLOTS:
         QCOMPARE(Ratings(2), u"1 9, 1 e, 1 f"_qs);
     }
 
-    // Points whose equation goes would count under no heading.
+    // After their heading is deleted, the points would still count.
     void DeletesBothKindsOfOneTime() {
         for (const int row : {1, 2}) {
             station_->WithEquation("2002-01-01", 1, 1, 1, 1).WithTable("2002-01-01", 1, {{1, 1}});
@@ -234,8 +234,8 @@ private Q_SLOTS:
         }
     }
 
-    // Other programs write times that no text of the list tells from whole seconds, and none at
-    // all.
+    // Other programs write times with part of a second, which the list shows as whole seconds, and
+    // ratings without a time.
     void OddTimes_data() {
         const DataRows<QString, int, QString, QString> row("time", "row", "date", "ratings");
         row("NULL", 1, "delete", "1 a, 32 b, 60 1, 60 c, 91 2, 91 d");
