@@ -1,8 +1,8 @@
 // An open station and its file: refused with a reason, gone while it is open, left by exit().
 #include <sqlite3.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include <QProcess>
+#include <cstdlib>
 #include <functional>
 
 #include "import/Import.h"
@@ -17,6 +17,9 @@ using Item = StationPanel::Item;
 namespace {
 
 using Step = std::function<void(StationFixture&)>;
+
+// Makes this program one that opens a station and leaves by exit().
+const QString kLeave = u"leave"_qs;
 
 const QString kLogger = u"01/01/02 00:00,1\r\n"_qs;
 
@@ -161,21 +164,25 @@ private Q_SLOTS:
     void closesTheStationAtExit() {
         StationFixture station;
         station.Close();
-        std::fflush(nullptr);
-        const pid_t child = fork();
-        if (child == 0) {
-            std::atexit(CloseAtExit);
-            station.Open();
-            station.panel.texts[Item::Name] = u"typed"_qs;
-            std::exit(3);
-        }
-        int status = 0;
-        waitpid(child, &status, 0);
-        QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == 3);
+        const QString program = QCoreApplication::applicationFilePath();
+        QCOMPARE(QProcess::execute(program, {kLeave, station.Path()}), 3);
         QCOMPARE(station.Dump("SELECT Name FROM Information"), u"typed"_qs);
         QCOMPARE(QDir(station.Folder()).entryList(QDir::Files), QStringList(u"station.mdb"_qs));
     }
 };
 
-QTEST_GUILESS_MAIN(TestStationFile)
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) != kLeave) {
+        TestStationFile test;
+        return QTest::qExec(&test, argc, argv);
+    }
+    FakePanel panel;
+    StationConnection = std::make_unique<Connection>();
+    std::atexit(CloseAtExit);
+    OpenDB(arguments.value(2));
+    panel.texts[Item::Name] = u"typed"_qs;
+    std::exit(3);
+}
 #include "tst_stationfile.moc"
