@@ -1,0 +1,98 @@
+#include "tests/media/FailingMedium.h"
+
+#include <cstdio>
+
+#ifdef RILLBOOK_FILE_CALLS
+#include <cerrno>
+
+#include "platform/ado/AdoError.h"
+#include "store/Journal.h"
+#include "store/StationDatabase.h"
+#include "tests/media/StationSteps.h"
+#include "tests/support/FileCalls.h"
+#include "tests/support/StationFixture.h"
+#endif
+
+namespace rillbook {
+
+#ifdef RILLBOOK_FILE_CALLS
+
+namespace {
+
+constexpr unsigned kWrites = FileCalls::Write | FileCalls::Sync | FileCalls::Truncate;
+
+// One station on the failing medium: what was reported as done, and whether a message came.
+struct Trial {
+    bool isImported = false;
+    bool isSaved = false;
+    bool isWarned = false;
+};
+
+Trial RunTrial(MessageLog& messages) {
+    constexpr int rows = 20;
+    Trial trial;
+    trial.isImported = ImportRows(QStringLiteral("2002-01-01T00:00:00"), rows, 1, messages);
+    try {
+        WriteJournal(1, {{true, At("2003-01-01"), 3, 4, {}, {}}});
+        trial.isSaved = true;
+    } catch (const AdoError&) {
+    }
+    messages.texts.clear();
+    CloseDB();
+    trial.isWarned = !messages.texts.isEmpty();
+    return trial;
+}
+
+}  // namespace
+
+bool FailEachWrite(const QString& folder) {
+    MessageLog messages;
+    const QString path = StationIn(folder);
+    int writes = 0;
+    int missing = 0;
+    for (const auto lasting : {FileCalls::Lasting::Once, FileCalls::Lasting::FromThenOn}) {
+        for (int call = 1;; ++call) {
+            CopyStationTemplate(path);
+            if (!OpenDB(path)) {
+                std::printf("refused\t%s\n", qPrintable(OneLine(messages.texts)));
+                return true;
+            }
+            FileCalls calls(folder);
+            calls.Fail(call, lasting, EIO, kWrites);
+            const Trial trial = RunTrial(messages);
+            if (!calls.HasStruck()) {
+                break;
+            }
+            calls.Fail(0);
+            ++writes;
+            messages.texts.clear();
+            QString found = QStringLiteral("not opened");
+            if (OpenDB(path)) {
+                found = OpenDigest();
+                CloseDB();
+            }
+            const bool isThere =
+                (!trial.isImported || found.startsWith(QStringLiteral("20 records of 20"))) &&
+                (!trial.isSaved || found.contains(QStringLiteral(" 1 visits")));
+            if (!isThere && !trial.isWarned) {
+                ++missing;
+                std::printf("missing\twrite %d%s: %s %s\n", call,
+                            lasting == FileCalls::Lasting::Once ? "" : " and all that follow",
+                            qPrintable(found), qPrintable(OneLine(messages.texts)));
+            }
+        }
+    }
+    std::printf("failed\t%d\t%d\n", writes, missing);
+    return missing == 0;
+}
+
+#else
+
+bool FailEachWrite(const QString&) {
+    std::printf("refused\tnot built with the watch on file calls\n");
+    return true;
+}
+
+#endif
+
+}  // namespace rillbook
