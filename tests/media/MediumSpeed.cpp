@@ -134,7 +134,7 @@ qint64 BareImport(const QString& path, const EngineMode& mode, int rows) {
 
 }  // namespace
 
-bool MeasureImport(const QString& folder, int rows) {
+void MeasureImport(const QString& folder, int rows) {
     const QTemporaryDir local;
     const QString file = local.filePath(QStringLiteral("logger.csv"));
     WriteLoggerYears(file, rows);
@@ -166,14 +166,13 @@ bool MeasureImport(const QString& folder, int rows) {
     }
     if (!reason.isEmpty()) {
         std::printf("refused\t%s\n", qPrintable(reason));
-        return true;
+        return;
     }
     std::sort(program.begin(), program.end());
     std::sort(bare.begin(), bare.end());
     std::printf("import\t%lld\nbare\t%lld\nmode\t%s, %s, synchronous %s, %s, pages of %s\n",
                 program[1], bare[1], qPrintable(mode.vfs), qPrintable(mode.journal),
                 qPrintable(mode.synchronous), qPrintable(mode.locking), qPrintable(mode.pageSize));
-    return true;
 }
 
 }  // namespace rillbook

@@ -26,11 +26,7 @@ make_image() {
 }
 
 mount_image() {
-  case $1 in
-    ext4 | vfat) mount -o loop -t "$1" "$2" "$3" ;;
-    exfat-fuse) mount.exfat-fuse "$2" "$3" >/dev/null 2>&1 ;;
-    ntfs-3g) ntfs-3g "$2" "$3" ;;
-  esac
+  mount -o loop -t "$1" "$2" "$3" >/dev/null 2>&1 && { [ ! -d "$3/lost+found" ] || rmdir "$3/lost+found"; }
 }
 
 # Mounts a folder's server as the machine 1 or 2.
@@ -38,10 +34,10 @@ mount_folder() {
   local medium=$1 machine=$2 mount=$3
   local address=127.0.0.$machine
   case $medium in
-    nfs4.2) mount -t nfs -o "vers=4.2" "$address:$work/backing" "$mount" ;;
-    nfs3) mount -t nfs -o "vers=3,nolock=0,lock" "$address:$work/backing" "$mount" ;;
-    smb) mount -t cifs -o "guest,vers=3.1.1" "//$address/backing" "$mount" ;;
-    smb-nobrl) mount -t cifs -o "guest,vers=3.1.1,nobrl" "//$address/backing" "$mount" ;;
+    nfs4.2) mount -t nfs -o vers=4.2 "$address:/" "$mount" ;;
+    nfs3) mount -t nfs -o vers=3,lock "$address:$work/backing" "$mount" ;;
+    smb) mount -t cifs -o guest,vers=3.1.1 "//$address/backing" "$mount" ;;
+    smb-nobrl) mount -t cifs -o guest,vers=3.1.1,nobrl "//$address/backing" "$mount" ;;
     sshfs) sshfs -F "$work/ssh_config" "files:$work/backing" "$mount" ;;
     bindfs) bindfs "$work/backing" "$mount" ;;
   esac
@@ -51,7 +47,7 @@ mount_folder() {
 on_machine() {
   local machine=$1
   shift
-  unshare --uts sh -c 'hostname "$0" && exec "$@"' "machine$machine" "$@"
+  unshare --uts bash -c 'hostname "$0" && "$@"' "machine$machine" "$@"
 }
 
 # Leaves the medium empty and mounted at $work/mount1, and with `two` at $work/mount2 as well.
@@ -60,15 +56,15 @@ mount_medium() {
   mkdir -p "$work/backing" "$work/mount1" "$work/mount2"
   rm -rf "${work:?}"/backing/* "$work/image"
   if has_image "$medium"; then
-    make_image "$medium" "$work/image"
-    mount_image "$medium" "$work/image" "$work/mount1"
+    make_image "$medium" "$work/image" &&
+      mount_image "$medium" "$work/image" "$work/mount1"
     return
   fi
-  start_server "$medium"
+  start_server "$medium" || return
   export -f mount_folder
   export work
   for machine in 1 ${2:+2}; do
-    on_machine "$machine" bash -c 'mount_folder "$@"' - "$medium" "$machine" "$work/mount$machine"
+    on_machine "$machine" mount_folder "$medium" "$machine" "$work/mount$machine" || return
   done
 }
 
@@ -122,7 +118,7 @@ start_nfs() {
   rpc.statd --no-notify 2>/dev/null
   # Nobody has locks to reclaim: the first lock needn't wait for the end of that time.
   echo 1 >/proc/sys/fs/nfs/nlm_grace_period 2>/dev/null || true
-  exportfs -o rw,no_root_squash,insecure,fsid=1,no_subtree_check,sync "127.0.0.0/8:$work/backing"
+  exportfs -o rw,no_root_squash,insecure,fsid=0,no_subtree_check,sync "127.0.0.0/8:$work/backing"
   rpc.nfsd --grace-time 10 --lease-time 10 4
   rpc.mountd
   sleep 1
@@ -132,11 +128,11 @@ start_nfs() {
 }
 
 start_smb() {
-  modprobe cifs
+  ip address add 127.0.0.2/8 dev lo 2>/dev/null || true
   mkdir -p "$work/samba"
   cat >"$work/smb.conf" <<CONF
 [global]
-  interfaces = lo
+  interfaces = 127.0.0.1/8 127.0.0.2/8
   bind interfaces only = yes
   smb ports = 445
   disable netbios = yes

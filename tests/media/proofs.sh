@@ -3,7 +3,7 @@
 
 # Each step of a station's life.
 prove_life() {
-  mount_medium "$1"
+  mount_medium "$1" || return
   timeout 300 "$driver" life "$work/mount1" "$repository/tests/data/station_2000.mdb" \
     >"$results/$1.life" || echo $'ended\texit code '$? >>"$results/$1.life"
   unmount_all
@@ -14,7 +14,7 @@ prove_life() {
 prove_saves() {
   local kind name digest number=0
   local -a names=() digests=()
-  mount_medium "$1"
+  mount_medium "$1" || return
   rm -rf "$work/copies"
   mkdir "$work/copies"
   coproc DRIVER { timeout 300 "$driver" saves "$work/mount1"; }
@@ -45,14 +45,14 @@ prove_saves() {
 
 # A medium that fails at each write.
 prove_failures() {
-  mount_medium "$1"
+  mount_medium "$1" || return
   timeout 1200 "$driver" failures "$work/mount1" >"$results/$1.failures" ||
     echo $'ended\texit code '$? >>"$results/$1.failures"
   unmount_all
 }
 
 prove_speed() {
-  mount_medium "$1"
+  mount_medium "$1" || return
   timeout 1200 "$driver" speed "$work/mount1" "$rows" >"$results/$1.speed" ||
     echo $'ended\texit code '$? >>"$results/$1.speed"
   unmount_all
@@ -65,7 +65,7 @@ prove_two() {
     [ "$writer" = "$1" ] && break
   done
   [ "$writer" = none ] && return 0
-  mount_medium "$1" two
+  mount_medium "$1" two || return
   for ((run = 1; run <= runs; ++run)); do
     mkdir "$work/backing/$run"
     cp "$(dirname "$driver")/template.mdb" "$work/backing/$run/creek.mdb"
@@ -97,7 +97,7 @@ judge_run() {
     rows_found=$(sqlite3 "$work/judged/creek.mdb" \
       "SELECT count(*) FROM Records WHERE chan1 = $writer" 2>/dev/null) || rows_found=0
     printf 'writer\t%s\t%s\t%s\t%s\n' "$1" "$writer" "$rows_reported" "${rows_found:-0}"
-    sed -e '/^rows\t/d' -e "s|$work/mount[12]/$1/||g" -e "s/^/said\t$1\t$writer\t/" \
+    sed -e '/^rows\t/d' -e '/^tests\/media\/media.sh: line/d' -e "s|$work/mount[12]/$1/||g" -e "s/^/said\t$1\t$writer\t/" \
       "$work/writer$writer"
   done
 }
