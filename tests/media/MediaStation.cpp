@@ -19,7 +19,6 @@
 #include "app/SharedState.h"
 #include "store/ProjectFile.h"
 #include "store/StationDatabase.h"
-#include "tests/media/FailingMedium.h"
 #include "tests/media/MediumSpeed.h"
 #include "tests/media/StationSteps.h"
 #include "tests/support/PlainFiles.h"
@@ -149,8 +148,6 @@ int Run(const QStringList& words) {
         Write(place, words[3].toInt(), words[4].toInt());
     } else if (deed == u"speed" && words.size() == 4) {
         MeasureImport(place, words[3].toInt());
-    } else if (deed == u"failures") {
-        return FailEachWrite(place) ? 0 : 1;
     } else {
         return 2;
     }

@@ -66,6 +66,10 @@ mount_medium() {
   for machine in 1 ${2:+2}; do
     on_machine "$machine" mount_folder "$medium" "$machine" "$work/mount$machine" || return
   done
+  if [ -n "${2:-}" ] && [ "$(stat -c %d "$work/mount1")" = "$(stat -c %d "$work/mount2")" ]; then
+    echo "$medium: both mounts have one cache" >&2
+    return 1
+  fi
 }
 
 unmount_all() {

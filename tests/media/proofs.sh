@@ -45,8 +45,13 @@ prove_saves() {
 
 # A medium that fails at each write.
 prove_failures() {
+  local program=${driver%/*}/media_failures
+  if [ ! -x "$program" ]; then
+    echo 'refused	this release has no watch on file calls' >"$results/$1.failures"
+    return
+  fi
   mount_medium "$1" || return
-  timeout 1200 "$driver" failures "$work/mount1" >"$results/$1.failures" ||
+  timeout 1200 "$program" "$work/mount1" >"$results/$1.failures" ||
     echo $'ended\texit code '$? >>"$results/$1.failures"
   unmount_all
 }
