@@ -61,7 +61,7 @@ void Live(const QString& folder, const QString& accessFile) {
 QString FolderDigest(const QString& folder) {
     const QString project = folder + QStringLiteral("/basin.prj");
     return OpenDigest() + (QFile::exists(project) ? QStringLiteral(", project ") +
-                                                        ReadProjectFile(project, {}).contents.name
+                                                        ReadProjectFile(project).contents.name
                                                   : QString());
 }
 

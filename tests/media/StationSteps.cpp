@@ -54,7 +54,7 @@ QString SaveProject(const QString& folder) {
                             .reportBeginDate = At("2002-01-01"),
                             .reportPeriodCode = QStringLiteral("9312"),
                             .name = QStringLiteral("Basin")});
-    return ReadProjectFile(path, {}).fault;
+    return ReadProjectFile(path).fault;
 }
 
 }  // namespace
